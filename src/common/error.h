@@ -1,0 +1,43 @@
+// The one failure type of the server. It carries what the reference's error object carries: a
+// number, a description and the name of the component that raised it. Operations that "trap"
+// failures catch it and turn it into a status text; everything else lets it travel.
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace ent {
+
+class Error : public std::runtime_error {
+ public:
+  Error(int32_t number, std::string description, std::string source = {});
+
+  int32_t number() const { return number_; }
+  const std::string& description() const { return description_; }
+  const std::string& source() const { return source_; }
+
+ private:
+  int32_t number_;
+  std::string description_;
+  std::string source_;
+};
+
+// Error numbers the program raises or recognises.
+namespace err {
+inline constexpr int32_t kOverflow = 6;
+inline constexpr int32_t kTypeMismatch = 13;
+inline constexpr int32_t kInvalidUseOfNull = 94;
+inline constexpr int32_t kInvalidProcedureCall = 5;
+inline constexpr int32_t kObjectRequired = 424;
+inline constexpr int32_t kItemNotFound = 3265;       // no column / no such key
+inline constexpr int32_t kBofOrEof = 3021;           // no current record
+inline constexpr int32_t kOperationNotAllowed = 3219;
+inline constexpr int32_t kDatabaseError = static_cast<int32_t>(0x80004005);
+inline constexpr int32_t kTableNotFound = static_cast<int32_t>(0x80040E37);
+inline constexpr int32_t kSyntaxError = static_cast<int32_t>(0x80040E14);
+inline constexpr int32_t kTokenInUse = 50002;
+inline constexpr int32_t kReportStatus = 11001;
+}  // namespace err
+
+}  // namespace ent
