@@ -1,11 +1,40 @@
 #include <iostream>
 #include <string>
 
+#include "commands.h"
+
+namespace {
+
+const char kUsage[] =
+    "usage: entprcreq <command> [options]\n"
+    "\n"
+    "commands:\n"
+    "  process     run one report request, as the host service does\n"
+    "  query       show the result document a free SQL text would produce\n"
+    "  sample-db   create a sample shop database (SQLite)\n"
+    "  headoffice  run a stand-in head-office web service for demos and tests\n"
+    "  token       read or set the database-in-use token (administrators)\n"
+    "\n"
+    "'entprcreq <command> --help' explains a command's options.\n";
+
+}  // namespace
+
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::cerr << "usage: entprcreq <command> [options]\n";
+    std::cerr << kUsage;
     return 2;
   }
-  std::cerr << "entprcreq: unknown command '" << argv[1] << "'\n";
+  const std::string command = argv[1];
+  const ent::cli::Args args(argv + 2, argv + argc);
+  if (command == "process") return ent::cli::RunProcess(args);
+  if (command == "query") return ent::cli::RunQuery(args);
+  if (command == "sample-db") return ent::cli::RunSampleDb(args);
+  if (command == "headoffice") return ent::cli::RunHeadOffice(args);
+  if (command == "token") return ent::cli::RunToken(args);
+  if (command == "--help" || command == "-h" || command == "help") {
+    std::cout << kUsage;
+    return 0;
+  }
+  std::cerr << "entprcreq: unknown command '" << command << "'\n\n" << kUsage;
   return 2;
 }

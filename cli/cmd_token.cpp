@@ -1,0 +1,12 @@
+#include <iostream>
+
+#include "commands.h"
+
+namespace ent::cli {
+
+int RunToken(const Args&) {
+  std::cerr << "entprcreq: this command is not built yet\n";
+  return 2;
+}
+
+}  // namespace ent::cli

@@ -1,0 +1,18 @@
+// The sub-commands of entprcreq. Each takes the arguments after its own name and returns the
+// process exit code.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ent::cli {
+
+using Args = std::vector<std::string>;
+
+int RunProcess(const Args& args);     // one request, as the host's call
+int RunQuery(const Args& args);       // preview the document of a free SQL text
+int RunSampleDb(const Args& args);    // create the embedded sample shop
+int RunHeadOffice(const Args& args);  // stand-in head-office SOAP service
+int RunToken(const Args& args);       // the administrator's side of the database-in-use token
+
+}  // namespace ent::cli
