@@ -1,0 +1,22 @@
+// A fresh directory for one test, removed with its contents afterwards.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace ent::test {
+
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::filesystem::path& path() const { return path_; }
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace ent::test
