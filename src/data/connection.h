@@ -1,0 +1,40 @@
+// A connection to a shop database. Drivers (SQLite, ODBC) implement it; OpenConnection picks the
+// driver from a provider-style connection string ("Provider=SQLite;Data Source=shop.db").
+// Every failure is an Error carrying the database's number and description.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common/variant.h"
+#include "data/field.h"
+
+namespace ent {
+
+// The rows of one query, fetched whole (a static client-side cursor).
+struct QueryResult {
+  std::vector<Field> fields;
+  std::vector<std::vector<Variant>> rows;
+};
+
+class Connection {
+ public:
+  virtual ~Connection() = default;
+
+  // Runs statements that return no rows.
+  virtual void Execute(const std::string& sql) = 0;
+  // Runs a query and fetches every row.
+  virtual QueryResult Query(const std::string& sql) = 0;
+  // Inserts one row into a table (an editable rowset's Update).
+  virtual void InsertRow(const std::string& table, const std::vector<std::string>& columns,
+                         const std::vector<Variant>& values) = 0;
+  virtual void Close() = 0;
+  virtual bool IsOpen() const = 0;
+};
+
+// Opens the database a connection string names. Raises Error for an unknown provider, a malformed
+// string or a database that cannot be opened.
+std::shared_ptr<Connection> OpenConnection(const std::string& connection_string);
+
+}  // namespace ent

@@ -1,0 +1,51 @@
+// The description of one rowset column, as drivers report it and the persisted-rowset XML writes it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace ent {
+
+enum class DataType {
+  kChar,          // char(n): fixed-length text
+  kVarChar,       // varchar(n)
+  kWChar,         // nchar(n)
+  kVarWChar,      // nvarchar(n)
+  kLongVarChar,   // text
+  kLongVarWChar,  // ntext, nvarchar(max)
+  kTinyInt,       // tinyint (unsigned byte)
+  kSmallInt,
+  kInteger,
+  kBigInt,
+  kBoolean,   // bit
+  kCurrency,  // money, smallmoney
+  kDouble,    // float
+  kSingle,    // real
+  kNumeric,   // decimal(p,s), numeric(p,s)
+  kDateTime,  // datetime, smalldatetime
+  kGuid,      // uniqueidentifier
+};
+
+struct Field {
+  std::string name;
+  DataType type = DataType::kChar;
+  int64_t defined_size = 50;  // characters for text; bytes for fixed-size types
+  int precision = 0;
+  int scale = 0;
+  bool may_be_null = true;     // the column can hold null
+  bool appended = false;       // appended to a free-standing rowset (no source)
+  // Where a query column comes from; empty for computed columns and appended fields.
+  std::string base_catalog;
+  std::string base_table;
+  std::string base_column;
+  bool key_column = false;
+  bool autoincrement = false;
+};
+
+// Whether the type holds text.
+bool IsTextType(DataType type);
+
+// A field appended to a free-standing rowset: fixed-length text of `size` characters by default.
+Field AppendedField(std::string name, DataType type = DataType::kChar, int64_t size = 50);
+
+}  // namespace ent

@@ -1,0 +1,282 @@
+#include "data/recordset.h"
+
+#include <algorithm>
+#include <cctype>
+#include <ostream>
+#include <sstream>
+
+#include "common/error.h"
+#include "data/row_filter.h"
+#include "data/rowset_xml.h"
+
+namespace ent {
+
+namespace {
+
+constexpr int32_t kErrMultipleStep = static_cast<int32_t>(0x80040E21);
+constexpr int32_t kErrNotUpdatable = 3251;
+constexpr int32_t kErrClosed = 3704;
+
+bool SameName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+         });
+}
+
+size_t Utf8Length(const std::string& s) {
+  return static_cast<size_t>(
+      std::count_if(s.begin(), s.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+[[noreturn]] void MultipleStep() {
+  throw Error(kErrMultipleStep, "Multiple-step operation generated errors. Check each status value.");
+}
+
+}  // namespace
+
+Recordset::Recordset() = default;
+Recordset::~Recordset() = default;
+
+std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> connection, const std::string& sql,
+                                                bool editable) {
+  if (!connection || !connection->IsOpen())
+    throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+  QueryResult result = connection->Query(sql);
+  auto rs = std::make_unique<Recordset>();
+  rs->fields_ = std::move(result.fields);
+  rs->rows_.reserve(result.rows.size());
+  for (auto& values : result.rows) rs->rows_.push_back(Row{std::move(values), false});
+  rs->from_query_ = true;
+  rs->editable_ = editable;
+  if (editable) {
+    // New rows go to the one table the columns come from.
+    for (const Field& f : rs->fields_) {
+      if (f.base_table.empty()) continue;
+      if (rs->base_table_.empty()) rs->base_table_ = f.base_table;
+    }
+  }
+  rs->connection_ = std::move(connection);
+  rs->open_ = true;
+  rs->RebuildVisible();
+  return rs;
+}
+
+void Recordset::AppendField(Field field) {
+  if (open_) throw Error(err::kOperationNotAllowed, "Operation is not allowed in this context.");
+  field.appended = true;
+  fields_.push_back(std::move(field));
+}
+
+void Recordset::Open() {
+  if (open_) throw Error(err::kOperationNotAllowed, "Operation is not allowed when the object is open.");
+  open_ = true;
+  editable_ = true;
+  RebuildVisible();
+}
+
+void Recordset::Close() {
+  open_ = false;
+  rows_.clear();
+  visible_.clear();
+  connection_.reset();
+}
+
+void Recordset::CheckOpen() const {
+  if (!open_) throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+}
+
+size_t Recordset::FieldIndex(std::string_view name) const {
+  for (size_t i = 0; i < fields_.size(); ++i)
+    if (SameName(fields_[i].name, name)) return i;
+  throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+}
+
+bool Recordset::IsBof() const {
+  CheckOpen();
+  return visible_.empty() || before_first_;
+}
+
+bool Recordset::IsEof() const {
+  CheckOpen();
+  return visible_.empty() || position_ >= visible_.size();
+}
+
+void Recordset::MoveFirst() {
+  CheckOpen();
+  FinishEdit();
+  position_ = 0;
+  before_first_ = false;
+}
+
+void Recordset::MoveNext() {
+  CheckOpen();
+  FinishEdit();
+  if (IsEof()) throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
+  if (before_first_) {
+    before_first_ = false;
+    position_ = 0;
+    return;
+  }
+  ++position_;
+}
+
+void Recordset::MovePrevious() {
+  CheckOpen();
+  FinishEdit();
+  if (IsBof()) throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
+  if (position_ == 0) {
+    before_first_ = true;
+    return;
+  }
+  --position_;
+}
+
+void Recordset::MoveLast() {
+  CheckOpen();
+  FinishEdit();
+  before_first_ = false;
+  position_ = visible_.empty() ? 0 : visible_.size() - 1;
+}
+
+size_t Recordset::RecordCount() const {
+  CheckOpen();
+  return visible_.size();
+}
+
+const Recordset::Row& Recordset::CurrentRow() const {
+  if (IsBof() || IsEof())
+    throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
+  return rows_[visible_[position_]];
+}
+
+Recordset::Row& Recordset::CurrentRow() {
+  return const_cast<Row&>(static_cast<const Recordset&>(*this).CurrentRow());
+}
+
+const Variant& Recordset::Get(std::string_view name) const { return Get(FieldIndex(name)); }
+
+const Variant& Recordset::Get(size_t index) const {
+  const Row& row = CurrentRow();
+  if (index >= fields_.size())
+    throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+  return row.values[index];
+}
+
+void Recordset::Set(std::string_view name, const Variant& value) { Set(FieldIndex(name), value); }
+
+void Recordset::Set(size_t index, const Variant& value) {
+  if (index >= fields_.size())
+    throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+  Row& row = CurrentRow();
+  if (!editable_)
+    throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+  row.values[index] = Coerce(fields_[index], value);
+}
+
+Variant Recordset::Coerce(const Field& field, const Variant& value) const {
+  if (value.IsNull()) {
+    if (!field.may_be_null && !field.appended) MultipleStep();
+    return value;
+  }
+  if (value.IsEmpty()) return Variant::Null();
+  try {
+    switch (field.type) {
+      case DataType::kChar: case DataType::kVarChar: case DataType::kWChar: case DataType::kVarWChar:
+      case DataType::kLongVarChar: case DataType::kLongVarWChar: {
+        std::string text = value.ToText();
+        if (field.defined_size > 0 && Utf8Length(text) > static_cast<size_t>(field.defined_size)) MultipleStep();
+        return Variant(std::move(text));
+      }
+      case DataType::kTinyInt: return Variant::Byte(static_cast<uint8_t>(value.ToLong()));
+      case DataType::kSmallInt: return Variant::Integer(static_cast<int16_t>(value.ToLong()));
+      case DataType::kInteger: return Variant::Long(value.ToLong());
+      case DataType::kBigInt: return Variant::LongLong(static_cast<int64_t>(value.ToDouble()));
+      case DataType::kBoolean: return Variant(value.ToBool());
+      case DataType::kCurrency: return Variant(value.ToCurrency());
+      case DataType::kDouble: return Variant(value.ToDouble());
+      case DataType::kSingle: return Variant::Single(static_cast<float>(value.ToDouble()));
+      case DataType::kNumeric: return Variant(value.ToDouble());
+      case DataType::kDateTime: return Variant(value.ToDate());
+      case DataType::kGuid: return Variant(value.ToText());
+    }
+  } catch (const Error&) {
+    MultipleStep();
+  }
+  return value;
+}
+
+void Recordset::AddNew() {
+  CheckOpen();
+  if (!editable_)
+    throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+  FinishEdit();
+  Row row;
+  row.values.assign(fields_.size(), Variant::Null());
+  row.pending_insert = true;
+  rows_.push_back(std::move(row));
+  // A new row stays visible whatever the filter says, as the reference shows it until requeried.
+  visible_.push_back(rows_.size() - 1);
+  position_ = visible_.size() - 1;
+  before_first_ = false;
+  editing_new_ = true;
+}
+
+void Recordset::Update() {
+  CheckOpen();
+  FinishEdit();
+}
+
+void Recordset::FinishEdit() {
+  if (!editing_new_) return;
+  editing_new_ = false;
+  if (!from_query_ || !connection_) return;  // free-standing or detached: stays a pending insert
+  Row& row = rows_.back();
+  std::vector<std::string> columns;
+  std::vector<Variant> values;
+  for (size_t i = 0; i < fields_.size(); ++i) {
+    if (row.values[i].IsNull() || fields_[i].base_column.empty()) continue;
+    columns.push_back(fields_[i].base_column);
+    values.push_back(row.values[i]);
+  }
+  if (base_table_.empty())
+    throw Error(kErrNotUpdatable, "Insufficient base table information for updating or refreshing.");
+  connection_->InsertRow(base_table_, columns, values);
+  row.pending_insert = false;
+}
+
+void Recordset::SetFilter(std::string_view criteria) {
+  CheckOpen();
+  FinishEdit();
+  if (criteria.empty()) {
+    filter_.reset();
+    filter_text_.clear();
+  } else {
+    filter_ = RowFilter::Parse(criteria, fields_);
+    filter_text_ = std::string(criteria);
+  }
+  RebuildVisible();
+}
+
+void Recordset::RebuildVisible() {
+  visible_.clear();
+  for (size_t i = 0; i < rows_.size(); ++i)
+    if (!filter_ || filter_->Matches(rows_[i].values)) visible_.push_back(i);
+  position_ = 0;
+  before_first_ = false;
+}
+
+void Recordset::Save(std::ostream& out) const {
+  CheckOpen();
+  std::vector<XmlRow> rows;
+  rows.reserve(visible_.size());
+  for (size_t i : visible_) rows.push_back(XmlRow{&rows_[i].values, rows_[i].pending_insert});
+  WriteRowsetXml(out, fields_, rows);
+}
+
+std::string Recordset::SaveToString() const {
+  std::ostringstream out;
+  Save(out);
+  return out.str();
+}
+
+}  // namespace ent
