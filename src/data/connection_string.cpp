@@ -1,0 +1,102 @@
+#include "data/connection_string.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "common/error.h"
+
+namespace ent {
+
+namespace {
+
+bool SameKey(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+         });
+}
+
+std::string Trim(std::string_view s) {
+  size_t b = s.find_first_not_of(" \t\r\n"), e = s.find_last_not_of(" \t\r\n");
+  return b == std::string_view::npos ? std::string() : std::string(s.substr(b, e - b + 1));
+}
+
+[[noreturn]] void BadFormat(size_t index) {
+  throw Error(err::kDatabaseError,
+              "Format of the initialization string does not conform to specification starting at index " +
+                  std::to_string(index) + ".");
+}
+
+}  // namespace
+
+ConnectionString ConnectionString::Parse(std::string_view text) {
+  ConnectionString cs;
+  size_t i = 0;
+  while (i < text.size()) {
+    // Skip separators and blanks before a key.
+    while (i < text.size() && (text[i] == ';' || std::isspace(static_cast<unsigned char>(text[i])))) ++i;
+    if (i >= text.size()) break;
+    size_t entry_start = i;
+    std::string key;
+    for (;;) {
+      if (i >= text.size() || text[i] == ';') BadFormat(entry_start);
+      if (text[i] == '=') {
+        if (i + 1 < text.size() && text[i + 1] == '=') {  // "==" is a literal '=' in a key
+          key += '=';
+          i += 2;
+          continue;
+        }
+        break;
+      }
+      key += text[i++];
+    }
+    ++i;  // '='
+    key = Trim(key);
+    if (key.empty()) BadFormat(entry_start);
+    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+    std::string value;
+    if (i < text.size() && (text[i] == '\'' || text[i] == '"')) {
+      const char quote = text[i++];
+      for (;;) {
+        if (i >= text.size()) BadFormat(entry_start);
+        if (text[i] == quote) {
+          if (i + 1 < text.size() && text[i + 1] == quote) {
+            value += quote;
+            i += 2;
+            continue;
+          }
+          ++i;
+          break;
+        }
+        value += text[i++];
+      }
+      while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
+      if (i < text.size() && text[i] != ';') BadFormat(entry_start);
+    } else {
+      size_t end = text.find(';', i);
+      if (end == std::string_view::npos) end = text.size();
+      value = Trim(text.substr(i, end - i));
+      i = end;
+    }
+    auto existing = std::find_if(cs.entries_.begin(), cs.entries_.end(),
+                                 [&](const auto& e) { return SameKey(e.first, key); });
+    if (existing != cs.entries_.end())
+      existing->second = value;
+    else
+      cs.entries_.emplace_back(key, value);
+  }
+  return cs;
+}
+
+std::optional<std::string> ConnectionString::Get(std::string_view key) const {
+  for (const auto& [k, v] : entries_)
+    if (SameKey(k, key)) return v;
+  return std::nullopt;
+}
+
+std::optional<std::string> ConnectionString::GetAny(std::initializer_list<std::string_view> keys) const {
+  for (std::string_view key : keys)
+    if (auto v = Get(key)) return v;
+  return std::nullopt;
+}
+
+}  // namespace ent

@@ -1,0 +1,38 @@
+#include "data/connection_string.h"
+
+#include <gtest/gtest.h>
+
+#include "common/error.h"
+
+using ent::ConnectionString;
+
+TEST(ConnectionString, ReadsKeysWithoutCaseQuotesAndBlanks) {
+  auto cs = ConnectionString::Parse(
+      " Provider = sqloledb ; Data Source=SHOP\\SQLEXPRESS,1433;Initial Catalog='My;Shop';"
+      "Password=\"p\"\"w'd\";User ID=sa;;  ");
+  EXPECT_EQ(cs.Get("provider"), "sqloledb");
+  EXPECT_EQ(cs.Get("DATA SOURCE"), "SHOP\\SQLEXPRESS,1433");
+  EXPECT_EQ(cs.Get("initial catalog"), "My;Shop");
+  EXPECT_EQ(cs.Get("Password"), "p\"w'd");
+  EXPECT_EQ(cs.GetAny({"UID", "User ID"}), "sa");
+  EXPECT_FALSE(cs.Get("Missing"));
+  EXPECT_EQ(cs.entries().size(), 5u);
+}
+
+TEST(ConnectionString, LastValueWinsAndDoubledEqualsIsPartOfTheKey) {
+  auto cs = ConnectionString::Parse("a=1;A=2;x==y=3;empty=;");
+  EXPECT_EQ(cs.Get("a"), "2");
+  EXPECT_EQ(cs.Get("x=y"), "3");
+  EXPECT_EQ(cs.Get("empty"), "");
+}
+
+TEST(ConnectionString, MalformedStringsAreRejectedWithThePosition) {
+  for (const char* bad : {"Provider", "=x", "a='unterminated", "a='q' junk;b=1", "a=1;b"}) {
+    try {
+      ConnectionString::Parse(bad);
+      FAIL() << bad;
+    } catch (const ent::Error& e) {
+      EXPECT_NE(e.description().find("starting at index"), std::string::npos) << bad;
+    }
+  }
+}
