@@ -359,25 +359,25 @@ Key TextKey(const Variant& v) {
   }
 }
 
-// One "Field op value" test.
-struct Condition {
+// How a condition reads its column's cells: in the column's class, in that class but with numeric
+// cells of a text column read as numbers (a bare number literal against text), or as text (LIKE).
+// Each distinct reading is made once per row, however many conditions share it.
+struct Reading {
+  enum Mode { kClass, kNumbersOnText, kText };
   size_t field = 0;
   Class cls = Class::kText;
-  Op op = Op::kEq;
-  bool null_test = false;        // "= NULL" / "<> NULL"
-  bool numbers_on_text = false;  // a bare number against a text column: numeric cells compare as numbers
-  bool has_number = false;
-  long double number = 0;                         // the literal in the class's terms
-  std::string text;                               // the literal as text, folded
-  bool like_prefix = false, like_suffix = false;  // LIKE: a wildcard at the start / end
+  Mode mode = kClass;
 
-  Key CellKey(const Variant& v) const {
+  bool operator==(const Reading&) const = default;
+
+  Key Read(const Variant& v) const {
     if (v.IsNull() || v.IsEmpty()) return Key{};
+    if (mode == kText) return TextKey(v);
     switch (cls) {
       case Class::kText:
-        if (numbers_on_text) {
+        if (mode == kNumbersOnText && (v.IsNumberKind() || v.IsString())) {
           Key k = NumberKey(Class::kDouble, v);
-          if (k.tag == Key::kNumber && (v.IsNumberKind() || v.IsString())) return k;
+          if (k.tag == Key::kNumber) return k;
         }
         return TextKey(v);
       case Class::kDate:
@@ -385,6 +385,25 @@ struct Condition {
       default:
         return NumberKey(cls, v);
     }
+  }
+};
+
+// One "Field op value" test.
+struct Condition {
+  size_t field = 0;
+  Class cls = Class::kText;
+  Op op = Op::kEq;
+  size_t reading = 0;            // index of the filter's reading of the cell
+  bool null_test = false;        // "= NULL" / "<> NULL"
+  bool numbers_on_text = false;  // a bare number against a text column: numeric cells compare as numbers
+  bool has_number = false;
+  long double number = 0;                         // the literal in the class's terms
+  std::string text;                               // the literal as text, folded
+  bool like_prefix = false, like_suffix = false;  // LIKE: a wildcard at the start / end
+
+  Reading::Mode mode() const {
+    if (op == Op::kLike) return Reading::kText;
+    return numbers_on_text ? Reading::kNumbersOnText : Reading::kClass;
   }
 
   bool Like(std::string_view cell) const {
@@ -395,11 +414,10 @@ struct Condition {
     return SameFolded(cell, text);
   }
 
-  bool Matches(const Variant& v) const {
-    if (null_test) return (v.IsNull() || v.IsEmpty()) == (op == Op::kEq);
-    if (v.IsNull() || v.IsEmpty()) return false;
-    if (op == Op::kLike) return Like(TextKey(v).text());
-    Key k = CellKey(v);
+  bool Test(const Key& k) const {
+    if (null_test) return (k.tag == Key::kNull) == (op == Op::kEq);
+    if (k.tag == Key::kNull) return false;
+    if (op == Op::kLike) return Like(k.text());
     int cmp;
     if (k.tag == Key::kNumber) {
       if (k.number < number)
@@ -436,13 +454,12 @@ struct Condition {
 // Many "column <> value" tests joined by AND (the exclusion lists reports build): the cell must be
 // present and equal to none of the values.
 struct Exclusion {
-  Condition shape;  // field, class and number handling shared by the group
+  size_t reading = 0;
   std::unordered_set<long double> numbers;
   std::unordered_set<std::string> texts;  // folded
 
-  bool Matches(const Variant& v) const {
-    if (v.IsNull() || v.IsEmpty()) return false;
-    Key k = shape.CellKey(v);
+  bool Test(const Key& k) const {
+    if (k.tag == Key::kNull) return false;
     if (k.tag == Key::kNumber) return k.number == k.number ? !numbers.count(k.number) : true;
     return !texts.count(Folded(k.text()));
   }
@@ -464,7 +481,10 @@ class CriteriaFilter : public RowFilter {
     fields_ = nullptr;
   }
 
-  bool Matches(const std::vector<Variant>& row) const override { return Eval(root_, row); }
+  bool Matches(const std::vector<Variant>& row) const override {
+    std::vector<std::optional<Key>> keys(readings_.size());
+    return Eval(root_, row, keys);
+  }
 
  private:
   const Token& Next() { return tokens_[pos_ < tokens_.size() - 1 ? pos_++ : pos_]; }
@@ -504,8 +524,17 @@ class CriteriaFilter : public RowFilter {
     Node leaf;
     leaf.kind = Node::kCondition;
     leaf.index = conditions_.size();
-    conditions_.push_back(ParseComparison());
+    Condition c = ParseComparison();
+    c.reading = ReadingIndex(Reading{c.field, c.cls, c.mode()});
+    conditions_.push_back(std::move(c));
     return leaf;
+  }
+
+  size_t ReadingIndex(const Reading& r) {
+    for (size_t i = 0; i < readings_.size(); ++i)
+      if (readings_[i] == r) return i;
+    readings_.push_back(r);
+    return readings_.size() - 1;
   }
 
   size_t FieldIndex(std::string_view name) const {
@@ -599,19 +628,19 @@ class CriteriaFilter : public RowFilter {
 
   // Gathers the AND node's "<>" tests per column into hash-set exclusions.
   void GroupExclusions(Node& node) {
-    std::map<std::pair<size_t, bool>, std::vector<size_t>> groups;  // (field, numbers_on_text) -> children
+    std::map<size_t, std::vector<size_t>> groups;  // reading -> children
     for (size_t i = 0; i < node.children.size(); ++i) {
       const Node& child = node.children[i];
       if (child.kind != Node::kCondition) continue;
       const Condition& c = conditions_[child.index];
-      if (c.op == Op::kNe && !c.null_test) groups[{c.field, c.numbers_on_text}].push_back(i);
+      if (c.op == Op::kNe && !c.null_test) groups[c.reading].push_back(i);
     }
     std::vector<bool> drop(node.children.size(), false);
     std::vector<Node> grouped;
-    for (const auto& [key, members] : groups) {
+    for (const auto& [reading, members] : groups) {
       if (members.size() < kExclusionGroup) continue;
       Exclusion e;
-      e.shape = conditions_[node.children[members[0]].index];
+      e.reading = reading;
       for (size_t i : members) {
         const Condition& c = conditions_[node.children[i].index];
         if (c.has_number) e.numbers.insert(c.number);
@@ -630,36 +659,43 @@ class CriteriaFilter : public RowFilter {
     node.children = std::move(grouped);
   }
 
-  bool Eval(const Node& node, const std::vector<Variant>& row) const {
+  using KeyCache = std::vector<std::optional<Key>>;
+
+  bool Eval(const Node& node, const std::vector<Variant>& row, KeyCache& keys) const {
     switch (node.kind) {
       case Node::kAnd:
         for (const Node& child : node.children)
-          if (!Eval(child, row)) return false;
+          if (!Eval(child, row, keys)) return false;
         return true;
       case Node::kOr:
         for (const Node& child : node.children)
-          if (Eval(child, row)) return true;
+          if (Eval(child, row, keys)) return true;
         return false;
       case Node::kCondition: {
         const Condition& c = conditions_[node.index];
-        return c.Matches(c.field < row.size() ? row[c.field] : Null());
+        return c.Test(CellKey(c.reading, row, keys));
       }
       case Node::kExclusion: {
         const Exclusion& e = exclusions_[node.index];
-        return e.Matches(e.shape.field < row.size() ? row[e.shape.field] : Null());
+        return e.Test(CellKey(e.reading, row, keys));
       }
     }
     return false;
   }
 
-  static const Variant& Null() {
-    static const Variant null = Variant::Null();
-    return null;
+  const Key& CellKey(size_t reading, const std::vector<Variant>& row, KeyCache& keys) const {
+    std::optional<Key>& key = keys[reading];
+    if (!key) {
+      const Reading& r = readings_[reading];
+      key = r.field < row.size() ? r.Read(row[r.field]) : Key{};
+    }
+    return *key;
   }
 
   const std::vector<Field>* fields_;  // while parsing
   std::vector<Token> tokens_;
   size_t pos_ = 0;
+  std::vector<Reading> readings_;
   std::vector<Condition> conditions_;
   std::vector<Exclusion> exclusions_;
   Node root_;

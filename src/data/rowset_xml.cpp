@@ -71,6 +71,10 @@ size_t Utf8Sequence(std::string_view s, size_t i, char32_t& cp) {
   return len;
 }
 
+bool IsPlainByte(unsigned char c) {
+  return c >= 0x20 && c < 0x80 && c != '&' && c != '<' && c != '>' && c != '\'' && c != '"';
+}
+
 // Text for a single-quoted attribute, escaped as the format does: & < > ' " as hexadecimal
 // character references, everything else as it stands, TAB/CR/LF included. Characters XML cannot
 // carry at all are handled so that the document stays readable: other control characters below
@@ -78,6 +82,13 @@ size_t Utf8Sequence(std::string_view s, size_t i, char32_t& cp) {
 // Windows-1252, the shop machines' code page, and written as UTF-8.
 void AppendEscaped(std::string& out, std::string_view s) {
   for (size_t i = 0; i < s.size();) {
+    size_t run = i;
+    while (run < s.size() && IsPlainByte(static_cast<unsigned char>(s[run]))) ++run;
+    if (run > i) {
+      out.append(s.data() + i, run - i);
+      i = run;
+      continue;
+    }
     unsigned char c = static_cast<unsigned char>(s[i]);
     if (c < 0x80) {
       switch (c) {
@@ -96,8 +107,8 @@ void AppendEscaped(std::string& out, std::string_view s) {
         case '"':
           out += "&#x22;";
           break;
-        default:
-          if (c >= 0x20 || c == '\t' || c == '\r' || c == '\n') out += static_cast<char>(c);
+        default:  // control characters
+          if (c == '\t' || c == '\r' || c == '\n') out += static_cast<char>(c);
       }
       ++i;
       continue;
