@@ -21,18 +21,38 @@ using ent::Variant;
 
 namespace {
 
-const char kHead[] =
-    "<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'\r\n"
-    "\txmlns:dt='uuid:C2F41010-65B3-11d1-A29F-00AA00C14882'\r\n"
-    "\txmlns:rs='urn:schemas-microsoft-com:rowset'\r\n"
-    "\txmlns:z='#RowsetSchema'>\r\n"
-    "<s:Schema id='RowsetSchema'>\r\n"
-    "\t<s:ElementType name='row' content='eltOnly' rs:updatable='true'>\r\n";
-const char kSchemaTail[] =
-    "\t\t<s:extends type='rs:rowbase'/>\r\n"
-    "\t</s:ElementType>\r\n"
-    "</s:Schema>\r\n"
-    "<rs:data>\r\n";
+// Expected bytes written the way `cat -A` shows them: "^I" is a TAB, each line break is CR LF.
+std::string Bytes(std::string_view text) {
+  std::string out;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text.substr(i, 2) == "^I") {
+      out += '\t';
+      ++i;
+    } else {
+      out += text[i] == '\n' ? "\r\n" : std::string(1, text[i]);
+    }
+  }
+  return out;
+}
+
+// A whole document: the fixed head, the given AttributeType elements, the fixed schema tail, and
+// the rs:data content.
+std::string Document(std::string_view attribute_types, std::string_view data) {
+  return Bytes(R"(<xml xmlns:s='uuid:BDC6E3F0-6DA3-11d1-A2A3-00AA00C14882'
+^Ixmlns:dt='uuid:C2F41010-65B3-11d1-A29F-00AA00C14882'
+^Ixmlns:rs='urn:schemas-microsoft-com:rowset'
+^Ixmlns:z='#RowsetSchema'>
+<s:Schema id='RowsetSchema'>
+^I<s:ElementType name='row' content='eltOnly' rs:updatable='true'>
+)") + Bytes(attribute_types) +
+         Bytes(R"(^I^I<s:extends type='rs:rowbase'/>
+^I</s:ElementType>
+</s:Schema>
+<rs:data>
+)") + Bytes(data) +
+         Bytes(R"(</rs:data>
+</xml>)");
+}
 
 std::string Write(const std::vector<Field>& fields, const std::vector<std::vector<Variant>>& rows,
                   bool pending = false) {
@@ -88,39 +108,29 @@ TEST(RowsetXml, FabricatedTypesAsTheLibraryWritesThem) {
     for (size_t i = 0; i < 5; ++i) rs.Set(i, row[i]);
     rs.Update();
   }
-  EXPECT_EQ(
-      rs.SaveToString(),
-      std::string(kHead) +
-          "\t\t<s:AttributeType name='ID' rs:number='1' rs:write='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='int' dt:maxLength='4' rs:precision='0' rs:fixedlength='true' "
-          "rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='FLAG' rs:number='2' rs:write='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='boolean' dt:maxLength='2' rs:precision='0' rs:fixedlength='true' "
-          "rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='AMOUNT' rs:number='3' rs:write='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='number' rs:dbtype='currency' dt:maxLength='8' rs:precision='0' "
-          "rs:fixedlength='true'\r\n"
-          "\t\t\t rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='RATIO' rs:number='4' rs:write='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='float' dt:maxLength='8' rs:precision='0' rs:fixedlength='true' "
-          "rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='WHEN_AT' rs:number='5' rs:write='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='dateTime' rs:dbtype='variantdate' dt:maxLength='16' rs:precision='0' "
-          "rs:fixedlength='true'\r\n"
-          "\t\t\t rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n" +
-          kSchemaTail +
-          "\t<rs:insert>\r\n"
-          "\t\t<z:row ID='1' FLAG='True' AMOUNT='1234.56' RATIO='3.1415899999999999' "
-          "WHEN_AT='2001-02-03T04:05:06'/>\r\n"
-          "\t\t<z:row ID='-2' FLAG='False' AMOUNT='-7.89' RATIO='-0.25' WHEN_AT='1999-12-31T23:59:58'/>\r\n"
-          "\t</rs:insert>\r\n"
-          "</rs:data>\r\n"
-          "</xml>");
+  EXPECT_EQ(rs.SaveToString(), Document(R"(^I^I<s:AttributeType name='ID' rs:number='1' rs:write='true'>
+^I^I^I<s:datatype dt:type='int' dt:maxLength='4' rs:precision='0' rs:fixedlength='true' rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='FLAG' rs:number='2' rs:write='true'>
+^I^I^I<s:datatype dt:type='boolean' dt:maxLength='2' rs:precision='0' rs:fixedlength='true' rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='AMOUNT' rs:number='3' rs:write='true'>
+^I^I^I<s:datatype dt:type='number' rs:dbtype='currency' dt:maxLength='8' rs:precision='0' rs:fixedlength='true'
+^I^I^I rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='RATIO' rs:number='4' rs:write='true'>
+^I^I^I<s:datatype dt:type='float' dt:maxLength='8' rs:precision='0' rs:fixedlength='true' rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='WHEN_AT' rs:number='5' rs:write='true'>
+^I^I^I<s:datatype dt:type='dateTime' rs:dbtype='variantdate' dt:maxLength='16' rs:precision='0' rs:fixedlength='true'
+^I^I^I rs:maybenull='false'/>
+^I^I</s:AttributeType>
+)",
+                                        R"(^I<rs:insert>
+^I^I<z:row ID='1' FLAG='True' AMOUNT='1234.56' RATIO='3.1415899999999999' WHEN_AT='2001-02-03T04:05:06'/>
+^I^I<z:row ID='-2' FLAG='False' AMOUNT='-7.89' RATIO='-0.25' WHEN_AT='1999-12-31T23:59:58'/>
+^I</rs:insert>
+)"));
 }
 
 TEST(RowsetXml, FreeStandingTextRowsetKeepsAddedRowsInOneInsertBlock) {
@@ -135,21 +145,20 @@ TEST(RowsetXml, FreeStandingTextRowsetKeepsAddedRowsInOneInsertBlock) {
     rs.Update();
   }
   const std::string text_type =
-      "\t\t\t<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='50' rs:precision='0' "
-      "rs:fixedlength='true' rs:maybenull='false'/>\r\n";
+      "^I^I^I<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='50' rs:precision='0' "
+      "rs:fixedlength='true' rs:maybenull='false'/>\n";
   const std::string xml = rs.SaveToString();
-  EXPECT_EQ(xml, std::string(kHead) +
-                     "\t\t<s:AttributeType name='Sales_Class' rs:number='1' rs:write='true'>\r\n" +
-                     text_type + "\t\t</s:AttributeType>\r\n" +
-                     "\t\t<s:AttributeType name='Total' rs:number='2' rs:write='true'>\r\n" + text_type +
-                     "\t\t</s:AttributeType>\r\n" + kSchemaTail +
-                     "\t<rs:insert>\r\n"
-                     "\t\t<z:row Sales_Class='PARTS' Total='1,234.50'/>\r\n"
-                     "\t\t<z:row Sales_Class='LABOR'/>\r\n"
-                     "\t\t<z:row Sales_Class='[b]TOTAL' Total='1,234.50'/>\r\n"
-                     "\t</rs:insert>\r\n"
-                     "</rs:data>\r\n"
-                     "</xml>");
+  EXPECT_EQ(xml,
+            Document("^I^I<s:AttributeType name='Sales_Class' rs:number='1' rs:write='true'>\n" + text_type +
+                         "^I^I</s:AttributeType>\n^I^I<s:AttributeType name='Total' rs:number='2' "
+                         "rs:write='true'>\n" +
+                         text_type + "^I^I</s:AttributeType>\n",
+                     R"(^I<rs:insert>
+^I^I<z:row Sales_Class='PARTS' Total='1,234.50'/>
+^I^I<z:row Sales_Class='LABOR'/>
+^I^I<z:row Sales_Class='[b]TOTAL' Total='1,234.50'/>
+^I</rs:insert>
+)"));
   pugi::xml_document doc;
   pugi::xml_node data = ParsedData(doc, xml);
   EXPECT_EQ(data.first_child().name(), std::string("rs:insert"));
@@ -171,68 +180,49 @@ TEST(RowsetXml, QueryColumnsDescribeTheirSourceAndLeaveNullsOut) {
   price.scale = 4;
   Field code = QueryColumn("Code", DataType::kChar, false);
   code.defined_size = 3;
-  const std::vector<Field> fields = {id,
-                                     note,
-                                     QueryColumn("Amount", DataType::kCurrency, false),
-                                     price,
-                                     QueryColumn("Created", DataType::kDateTime),
-                                     QueryColumn("Flag", DataType::kBoolean),
-                                     code,
-                                     QueryColumn("Memo", DataType::kLongVarChar),
-                                     QueryColumn("Qty", DataType::kSmallInt)};
+  const Variant null = Variant::Null();
   const std::string xml =
-      Write(fields, {{1, "hello", Currency::FromDecimalText("106.30"), Variant::FromDecimal({"0.0100", 4}),
-                      DateTime::FromParts(2004, 1, 15), true, "ABC", "long", Variant::Integer(7)},
-                     {2, Variant::Null(), Currency(), Variant::Null(), Variant::Null(), Variant::Null(), "",
-                      Variant::Null(), Variant::Null()}});
+      Write({id, note, QueryColumn("Amount", DataType::kCurrency, false), price,
+             QueryColumn("Created", DataType::kDateTime), QueryColumn("Flag", DataType::kBoolean), code,
+             QueryColumn("Memo", DataType::kLongVarChar)},
+            {{1, "hello", Currency::FromDecimalText("106.30"), Variant::FromDecimal({"0.0100", 4}),
+              DateTime::FromParts(2004, 1, 15), true, "ABC", "long"},
+             {2, null, Currency(), null, null, null, "", null}});
   EXPECT_EQ(
       xml,
-      std::string(kHead) +
-          "\t\t<s:AttributeType name='OrderId' rs:number='1' rs:writeunknown='true' rs:basecatalog='Shop' "
-          "rs:basetable='SalesOrders'\r\n"
-          "\t\t\t rs:basecolumn='OrderId' rs:keycolumn='true' rs:autoincrement='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='int' dt:maxLength='4' rs:precision='10' rs:fixedlength='true' "
-          "rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='LineComment' rs:number='2' rs:nullable='true' rs:writeunknown='true' "
-          "rs:basetable='SalesOrders'\r\n"
-          "\t\t\t rs:basecolumn='LineComment'>\r\n"
-          "\t\t\t<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='160'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Amount' rs:number='3'>\r\n"
-          "\t\t\t<s:datatype dt:type='number' rs:dbtype='currency' dt:maxLength='8' rs:precision='19' "
-          "rs:fixedlength='true'\r\n"
-          "\t\t\t rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Price' rs:number='4' rs:nullable='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='number' rs:dbtype='numeric' dt:maxLength='19' rs:scale='4' "
-          "rs:precision='9' rs:fixedlength='true'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Created' rs:number='5' rs:nullable='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='dateTime' rs:dbtype='timestamp' dt:maxLength='16' rs:scale='3' "
-          "rs:precision='23' rs:fixedlength='true'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Flag' rs:number='6' rs:nullable='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='boolean' dt:maxLength='2' rs:fixedlength='true'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Code' rs:number='7'>\r\n"
-          "\t\t\t<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='3' rs:fixedlength='true' "
-          "rs:maybenull='false'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Memo' rs:number='8' rs:nullable='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='2147483647' rs:long='true'/>\r\n"
-          "\t\t</s:AttributeType>\r\n"
-          "\t\t<s:AttributeType name='Qty' rs:number='9' rs:nullable='true'>\r\n"
-          "\t\t\t<s:datatype dt:type='i2' dt:maxLength='2' rs:precision='5' rs:fixedlength='true'/>\r\n"
-          "\t\t</s:AttributeType>\r\n" +
-          kSchemaTail +
-          "\t<z:row OrderId='1' LineComment='hello' Amount='106.3' Price='.0100' "
-          "Created='2004-01-15T00:00:00' "
-          "Flag='True'\r\n"
-          "\t\t Code='ABC' Memo='long' Qty='7'/>\r\n"
-          "\t<z:row OrderId='2' Amount='0' Code=''/>\r\n"
-          "</rs:data>\r\n"
-          "</xml>");
+      Document(
+          R"(^I^I<s:AttributeType name='OrderId' rs:number='1' rs:writeunknown='true' rs:basecatalog='Shop' rs:basetable='SalesOrders'
+^I^I^I rs:basecolumn='OrderId' rs:keycolumn='true' rs:autoincrement='true'>
+^I^I^I<s:datatype dt:type='int' dt:maxLength='4' rs:precision='10' rs:fixedlength='true' rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='LineComment' rs:number='2' rs:nullable='true' rs:writeunknown='true' rs:basetable='SalesOrders'
+^I^I^I rs:basecolumn='LineComment'>
+^I^I^I<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='160'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='Amount' rs:number='3'>
+^I^I^I<s:datatype dt:type='number' rs:dbtype='currency' dt:maxLength='8' rs:precision='19' rs:fixedlength='true'
+^I^I^I rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='Price' rs:number='4' rs:nullable='true'>
+^I^I^I<s:datatype dt:type='number' rs:dbtype='numeric' dt:maxLength='19' rs:scale='4' rs:precision='9' rs:fixedlength='true'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='Created' rs:number='5' rs:nullable='true'>
+^I^I^I<s:datatype dt:type='dateTime' rs:dbtype='timestamp' dt:maxLength='16' rs:scale='3' rs:precision='23' rs:fixedlength='true'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='Flag' rs:number='6' rs:nullable='true'>
+^I^I^I<s:datatype dt:type='boolean' dt:maxLength='2' rs:fixedlength='true'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='Code' rs:number='7'>
+^I^I^I<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='3' rs:fixedlength='true' rs:maybenull='false'/>
+^I^I</s:AttributeType>
+^I^I<s:AttributeType name='Memo' rs:number='8' rs:nullable='true'>
+^I^I^I<s:datatype dt:type='string' rs:dbtype='str' dt:maxLength='2147483647' rs:long='true'/>
+^I^I</s:AttributeType>
+)",
+          R"(^I<z:row OrderId='1' LineComment='hello' Amount='106.3' Price='.0100' Created='2004-01-15T00:00:00' Flag='True'
+^I^I Code='ABC' Memo='long'/>
+^I<z:row OrderId='2' Amount='0' Code=''/>
+)"));
   pugi::xml_document doc;
   pugi::xml_node data = ParsedData(doc, xml);
   EXPECT_EQ(data.first_child().name(), std::string("z:row"));
@@ -250,7 +240,7 @@ TEST(RowsetXml, EmptyRowset) {
   EXPECT_EQ(xml.substr(xml.size() - tail.size()), tail);
   pugi::xml_document doc;
   EXPECT_TRUE(ParsedData(doc, xml).first_child().empty());
-  EXPECT_EQ(Write({}, {}), std::string(kHead) + kSchemaTail + "</rs:data>\r\n</xml>");
+  EXPECT_EQ(Write({}, {}), Document("", ""));
 }
 
 TEST(RowsetXml, EscapesTextAndKeepsTheDocumentWellFormed) {
@@ -309,13 +299,12 @@ TEST(RowsetXml, LongRowsWrapBeforeAnAttribute) {
   const std::string rows = xml.substr(start, xml.find("\t</rs:insert>") - start);
   EXPECT_EQ(
       rows,
-      "\t\t<z:row Column_0='aaaaaa' Column_1='bbbbbb' Column_2='cccccc' Column_3='dddddd' Column_4='eeeeee'"
-      " Column_5='ffffff'\r\n"
-      "\t\t\t Column_6='" +
-          std::string(130, 'g') +
-          "'\r\n"
-          "\t\t\t Column_7='hhhhhh' Column_8='iiiiii' Column_9='jjjjjj' Column_10='kkkkkk' "
-          "Column_11='llllll'/>\r\n");
+      Bytes(
+          R"(^I^I<z:row Column_0='aaaaaa' Column_1='bbbbbb' Column_2='cccccc' Column_3='dddddd' Column_4='eeeeee' Column_5='ffffff'
+^I^I^I Column_6=')" +
+          std::string(130, 'g') + R"('
+^I^I^I Column_7='hhhhhh' Column_8='iiiiii' Column_9='jjjjjj' Column_10='kkkkkk' Column_11='llllll'/>
+)"));
   pugi::xml_document doc;
   pugi::xml_node z = ParsedData(doc, xml).first_child().first_child();
   EXPECT_EQ(std::string(z.attribute("Column_6").value()), std::string(130, 'g'));
