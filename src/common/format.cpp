@@ -1,0 +1,56 @@
+#include "common/format.h"
+
+#include "common/number_format.h"
+#include "common/numeric_text.h"
+
+namespace ent {
+
+namespace {
+
+bool IsNumericPattern(std::string_view pattern) {
+  return pattern.find_first_of("#0") != std::string_view::npos;
+}
+
+std::string FormatDate(const DateTime& d, std::string_view pattern) {
+  return FormatDateParts(d.year(), d.month(), d.day(), d.hour(), d.minute(), d.second(), pattern,
+                         FormatRules::kVisualBasic);
+}
+
+}  // namespace
+
+std::string Format(const Variant& value, std::string_view pattern) {
+  using K = Variant::Kind;
+  const FormatRules vb = FormatRules::kVisualBasic;
+  switch (value.kind()) {
+    case K::kNull:
+      return "";
+    case K::kEmpty:
+      return IsNumericPattern(pattern) ? FormatDecimal("0", pattern, vb) : "";
+    case K::kBoolean:
+      return FormatDecimal(value.boolean() ? "-1" : "0", pattern, vb);
+    case K::kByte: case K::kInteger: case K::kLong: case K::kLongLong:
+      return FormatDecimal(std::to_string(value.whole()), pattern, vb);
+    case K::kSingle: case K::kDouble:
+      return FormatDouble(value.floating(), pattern, vb);
+    case K::kDecimal:
+      return FormatDecimal(value.decimal().text, pattern, vb);
+    case K::kCurrency:
+      return FormatDecimal(value.currency().ToString(), pattern, vb);
+    case K::kDate:
+      if (IsNumericPattern(pattern)) return FormatDouble(value.ToDouble(), pattern, vb);
+      return FormatDate(value.date(), pattern);
+    case K::kString: {
+      if (IsNumericPattern(pattern)) {
+        if (auto decimal = NumericTextToDecimal(value.text())) return FormatDecimal(*decimal, pattern, vb);
+        return value.text();
+      }
+      if (auto d = DateTime::Parse(value.text())) return FormatDate(*d, pattern);
+      return value.text();
+    }
+    case K::kObject:
+      return value.ToText();  // raises the conversion's error
+  }
+  return value.ToText();
+}
+
+}  // namespace ent

@@ -1,0 +1,39 @@
+#include "data/cls_rs.h"
+
+#include "common/error.h"
+#include "common/log.h"
+#include "common/thread_values.h"
+
+namespace ent {
+
+clsRS::~clsRS() {
+  try {
+    if (conn_) conn_->Close();
+  } catch (...) {
+  }
+}
+
+void clsRS::openConnections() {
+  WriteLog("openConnections");
+  conn_ = OpenConnection(ShopConnectionString());
+  WriteLog("EndConnections");
+}
+
+std::unique_ptr<Recordset> clsRS::getCustomRS(const std::string& sql, std::string& sInnerErr) {
+  try {
+    WriteLog("Starting getCustomRS");
+    WriteLog(sql);
+    WriteLog(ShopConnectionString());
+    std::shared_ptr<Connection> connection = OpenConnection(ShopConnectionString());
+    auto rs = Recordset::OpenQuery(std::move(connection), sql, false);
+    sInnerErr = "0";
+    WriteLog("Finished getCustomRS");
+    return rs;
+  } catch (const Error& e) {
+    sInnerErr = e.description();
+    WriteLog("ERROR IN getCustomRS:" + e.description());
+    return nullptr;
+  }
+}
+
+}  // namespace ent

@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+
+#include "common/error.h"
+#include "data/recordset.h"
+#include "support/test_db.h"
+
+namespace ent {
+namespace {
+
+class SqliteDriverTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    db_.Exec(
+        "create table wo (woid int primary key, Summary varchar(20), screentotal money, latestdate datetime, "
+        "chkvoid bit, ratio float, notes text);"
+        "insert into wo values (1, 'Brakes', 100.5, '1/15/2024', 0, 0.25, 'long note');"
+        "insert into wo values (2, 'Oil', 35, '2024-02-01', 1, null, null);"
+        "insert into wo values (3, null, 17.5, '03/01/2024', 0, 1.5, 'x');");
+  }
+  int32_t ErrorNumberOf(const std::string& sql) {
+    try {
+      Recordset::OpenQuery(db_.Connect(), sql, false);
+    } catch (const Error& e) {
+      return e.number();
+    }
+    return 0;
+  }
+  test::TestDb db_;
+};
+
+TEST_F(SqliteDriverTest, ColumnsAreTypedByTheirDeclaredTypes) {
+  auto rs = Recordset::OpenQuery(db_.Connect(), "select * from wo order by woid", false);
+  ASSERT_EQ(rs->fields().size(), 7u);
+  EXPECT_EQ(rs->fields()[0].type, DataType::kInteger);
+  EXPECT_TRUE(rs->fields()[0].key_column);
+  EXPECT_EQ(rs->fields()[1].type, DataType::kVarChar);
+  EXPECT_EQ(rs->fields()[1].defined_size, 20);
+  EXPECT_EQ(rs->fields()[2].type, DataType::kCurrency);
+  EXPECT_EQ(rs->fields()[3].type, DataType::kDateTime);
+  EXPECT_EQ(rs->fields()[4].type, DataType::kBoolean);
+  EXPECT_EQ(rs->fields()[5].type, DataType::kDouble);
+  EXPECT_EQ(rs->fields()[6].type, DataType::kLongVarChar);
+  EXPECT_EQ(rs->fields()[2].base_table, "wo");
+  EXPECT_EQ(rs->fields()[2].base_column, "screentotal");
+
+  EXPECT_EQ(rs->Get("WOID").kind(), Variant::Kind::kLong);
+  EXPECT_EQ(rs->Get("screentotal").currency().ToString(), "100.5");
+  EXPECT_EQ(rs->Get("latestdate").date().ShortDate(), "1/15/2024");
+  EXPECT_FALSE(rs->Get("chkvoid").boolean());
+  rs->MoveNext();
+  EXPECT_EQ(rs->Get("screentotal").kind(), Variant::Kind::kCurrency);  // stored as a whole number
+  EXPECT_TRUE(rs->Get("ratio").IsNull());
+  EXPECT_TRUE(rs->Get("chkvoid").boolean());
+  rs->MoveLast();
+  EXPECT_EQ(rs->Get("latestdate").date().ShortDate(), "3/1/2024");
+  EXPECT_TRUE(rs->Get("summary").IsNull());
+}
+
+TEST_F(SqliteDriverTest, TsqlTextsRunUnchanged) {
+  auto rs = Recordset::OpenQuery(
+      db_.Connect(), "select top 2 woid, isnull(Summary, 'none') as S from wo order by screentotal", false);
+  ASSERT_EQ(rs->RecordCount(), 2u);
+  EXPECT_EQ(rs->Get("woid").whole(), 3);
+  EXPECT_EQ(rs->Get("S").text(), "none");
+  // Dates in the machine's short form compare with the stored ones; text compares without case.
+  rs = Recordset::OpenQuery(db_.Connect(),
+                            "select count(*) as N from wo where latestdate between '1/15/2024' and '2/1/2024' "
+                            "and summary <> 'BRAKES'",
+                            false);
+  EXPECT_EQ(rs->Get("N").ToLong(), 1);
+  // Computed money keeps its decimals; format() behaves as SQL Server's.
+  rs = Recordset::OpenQuery(db_.Connect(),
+                            "select sum(screentotal) / count(*) as A, format(sum(screentotal), '###,###,##0.00') "
+                            "as F, format(max(latestdate), 'MM/dd/yyyy') as D, format(null, '0.00') as Z from wo",
+                            false);
+  EXPECT_EQ(rs->Get("A").ToText(), "51");
+  EXPECT_EQ(rs->Get("F").text(), "153.00");
+  EXPECT_EQ(rs->Get("D").text(), "03/01/2024");
+  EXPECT_TRUE(rs->Get("Z").IsNull());
+}
+
+TEST_F(SqliteDriverTest, FailuresCarryTheReferenceNumbersAndSqliteMessages) {
+  EXPECT_EQ(ErrorNumberOf("select * from nosuchtable"), static_cast<int32_t>(0x80040E37));
+  EXPECT_EQ(ErrorNumberOf("selec * from wo"), static_cast<int32_t>(0x80040E14));
+  try {
+    db_.Exec("DROP TABLE entAPAR");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), -2147217865);
+    EXPECT_EQ(e.description(), "no such table: entAPAR");
+  }
+  try {
+    OpenConnection("Provider=SQLite;Data Source=/nonexistent/dir/shop.db");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_NE(e.description().find("Cannot open the shop database"), std::string::npos);
+  }
+  EXPECT_THROW(OpenConnection("Provider=Jet;Data Source=x.mdb"), Error);
+}
+
+TEST_F(SqliteDriverTest, EditableRowsetsInsertIntoTheirTableOnUpdate) {
+  db_.Exec("create table entAPAR (Company varchar(100), Contact varchar(100), cAmt float)");
+  auto conn = db_.Connect();
+  auto rs = Recordset::OpenQuery(conn, "select * FROM entAPAR", true);
+  EXPECT_TRUE(rs->IsEof());
+  rs->AddNew();
+  rs->Set("company", "O'Brien Supply");
+  rs->Set("Contact", "");
+  rs->Set("cAmt", Variant(Currency::FromDecimalText("150.25")));
+  rs->Update();
+  auto back = Recordset::OpenQuery(conn, "select Company, Contact, cAmt from entAPAR", false);
+  ASSERT_EQ(back->RecordCount(), 1u);
+  EXPECT_EQ(back->Get("Company").text(), "O'Brien Supply");
+  EXPECT_EQ(back->Get("cAmt").floating(), 150.25);
+  // A read-only rowset refuses edits.
+  EXPECT_THROW(back->Set("Company", "x"), Error);
+}
+
+TEST(FreeStandingRowset, AppendAddSetAndNavigate) {
+  Recordset rs;
+  rs.AppendField(AppendedField("Sales_Class"));
+  rs.AppendField(AppendedField("Parts_Sold"));
+  rs.Open();
+  EXPECT_TRUE(rs.IsBof());
+  EXPECT_TRUE(rs.IsEof());
+  rs.AddNew();
+  rs.Set("sales_class", "OIL");
+  rs.Set(1, Variant(12.5));
+  rs.Update();
+  rs.AddNew();
+  rs.Set("Sales_Class", "TIRES");
+  EXPECT_EQ(rs.RecordCount(), 2u);
+  EXPECT_THROW(rs.Set("Sales_Class", std::string(51, 'x')), Error);  // fixed 50 characters
+  rs.Set("Sales_Class", std::string(50, 'x'));
+  EXPECT_THROW(rs.Get("Nope"), Error);
+  rs.MoveFirst();
+  EXPECT_EQ(rs.Get(0).text(), "OIL");
+  EXPECT_EQ(rs.Get("Parts_Sold").text(), "12.5");
+  rs.MoveNext();
+  rs.MoveNext();
+  EXPECT_TRUE(rs.IsEof());
+  EXPECT_THROW(rs.Get(0), Error);
+  rs.MoveLast();
+  EXPECT_TRUE(rs.Get("Parts_Sold").IsNull());
+}
+
+}  // namespace
+}  // namespace ent
