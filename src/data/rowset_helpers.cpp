@@ -1,0 +1,98 @@
+// The rowset helpers the report operations share.
+#include "common/error.h"
+#include "common/format.h"
+#include "common/log.h"
+#include "common/numeric_text.h"
+#include "common/thread_values.h"
+#include "common/value_helpers.h"
+#include "data/cls_rs.h"
+
+namespace ent {
+
+namespace {
+
+// Entries 0 .. size - 2: the last entry is the spare.
+size_t ListedCount(const std::vector<std::string>& names) { return names.empty() ? 0 : names.size() - 1; }
+
+bool IsNumericValue(const Variant& v) {
+  if (v.IsNumberKind()) return true;
+  return v.IsString() && IsNumericText(v.text());
+}
+
+}  // namespace
+
+std::unique_ptr<Recordset> clsRS::runQuery(const std::string& sql, std::string& status, bool editable) {
+  try {
+    auto rs = Recordset::OpenQuery(conn_, sql, editable);
+    status = "0";
+    return rs;
+  } catch (const Error& e) {
+    WriteLog("getRS:" + e.description());
+    status = e.description();
+    return nullptr;
+  }
+}
+
+std::unique_ptr<Recordset> clsRS::copyRS(Recordset* source) {
+  if (!source) return nullptr;
+  try {
+    auto copy = std::make_unique<Recordset>();
+    for (const Field& f : source->fields()) copy->AppendField(AppendedField(f.name));
+    copy->Open();
+    const size_t columns = source->fields().size();
+    while (!source->IsEof()) {
+      copy->AddNew();
+      for (size_t c = 0; c < columns; ++c) copy->Set(c, Variant(SafeString(source->Get(c))));
+      copy->Update();
+      source->MoveNext();
+    }
+    return copy;
+  } catch (const Error&) {
+    return nullptr;
+  }
+}
+
+void clsRS::appendTotalRow(Recordset& rs, const std::vector<std::string>& names) {
+  try {
+    if (rs.IsBof() || rs.IsEof()) return;
+    const size_t count = ListedCount(names);
+    std::vector<Currency> sums(count);
+    rs.MoveFirst();
+    while (!rs.IsEof()) {
+      YieldToPendingWork();
+      for (size_t i = 0; i < count; ++i) {
+        const Variant& cell = rs.Get(names[i]);
+        if (IsNumericValue(cell)) sums[i] += cell.ToCurrency();
+      }
+      rs.MoveNext();
+    }
+    rs.AddNew();
+    rs.Set(size_t{0}, Variant("[b]TOTAL"));
+    for (size_t i = 0; i < count; ++i) rs.Set(names[i], Variant(Format(Variant(sums[i]), kAmountPattern)));
+    rs.Update();
+    rs.MoveFirst();
+  } catch (const Error&) {
+  }
+}
+
+void clsRS::formatColumns(Recordset& rs, const std::vector<std::string>& names, std::string_view pattern) {
+  try {
+    if (rs.IsBof() || rs.IsEof()) return;
+    const size_t count = ListedCount(names);
+    rs.MoveFirst();
+    while (!rs.IsEof()) {
+      YieldToPendingWork();
+      for (size_t i = 0; i < count; ++i) rs.Set(names[i], Variant(Format(rs.Get(names[i]), pattern)));
+      rs.MoveNext();
+    }
+    rs.MoveFirst();
+  } catch (const Error&) {
+  }
+}
+
+Currency clsRS::toCurrency(const Variant& value) {
+  if (value.IsNull() || !IsNumericValue(value)) return Currency();
+  return value.ToCurrency();
+}
+
+}  // namespace ent

@@ -1,0 +1,79 @@
+#include "data/sql_text.h"
+
+#include <cctype>
+#include <vector>
+
+namespace ent {
+
+namespace {
+
+std::string_view Trim(std::string_view s) {
+  while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
+  while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
+  return s;
+}
+
+bool IsNameChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+
+// One column name: parts separated by '.', each a plain name or a [bracketed] name without ']'.
+bool IsColumnName(std::string_view s) {
+  if (s.empty()) return false;
+  size_t i = 0;
+  for (;;) {
+    if (i < s.size() && s[i] == '[') {
+      size_t close = s.find(']', i + 1);
+      if (close == std::string_view::npos || close == i + 1) return false;
+      i = close + 1;
+    } else {
+      size_t start = i;
+      while (i < s.size() && IsNameChar(s[i])) ++i;
+      if (i == start || std::isdigit(static_cast<unsigned char>(s[start]))) return false;
+    }
+    if (i == s.size()) return true;
+    if (s[i] != '.') return false;
+    ++i;
+  }
+}
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (std::toupper(static_cast<unsigned char>(a[i])) != std::toupper(static_cast<unsigned char>(b[i]))) return false;
+  return true;
+}
+
+}  // namespace
+
+std::string SqlQuote(std::string_view value) {
+  std::string out;
+  out.reserve(value.size());
+  for (char c : value) {
+    out += c;
+    if (c == '\'') out += '\'';
+  }
+  return out;
+}
+
+std::optional<std::string> CheckSortOrder(std::string_view order_by) {
+  const std::string failure = "The sort order \"" + std::string(order_by) +
+                              "\" is not accepted: give column names separated by commas, each optionally "
+                              "followed by ASC or DESC.";
+  std::string_view rest = order_by;
+  for (;;) {
+    size_t comma = rest.find(',');
+    std::string_view item = Trim(rest.substr(0, comma));
+    // The last word may be a direction.
+    size_t blank = item.find_last_of(" \t");
+    size_t bracket = item.find_last_of(']');
+    if (blank != std::string_view::npos && (bracket == std::string_view::npos || blank > bracket)) {
+      std::string_view direction = item.substr(blank + 1);
+      if (!EqualsNoCase(direction, "ASC") && !EqualsNoCase(direction, "DESC")) return failure;
+      item = Trim(item.substr(0, blank));
+    }
+    if (!IsColumnName(item)) return failure;
+    if (comma == std::string_view::npos) return std::nullopt;
+    rest = rest.substr(comma + 1);
+  }
+}
+
+}  // namespace ent

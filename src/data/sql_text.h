@@ -1,0 +1,19 @@
+// Building SQL texts from request values: the one quoting helper, and the check that a sort order
+// from a request is only column names.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ent {
+
+// The value with every single quote doubled, ready to stand between single quotes in SQL.
+std::string SqlQuote(std::string_view value);
+
+// Accepts column names (letters, digits, '_', optionally qualified with '.' or in [brackets])
+// separated by commas, each optionally followed by ASC or DESC. Returns the failure text for
+// anything else, nothing when the order is acceptable.
+std::optional<std::string> CheckSortOrder(std::string_view order_by);
+
+}  // namespace ent
