@@ -1,12 +1,65 @@
 #include <iostream>
 
 #include "commands.h"
+#include "common/thread_values.h"
+#include "data/cls_rs.h"
+#include "options.h"
+#include "report/result_document.h"
 
 namespace ent::cli {
 
-int RunQuery(const Args&) {
-  std::cerr << "entprcreq: this command is not built yet\n";
-  return 2;
+namespace {
+
+const char kHelp[] =
+    "usage: entprcreq query --connection STRING --sql TEXT\n"
+    "\n"
+    "Runs a head office's free SQL text against the shop database and prints the result document\n"
+    "that a custom report request with that text would post. Use it to try a SQL text before the\n"
+    "head office sends it. Nothing is posted and the database-in-use token is not touched.\n"
+    "\n"
+    "  --connection STRING  the shop database, e.g. \"Provider=SQLite;Data Source=/srv/shop.db\"\n"
+    "  --sql TEXT           the SQL text, exactly as the head office would send it\n"
+    "\n"
+    "Prints the document, or \"No records found.\" when the text returns no rows (exit code 0).\n"
+    "When the text fails, prints the status text the head office would receive (exit code 1).\n";
+
+}  // namespace
+
+int RunQuery(const Args& args) {
+  try {
+    Options options(args, {"--connection", "--sql"}, {"--help"});
+    if (options.Has("--help")) {
+      std::cout << kHelp;
+      return 0;
+    }
+    if (!options.Has("--connection") || !options.Has("--sql") || !options.positional().empty()) {
+      std::cerr << kHelp;
+      return 2;
+    }
+    SetShopConnectionString(options.Get("--connection"));
+    clsRS engine;
+    std::string status;
+    std::unique_ptr<Recordset> rs = engine.getCustomRS(options.Get("--sql"), status);
+    if (status != "0" || !rs) {
+      std::cout << status << "\n";
+      return 1;
+    }
+    if (rs->IsBof() || rs->IsEof()) {
+      std::cout << "No records found.\n";
+      return 0;
+    }
+    auto doc = SaveRowsetToDocument(*rs);
+    std::string failure;
+    if (!FlattenRowsetDocument(*doc, failure)) {
+      std::cout << failure << "\n";
+      return 1;
+    }
+    std::cout << DocumentXmlText(*doc) << "\n";
+    return 0;
+  } catch (const std::exception& e) {
+    std::cerr << "entprcreq query: " << e.what() << "\n";
+    return 2;
+  }
 }
 
 }  // namespace ent::cli

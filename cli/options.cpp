@@ -1,0 +1,42 @@
+#include "options.h"
+
+#include <stdexcept>
+
+namespace ent::cli {
+
+Options::Options(const std::vector<std::string>& args, const std::set<std::string>& with_value,
+                 const std::set<std::string>& flags) {
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    if (a.rfind("--", 0) != 0 || a == "-" || a == "--") {
+      positional_.push_back(a);
+      continue;
+    }
+    std::string name = a, value;
+    bool inline_value = false;
+    if (size_t eq = a.find('='); eq != std::string::npos) {
+      name = a.substr(0, eq);
+      value = a.substr(eq + 1);
+      inline_value = true;
+    }
+    if (flags.count(name)) {
+      if (inline_value) throw std::invalid_argument("option " + name + " takes no value");
+      flags_.insert(name);
+    } else if (with_value.count(name)) {
+      if (!inline_value) {
+        if (i + 1 >= args.size()) throw std::invalid_argument("option " + name + " needs a value");
+        value = args[++i];
+      }
+      values_[name] = value;
+    } else {
+      throw std::invalid_argument("unknown option " + name);
+    }
+  }
+}
+
+std::string Options::Get(const std::string& name, const std::string& fallback) const {
+  auto it = values_.find(name);
+  return it == values_.end() ? fallback : it->second;
+}
+
+}  // namespace ent::cli

@@ -1,0 +1,138 @@
+// The catalogue: report codes of the head office bound to report operations, with the conversions
+// of their parameters. Codes are compared in upper case, in the order of the table.
+#include <algorithm>
+#include <cctype>
+#include <functional>
+#include <vector>
+
+#include "common/error.h"
+#include "common/log.h"
+#include "common/variant.h"
+#include "data/cls_rs.h"
+#include "report/cls_prebuilt_report.h"
+
+namespace ent {
+
+namespace {
+
+const char kNotFound[] = "Prebuilt report not found.";
+const char kOldClient[] = "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.";
+
+// Reads the job's parameters "p0".."p6" with the catalogue's conversions. A parameter the request did
+// not supply reads as the empty text, 0 or false.
+class Params {
+ public:
+  explicit Params(clsPrebuiltReport& job) : job_(job) {}
+  std::string T(int n) { return job_.getParam("p" + std::to_string(n)); }
+  int32_t W(int n) {
+    std::string t = T(n);
+    return t.empty() ? 0 : Variant(t).ToLong();
+  }
+  bool B(int n) {
+    std::string t = T(n);
+    return t.empty() ? false : Variant(t).ToBool();
+  }
+  Currency C(int n) {
+    std::string t = T(n);
+    return t.empty() ? Currency() : Variant(t).ToCurrency();
+  }
+
+ private:
+  clsPrebuiltReport& job_;
+};
+
+ReportOutput Rows(std::unique_ptr<Recordset> rowset) {
+  ReportOutput output;
+  output.rowset = std::move(rowset);
+  return output;
+}
+
+using Operation = std::function<ReportOutput(clsRS& rs, Params& p, std::string& status)>;
+
+struct Entry {
+  const char* code;
+  Operation run;  // empty: no operation, the status is `notice`
+  const char* notice = nullptr;
+};
+
+const std::vector<Entry>& Catalogue() {
+  static const std::vector<Entry> entries = {
+      {"TRANSROREQ", nullptr, kOldClient},
+      {"TRANSREQ", nullptr, kOldClient},
+      {"ENTCUSTSRCH",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string order = p.T(0), company = p.T(1), first = p.T(2), last = p.T(3);
+         int32_t max_records = p.W(4);
+         std::string home = p.T(5), business = p.T(6);
+         return Rows(rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
+       }},
+      {"ENTINVSRCH",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string order = p.T(0), part = p.T(1), desc = p.T(2), category = p.T(3);
+         int32_t count = p.W(4);
+         std::string maker = p.T(5);
+         bool on_hand_only = p.B(6);
+         return Rows(rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
+       }},
+      {"ENTCUSTINVOICES",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string order = p.T(0);
+         int32_t customer = p.W(1);
+         return Rows(rs.generateEnterpriseInvoiceList(order, customer, status));
+       }},
+      {"INVSUM01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         bool customer = p.B(2), vehicle = p.B(3), summary = p.B(4);
+         return Rows(rs.getInvoiceRevenueSummary(start, end, customer, vehicle, summary, status));
+       }},
+      {"PAYREC01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getRepairOrderPaymentRecon(start, end, status));
+       }},
+      {"AVGINV01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getAvgInvoiceData(start, end, true, status));
+       }},
+  };
+  return entries;
+}
+
+std::string Upper(std::string s) {
+  std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return s;
+}
+
+}  // namespace
+
+ReportOutput clsPrebuiltReport::getPrebuiltReport(const std::string& code) {
+  WriteLog("getPrebuiltReport Start:" + code);
+  clsRS engine;
+  engine.openConnections();  // a connection failure goes to generateDOC
+  WriteLog("After OPEN DB Connections:" + code);
+  ReportOutput output;
+  try {
+    const std::string key = Upper(code);
+    const auto& entries = Catalogue();
+    auto entry = std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return key == e.code; });
+    if (entry == entries.end()) {
+      StatusStr = kNotFound;
+    } else if (!entry->run) {
+      StatusStr = entry->notice;
+    } else {
+      Params params(*this);
+      output = entry->run(engine, params, StatusStr);
+    }
+    WriteLog("getPrebuiltReport End:" + code);
+    if (output.rowset) output.rowset->Detach();
+  } catch (const Error& e) {
+    WriteLog("getPrebuiltReport:ERROR:" + e.description());
+  } catch (const std::exception& e) {
+    WriteLog(std::string("getPrebuiltReport:ERROR:") + e.what());
+  }
+  return output;
+}
+
+}  // namespace ent

@@ -1,0 +1,79 @@
+#include "report/cls_prebuilt_report.h"
+
+#include "common/error.h"
+#include "common/log.h"
+#include "data/cls_rs.h"
+#include "report/result_document.h"
+
+namespace ent {
+
+bool clsPrebuiltReport::addParam(const std::string& sKey, const std::string& sValue) {
+  if (!params_.emplace(sKey, sValue).second)
+    throw Error(457, "This key is already associated with an element of this collection");
+  return false;
+}
+
+std::string clsPrebuiltReport::getParam(const std::string& sKey) { return params_[sKey]; }
+
+bool clsPrebuiltReport::flattenRowsetXML(pugi::xml_document& document) {
+  std::string failure;
+  if (FlattenRowsetDocument(document, failure)) return true;
+  StatusStr = failure;
+  return false;
+}
+
+std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
+  std::shared_ptr<ISendable> result;
+  ReportOutput output;
+  try {
+    if (CustomReport) {
+      WriteLog("generateDOC:CustomReport");
+      clsRS engine;
+      output.rowset = engine.getCustomRS(sqlString, StatusStr);
+    } else {
+      WriteLog("generateDOC: Pre Built Report :" + reportName);
+      output = getPrebuiltReport(reportName);
+    }
+    if (StatusStr != "0") throw Error(err::kReportStatus, StatusStr, "generateDoc");
+
+    auto save_flattened = [&](const Recordset& rs) {
+      std::shared_ptr<pugi::xml_document> doc = SaveRowsetToDocument(rs);
+      if (!flattenRowsetXML(*doc)) throw Error(err::kReportStatus, StatusStr, "generateDoc");
+      return doc;
+    };
+
+    if (output.empty()) {
+      StatusStr = "No records found.";
+      result = std::make_shared<clsGenericReport>();
+    } else if (output.rowset) {
+      if (output.rowset->IsBof() || output.rowset->IsEof()) {
+        StatusStr = "No records found.";
+        result = std::make_shared<clsGenericReport>();
+      } else {
+        auto report = std::make_shared<clsGenericReport>();
+        report->SetXMLDocument(save_flattened(*output.rowset));
+        result = report;
+      }
+    } else if (output.sendable) {
+      const std::shared_ptr<Recordset>& rs = output.sendable->rs();
+      if (rs && !rs->IsBof() && !rs->IsEof()) output.sendable->SetXMLDocument(save_flattened(*rs));
+      result = output.sendable;
+    } else if (output.document) {
+      auto report = std::make_shared<clsGenericReport>();
+      report->SetXMLDocument(std::shared_ptr<pugi::xml_document>(std::move(output.document)));
+      result = report;
+    } else {
+      StatusStr = "Uknown TypeOf Object Set.";
+      result = nullptr;
+    }
+    return result;
+  } catch (const Error& e) {
+    StatusStr = e.description();
+  } catch (const std::exception& e) {
+    StatusStr = e.what();
+  }
+  WriteLog("generateDoc:" + StatusStr);
+  return std::make_shared<clsGenericReport>();
+}
+
+}  // namespace ent
