@@ -1,12 +1,107 @@
+#include <fstream>
 #include <iostream>
+#include <iterator>
+#include <sstream>
 
 #include "commands.h"
+#include "common/error.h"
+#include "common/thread_values.h"
+#include "options.h"
+#include "server/cls_process_request.h"
 
 namespace ent::cli {
 
-int RunProcess(const Args&) {
-  std::cerr << "entprcreq: this command is not built yet\n";
-  return 2;
+namespace {
+
+const char kHelp[] =
+    "usage: entprcreq process --request FILE|- [options]\n"
+    "\n"
+    "Runs one report request the way the host service does: checks that no administrator holds the\n"
+    "shop database, runs the report, and posts the result (or an error text) to the head office's\n"
+    "web service. Exit code 0 once the request was handled, whatever its outcome (the outcome went\n"
+    "to the head office, and to the log with --debug); 1 when the database-in-use token cannot be\n"
+    "used, in which case nothing was run, posted or logged; 2 for wrong options.\n"
+    "\n"
+    "  --request FILE        the request document (XML); '-' reads it from standard input\n"
+    "  --connection STRING   the shop database, e.g. \"Provider=SQLite;Data Source=/srv/shop.db\"\n"
+    "  --host-address NAME   host name or address of the head office's web service\n"
+    "  --host-port PORT      its port\n"
+    "  --guid TEXT           this shop's identity towards the head office\n"
+    "  --passcode TEXT       this shop's pass code for the head office\n"
+    "  --client-id N         the client identifier the host was given (default 0)\n"
+    "  --session-id TEXT     the session identifier; it also names the log file\n"
+    "  --debug               write every step to <log dir>/<session id>.txt\n"
+    "  --db-size             the database is small enough to work on; without it every request is\n"
+    "                        answered \"Target location requires a database compact.\"\n"
+    "  --token-dir DIR       where the database-in-use token is kept (see 'entprcreq token --help')\n"
+    "  --log-dir DIR         where log files go (default: the log folder beside the program; it is\n"
+    "                        never created: without it nothing is logged)\n"
+    "  --connect-timeout S   seconds to wait for the head office to accept a connection (default 10)\n"
+    "  --timeout S           seconds one exchange with the head office may take (default 60)\n";
+
+std::string ReadRequest(const std::string& source) {
+  if (source == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
+  std::ifstream in(source, std::ios::binary);
+  if (!in) throw std::invalid_argument("cannot read the request file " + source);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+long Seconds(const Options& options, const std::string& name, long fallback) {
+  std::string text = options.Get(name);
+  if (text.empty()) return fallback;
+  size_t used = 0;
+  long value = std::stol(text, &used);
+  if (used != text.size() || value <= 0) throw std::invalid_argument(name + " takes a number of seconds");
+  return value;
+}
+
+}  // namespace
+
+int RunProcess(const Args& args) {
+  std::unique_ptr<clsProcessRequest> request;
+  try {
+    Options options(args,
+                    {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode",
+                     "--client-id", "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout"},
+                    {"--debug", "--db-size", "--help"});
+    if (options.Has("--help")) {
+      std::cout << kHelp;
+      return 0;
+    }
+    if (!options.Has("--request") || !options.positional().empty()) {
+      std::cerr << kHelp;
+      return 2;
+    }
+    if (options.Has("--log-dir")) SetLogDirectory(options.Get("--log-dir"));
+    request = std::make_unique<clsProcessRequest>();
+    request->set_ApplicationPath(options.Get("--connection"));
+    request->HostAddress = options.Get("--host-address");
+    request->HostPort = options.Get("--host-port");
+    request->GUID = options.Get("--guid");
+    request->Passcode = options.Get("--passcode");
+    request->ClientID = options.Get("--client-id", "0");
+    request->SessionID = options.Get("--session-id");
+    request->set_bDebug(options.Has("--debug"));
+    if (options.Has("--db-size")) request->set_DBSize(true);
+    request->set_TokenDirectory(options.Get("--token-dir"));
+    SoapOptions soap;
+    soap.connect_timeout_seconds = Seconds(options, "--connect-timeout", soap.connect_timeout_seconds);
+    soap.total_timeout_seconds = Seconds(options, "--timeout", soap.total_timeout_seconds);
+    request->set_SoapOptions(soap);
+    request->setDomDocument(ReadRequest(options.Get("--request")));
+  } catch (const std::exception& e) {
+    std::cerr << "entprcreq process: " << e.what() << "\n";
+    return 2;
+  }
+  try {
+    request->prepareDBReport();
+  } catch (const Error& e) {
+    std::cerr << "entprcreq process: " << e.description() << "\n";
+    return 1;
+  }
+  return request->KillFlag ? 0 : 1;
 }
 
 }  // namespace ent::cli

@@ -1,0 +1,43 @@
+#include "server/sendable.h"
+
+#include "common/error.h"
+#include "common/log.h"
+#include "report/result_document.h"
+#include "server/soap_client.h"
+
+namespace ent {
+
+namespace {
+
+// Leading and trailing blanks removed (other white space is kept), then the first 250 characters.
+std::string TrimAndCut(const std::string& text) {
+  size_t b = text.find_first_not_of(' ');
+  if (b == std::string::npos) return "";
+  size_t e = text.find_last_not_of(' ');
+  std::string trimmed = text.substr(b, e - b + 1);
+  // Cut at 250 characters, not bytes, so a multi-byte character is never split.
+  size_t chars = 0, i = 0;
+  for (; i < trimmed.size(); ++i) {
+    if ((static_cast<unsigned char>(trimmed[i]) & 0xC0) != 0x80) {
+      if (chars == 250) break;
+      ++chars;
+    }
+  }
+  return trimmed.substr(0, i);
+}
+
+}  // namespace
+
+std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
+                                   const std::string& SessionID, const std::string& ClientID,
+                                   const std::string& strErr) {
+  if (strErr == "0" || document_) {
+    WriteLog("SOAP: SEND NON-ERROR RESPONSE.");
+    if (!document_) throw Error(err::kObjectRequired, "Object required: there is no result document to send.");
+    return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, strErr, DocumentXmlText(*document_)});
+  }
+  WriteLog("SOAP: SEND ERR::" + strErr);
+  return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, TrimAndCut(strErr), ""});
+}
+
+}  // namespace ent
