@@ -1,7 +1,5 @@
 #include "sampledb/calendar.h"
 
-#include <cstdio>
-
 namespace ent::sampledb {
 namespace {
 
@@ -39,9 +37,14 @@ int Day::DayOfMonth() const { return ToYmd(number).day; }
 
 std::string Day::Text() const {
   const Ymd ymd = ToYmd(number);
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%04d-%02d-%02d 00:00:00", ymd.year, ymd.month, ymd.day);
-  return buffer;
+  std::string text = "0000-00-00 00:00:00";
+  auto put = [&text](size_t end, int value) {
+    for (size_t i = end; value > 0; value /= 10) text[--i] = static_cast<char>('0' + value % 10);
+  };
+  put(4, ymd.year);
+  put(7, ymd.month);
+  put(10, ymd.day);
+  return text;
 }
 
 }  // namespace ent::sampledb

@@ -175,6 +175,7 @@ class Shop {
   // A customer's cheque against the account, or the bank returning it.
   struct Receipt {
     int cusid;
+    int invoiceid;
     Cents amount;
     bool bounces;
     int bounced_number;  // 0 for a cheque; the number of the returned cheque for the bank's notice
@@ -215,6 +216,7 @@ class Shop {
   void CloseDay(Day day);
   void Restock(Day day);
   void TakeReceipts(Day day);
+  void CreditAccount(Day day, int cusid, int invoiceid, Cents amount);
   void Deposit(Day day);
   void MonthEnd(Day day);
   void PaySuppliers(Day day);

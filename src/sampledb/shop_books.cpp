@@ -62,15 +62,34 @@ void Shop::TakeReceipts(Day day) {
       // The bank returns a cheque: the customer owes the amount again, and pays it some days later.
       t.Add(acct::kReceivables, r.amount, "NSFCHEQUE", r.bounced_number, r.cusid);
       t.Add(acct::kChequing, -r.amount, "NSFCHEQUE", r.bounced_number, r.cusid);
-      receipts_[(day + static_cast<int>(rng_.Range(10, 20))).number].push_back(Receipt{r.cusid, r.amount, false, 0});
+      receipts_[(day + static_cast<int>(rng_.Range(10, 20))).number].push_back(
+          Receipt{r.cusid, r.invoiceid, r.amount, false, 0});
     } else {
       const int number = next_receipt_++;
       t.Add(acct::kChequing, r.amount, "ARPAYMENT", number, r.cusid);
       t.Add(acct::kReceivables, -r.amount, "ARPAYMENT", number, r.cusid);
-      if (r.bounces) receipts_[(day + 5).number].push_back(Receipt{r.cusid, r.amount, false, number});
+      if (r.bounces) receipts_[(day + 5).number].push_back(Receipt{r.cusid, r.invoiceid, r.amount, false, number});
     }
     ledger_.Post(day, t);
   }
+}
+
+void Shop::CreditAccount(Day day, int cusid, int invoiceid, Cents amount) {
+  // A credit against an invoice charged to the account: the customer's cheque for it will be
+  // smaller, or, when the invoice is paid already, the shop refunds the amount by cheque.
+  for (auto& [due, receipts] : receipts_) {
+    for (auto r = receipts.begin(); r != receipts.end(); ++r) {
+      if (r->invoiceid != invoiceid || r->bounced_number != 0) continue;
+      r->amount -= amount;
+      if (r->amount <= 0) receipts.erase(r);
+      return;
+    }
+  }
+  const int cheque = NextCheque();
+  Transaction refund;
+  refund.Add(acct::kReceivables, amount, "ARREFUND", cheque, cusid);
+  refund.Add(acct::kChequing, -amount, "ARREFUND", cheque, cusid);
+  ledger_.Post(day, refund);
 }
 
 void Shop::Restock(Day day) {

@@ -148,7 +148,8 @@ Plan Shop::NextPlan(Day, bool closing_days) {
     return forced[static_cast<size_t>(forced_index_++) % forced.size()];
   }
   Plan plan;
-  if (closing_days && rng_.Percent(35)) {
+  const bool last = work_order_count_ + 1 == scale_.work_orders;
+  if (closing_days && (rng_.Percent(35) || last)) {
     plan.kind = WoKind::kOpen;
     return plan;
   }
@@ -350,6 +351,7 @@ void Shop::MakeCredit(Day day, const Plan& plan) {
   Write(wo, totals);
   Book(wo, totals);
   MoveStock(wo);
+  if (method == PayMethod::kAccount) CreditAccount(day, from.cusid, from.invoiceid, -totals.total);
 }
 
 JobKind Shop::RandomJob() {
@@ -706,7 +708,7 @@ void Shop::Book(const WorkOrder& wo, const Totals& totals) {
       if (!credit && p.amount > 0) {
         const bool bounces = rng_.PerMille(30);
         receipts_[(wo.date + static_cast<int>(rng_.Range(14, 75))).number].push_back(
-            Receipt{wo.cusid, p.amount, bounces, 0});
+            Receipt{wo.cusid, wo.invoiceid, p.amount, bounces, 0});
       }
       continue;
     }
