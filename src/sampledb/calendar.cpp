@@ -31,9 +31,15 @@ Day Day::FromYmd(int year, int month, int day) {
   return Day{era * 146097 + doe - 719468};
 }
 
-int Day::Year() const { return ToYmd(number).year; }
-int Day::Month() const { return ToYmd(number).month; }
-int Day::DayOfMonth() const { return ToYmd(number).day; }
+int Day::Year() const {
+  return ToYmd(number).year;
+}
+int Day::Month() const {
+  return ToYmd(number).month;
+}
+int Day::DayOfMonth() const {
+  return ToYmd(number).day;
+}
 
 std::string Day::Text() const {
   const Ymd ymd = ToYmd(number);

@@ -77,19 +77,45 @@ std::span<const Account> ChartOfAccounts() {
 std::span<const SalesClass> SalesClasses() {
   using enum ClassKind;
   static constexpr SalesClass kClasses[] = {
-      {"AIR CON PARTS", kPart},      {"AIR FILTERS", kPart},         {"ANTI-FREEZE", kFluid},
-      {"BATTERIES", kPart},          {"BRAKE PARTS", kPart},         {"EXHAUST", kPart},
-      {"MISC FLUIDS", kFluid},       {"MISC MECH PARTS", kPart},     {"NUTS ACESSORIES", kPart},
-      {"OIL", kFluid},               {"OIL FILTERS", kPart},         {"SHOP SUPPLIES", kPart},
-      {"SUSPENSION PART", kPart},    {"TUNE UP PARTS", kPart},       {"VALVES", kPart},
-      {"WIPER BLADES", kPart},       {"ALIGNMENT LABOR", kLabour},   {"BRAKE LABOR", kLabour},
-      {"MAINT PACKAGE", kLabour},    {"MISC MECH LABOR", kLabour},   {"OIL CHANGE LABOR", kLabour},
-      {"SAFETY INSPECTION", kLabour}, {"SUSPENSION LABOR", kLabour}, {"TIRE LABOR", kLabour},
-      {"TUNE UP LABOR", kLabour},    {"WHEEL BAL LABOR", kLabour},   {"BF GOODRICH", kTire},
-      {"GDYR PASS", kTire},          {"GDYR TRUCK", kTire},          {"KUMHO PASS", kTire},
-      {"MICHELIN PASS", kTire},      {"TOYO TRUCK", kTire},          {"USED TIRES", kTire},
-      {"WHEEL MAG", kWheel},         {"WHEEL STEEL", kWheel},        {"EMISSION TESTS", kEmission},
-      {"OTHER CHARGES", kFee},       {"TOWING", kFee},               {"UNCLASSIFIED", kUnclassified},
+      {"AIR CON PARTS", kPart},
+      {"AIR FILTERS", kPart},
+      {"ANTI-FREEZE", kFluid},
+      {"BATTERIES", kPart},
+      {"BRAKE PARTS", kPart},
+      {"EXHAUST", kPart},
+      {"MISC FLUIDS", kFluid},
+      {"MISC MECH PARTS", kPart},
+      {"NUTS ACESSORIES", kPart},
+      {"OIL", kFluid},
+      {"OIL FILTERS", kPart},
+      {"SHOP SUPPLIES", kPart},
+      {"SUSPENSION PART", kPart},
+      {"TUNE UP PARTS", kPart},
+      {"VALVES", kPart},
+      {"WIPER BLADES", kPart},
+      {"ALIGNMENT LABOR", kLabour},
+      {"BRAKE LABOR", kLabour},
+      {"MAINT PACKAGE", kLabour},
+      {"MISC MECH LABOR", kLabour},
+      {"OIL CHANGE LABOR", kLabour},
+      {"SAFETY INSPECTION", kLabour},
+      {"SUSPENSION LABOR", kLabour},
+      {"TIRE LABOR", kLabour},
+      {"TUNE UP LABOR", kLabour},
+      {"WHEEL BAL LABOR", kLabour},
+      {"BF GOODRICH", kTire},
+      {"GDYR PASS", kTire},
+      {"GDYR TRUCK", kTire},
+      {"KUMHO PASS", kTire},
+      {"MICHELIN PASS", kTire},
+      {"TOYO TRUCK", kTire},
+      {"USED TIRES", kTire},
+      {"WHEEL MAG", kWheel},
+      {"WHEEL STEEL", kWheel},
+      {"EMISSION TESTS", kEmission},
+      {"OTHER CHARGES", kFee},
+      {"TOWING", kFee},
+      {"UNCLASSIFIED", kUnclassified},
   };
   return kClasses;
 }
@@ -149,21 +175,17 @@ std::span<const std::string_view> TireSizes() {
 }
 
 std::span<const std::string_view> Manufacturers() {
-  static constexpr std::string_view kMakers[] = {"DURALINE", "KESTREL", "NORDFLEX", "TRAXION",
-                                                 "PROSERIES", "BLUEWATER"};
+  static constexpr std::string_view kMakers[] = {"DURALINE", "KESTREL",   "NORDFLEX",
+                                                 "TRAXION",  "PROSERIES", "BLUEWATER"};
   return kMakers;
 }
 
 std::span<const Supplier> Suppliers() {
   static constexpr Supplier kSuppliers[] = {
-      {"Lakeshore Auto Parts", "Gord Halloran"},
-      {"Metro Tire Distributors", "Priya Raman"},
-      {"Northern Lubricants Inc.", "Ed Villeneuve"},
-      {"Precision Brake Supply", "Marta Zelenko"},
-      {"Valley Battery Co.", "Hank Osei"},
-      {"Crossroads Exhaust & Suspension", "Lou Brannigan"},
-      {"Summit Filters Ltd.", "Carla Mendes"},
-      {"Eastside Glass & Trim", "Noel Fraser"},
+      {"Lakeshore Auto Parts", "Gord Halloran"},     {"Metro Tire Distributors", "Priya Raman"},
+      {"Northern Lubricants Inc.", "Ed Villeneuve"}, {"Precision Brake Supply", "Marta Zelenko"},
+      {"Valley Battery Co.", "Hank Osei"},           {"Crossroads Exhaust & Suspension", "Lou Brannigan"},
+      {"Summit Filters Ltd.", "Carla Mendes"},       {"Eastside Glass & Trim", "Noel Fraser"},
   };
   return kSuppliers;
 }
@@ -212,68 +234,82 @@ std::span<const Staff> StaffList() {
 
 std::span<const Model> Models() {
   static constexpr Model kModels[] = {
-      {"TOYOTA", "COROLLA", "1.8L"},      {"TOYOTA", "CAMRY", "2.5L"},
-      {"TOYOTA", "RAV4", "2.5L"},         {"HONDA", "CIVIC", "2.0L"},
-      {"HONDA", "ACCORD", "1.5L"},        {"HONDA", "CR-V", "1.5L"},
-      {"FORD", "F-150", "5.0L V8"},       {"FORD", "ESCAPE", "1.5L"},
-      {"FORD", "FOCUS", "2.0L"},          {"CHEVROLET", "SILVERADO", "5.3L V8"},
-      {"CHEVROLET", "EQUINOX", "1.5L"},   {"CHEVROLET", "MALIBU", "1.5L"},
-      {"NISSAN", "ALTIMA", "2.5L"},       {"NISSAN", "ROGUE", "2.5L"},
-      {"HYUNDAI", "ELANTRA", "2.0L"},     {"HYUNDAI", "TUCSON", "2.4L"},
-      {"DODGE", "GRAND CARAVAN", "3.6L V6"}, {"RAM", "1500", "5.7L V8"},
-      {"VOLKSWAGEN", "JETTA", "1.4L"},    {"SUBARU", "OUTBACK", "2.5L"},
-      {"KIA", "SORENTO", "2.4L"},         {"MAZDA", "CX-5", "2.5L"},
-      {"GMC", "SIERRA", "5.3L V8"},       {"FORD", "TRANSIT", "3.5L V6"},
+      {"TOYOTA", "COROLLA", "1.8L"},
+      {"TOYOTA", "CAMRY", "2.5L"},
+      {"TOYOTA", "RAV4", "2.5L"},
+      {"HONDA", "CIVIC", "2.0L"},
+      {"HONDA", "ACCORD", "1.5L"},
+      {"HONDA", "CR-V", "1.5L"},
+      {"FORD", "F-150", "5.0L V8"},
+      {"FORD", "ESCAPE", "1.5L"},
+      {"FORD", "FOCUS", "2.0L"},
+      {"CHEVROLET", "SILVERADO", "5.3L V8"},
+      {"CHEVROLET", "EQUINOX", "1.5L"},
+      {"CHEVROLET", "MALIBU", "1.5L"},
+      {"NISSAN", "ALTIMA", "2.5L"},
+      {"NISSAN", "ROGUE", "2.5L"},
+      {"HYUNDAI", "ELANTRA", "2.0L"},
+      {"HYUNDAI", "TUCSON", "2.4L"},
+      {"DODGE", "GRAND CARAVAN", "3.6L V6"},
+      {"RAM", "1500", "5.7L V8"},
+      {"VOLKSWAGEN", "JETTA", "1.4L"},
+      {"SUBARU", "OUTBACK", "2.5L"},
+      {"KIA", "SORENTO", "2.4L"},
+      {"MAZDA", "CX-5", "2.5L"},
+      {"GMC", "SIERRA", "5.3L V8"},
+      {"FORD", "TRANSIT", "3.5L V6"},
   };
   return kModels;
 }
 
 std::span<const std::string_view> FirstNames() {
   static constexpr std::string_view kNames[] = {
-      "James", "Mary", "Robert", "Linda", "Michael", "Susan", "David", "Karen", "Daniel", "Nancy",
-      "Paul", "Lisa", "Mark", "Sandra", "Kevin", "Donna", "Brian", "Carol", "Steven", "Michelle",
-      "Andrew", "Laura", "Ryan", "Emily", "Jason", "Amanda", "Eric", "Melissa", "Scott", "Rebecca",
-      "Gary", "Sharon", "Tyler", "Heather", "Aaron", "Nicole", "Jordan", "Megan", "Kyle", "Rachel",
-      "Omar", "Aisha", "Wei", "Mei", "Arjun", "Divya", "Luc", "Chantal", "Mateo", "Sofia",
-      "Connor", "Fiona", "Dmitri", "Olga", "Kwame", "Ama", "Hiroshi", "Yuki", "Liam", "Chloe"};
+      "James",   "Mary",     "Robert",  "Linda",  "Michael", "Susan",  "David",   "Karen",  "Daniel",
+      "Nancy",   "Paul",     "Lisa",    "Mark",   "Sandra",  "Kevin",  "Donna",   "Brian",  "Carol",
+      "Steven",  "Michelle", "Andrew",  "Laura",  "Ryan",    "Emily",  "Jason",   "Amanda", "Eric",
+      "Melissa", "Scott",    "Rebecca", "Gary",   "Sharon",  "Tyler",  "Heather", "Aaron",  "Nicole",
+      "Jordan",  "Megan",    "Kyle",    "Rachel", "Omar",    "Aisha",  "Wei",     "Mei",    "Arjun",
+      "Divya",   "Luc",      "Chantal", "Mateo",  "Sofia",   "Connor", "Fiona",   "Dmitri", "Olga",
+      "Kwame",   "Ama",      "Hiroshi", "Yuki",   "Liam",    "Chloe"};
   return kNames;
 }
 
 std::span<const std::string_view> LastNames() {
   static constexpr std::string_view kNames[] = {
-      "Smith", "MacDonald", "Tremblay", "Wilson", "Campbell", "Anderson", "Taylor", "Brown",
-      "Martin", "Roy", "Gagnon", "Thompson", "Young", "Clarke", "Walker", "Wright", "Scott",
-      "Stewart", "Murphy", "Kelly", "Johnston", "Fraser", "Ross", "Morrison", "Bell", "Reid",
-      "Hughes", "Graham", "Lee", "Wong", "Chen", "Singh", "Patel", "Nguyen", "Kim", "Park",
-      "Gill", "Sandhu", "Dubois", "Lavoie", "Bouchard", "Morin", "Cote", "Fortin", "Kowalczyk",
-      "Novak", "Schmidt", "Muller", "Rossi", "Ferreira", "Santos", "Silva", "Haddad", "Khan",
-      "Ali", "Hassan", "O'Brien", "O'Neil", "Sullivan", "Doyle", "Friesen", "Penner", "Dyck",
-      "Baker", "Cooper", "Harris", "Lewis", "Mitchell", "Parker", "Turner", "Watson", "Wood",
-      "Hill", "Green", "Adams", "Nelson", "Carter", "Hall", "Allen", "King"};
+      "Smith",  "MacDonald", "Tremblay", "Wilson", "Campbell", "Anderson", "Taylor",  "Brown",  "Martin",
+      "Roy",    "Gagnon",    "Thompson", "Young",  "Clarke",   "Walker",   "Wright",  "Scott",  "Stewart",
+      "Murphy", "Kelly",     "Johnston", "Fraser", "Ross",     "Morrison", "Bell",    "Reid",   "Hughes",
+      "Graham", "Lee",       "Wong",     "Chen",   "Singh",    "Patel",    "Nguyen",  "Kim",    "Park",
+      "Gill",   "Sandhu",    "Dubois",   "Lavoie", "Bouchard", "Morin",    "Cote",    "Fortin", "Kowalczyk",
+      "Novak",  "Schmidt",   "Muller",   "Rossi",  "Ferreira", "Santos",   "Silva",   "Haddad", "Khan",
+      "Ali",    "Hassan",    "O'Brien",  "O'Neil", "Sullivan", "Doyle",    "Friesen", "Penner", "Dyck",
+      "Baker",  "Cooper",    "Harris",   "Lewis",  "Mitchell", "Parker",   "Turner",  "Watson", "Wood",
+      "Hill",   "Green",     "Adams",    "Nelson", "Carter",   "Hall",     "Allen",   "King"};
   return kNames;
 }
 
 std::span<const std::string_view> CompanyWords() {
   static constexpr std::string_view kWords[] = {
-      "Plumbing Ltd.", "Courier Inc.", "Landscaping", "Electric Ltd.", "Catering Co.",
-      "Roofing Inc.", "Florist", "Home Care Services", "Pest Control", "Builders Ltd.",
-      "Heating & Cooling", "Delivery Services", "Property Management", "Painting Co.",
-      "Cleaning Services", "Hardware Ltd."};
+      "Plumbing Ltd.",       "Courier Inc.",  "Landscaping",       "Electric Ltd.",
+      "Catering Co.",        "Roofing Inc.",  "Florist",           "Home Care Services",
+      "Pest Control",        "Builders Ltd.", "Heating & Cooling", "Delivery Services",
+      "Property Management", "Painting Co.",  "Cleaning Services", "Hardware Ltd."};
   return kWords;
 }
 
 std::span<const std::string_view> Streets() {
   static constexpr std::string_view kStreets[] = {
-      "Maple Ave", "King St", "Queen St", "Elm St", "Lakeshore Rd", "Church St", "Victoria St",
-      "Main St", "Wellington Rd", "Park Dr", "Cedar Cres", "Birch Lane", "Ridge Rd", "Mill St",
-      "Concession 6", "Sideroad 15", "Harbour Dr", "Oak Blvd", "Pine Ct", "Highland Ave"};
+      "Maple Ave",   "King St",     "Queen St", "Elm St",        "Lakeshore Rd",
+      "Church St",   "Victoria St", "Main St",  "Wellington Rd", "Park Dr",
+      "Cedar Cres",  "Birch Lane",  "Ridge Rd", "Mill St",       "Concession 6",
+      "Sideroad 15", "Harbour Dr",  "Oak Blvd", "Pine Ct",       "Highland Ave"};
   return kStreets;
 }
 
 std::span<const std::string_view> Cities() {
-  static constexpr std::string_view kCities[] = {"Barrie",   "Orillia",      "Innisfil", "Collingwood",
-                                                 "Midland",  "Wasaga Beach", "Bradford", "Alliston",
-                                                 "Angus",    "Stayner",      "Elmvale",  "Penetanguishene"};
+  static constexpr std::string_view kCities[] = {"Barrie",  "Orillia",      "Innisfil", "Collingwood",
+                                                 "Midland", "Wasaga Beach", "Bradford", "Alliston",
+                                                 "Angus",   "Stayner",      "Elmvale",  "Penetanguishene"};
   return kCities;
 }
 

@@ -18,9 +18,12 @@ namespace {
 
 ShopScale ScaleOf(Size size) {
   switch (size) {
-    case Size::kSmall: return {60, 300, 1};
-    case Size::kMedium: return {1500, 9000, 3};
-    case Size::kLarge: return {18000, 120000, 8};
+    case Size::kSmall:
+      return {60, 300, 1};
+    case Size::kMedium:
+      return {1500, 9000, 3};
+    case Size::kLarge:
+      return {18000, 120000, 8};
   }
   return {60, 300, 1};
 }
@@ -28,15 +31,16 @@ ShopScale ScaleOf(Size size) {
 std::vector<TableRows> CountRows(Database& db) {
   std::vector<TableRows> counts;
   sqlite3_stmt* raw = nullptr;
-  sqlite3_prepare_v2(db.handle(), "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name", -1, &raw,
-                     nullptr);
+  sqlite3_prepare_v2(db.handle(), "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name", -1,
+                     &raw, nullptr);
   const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> tables(raw, sqlite3_finalize);
   while (tables && sqlite3_step(tables.get()) == SQLITE_ROW) {
     counts.push_back({reinterpret_cast<const char*>(sqlite3_column_text(tables.get(), 0)), 0});
   }
   for (TableRows& count : counts) {
     sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(db.handle(), ("SELECT count(*) FROM \"" + count.table + "\"").c_str(), -1, &stmt, nullptr);
+    sqlite3_prepare_v2(db.handle(), ("SELECT count(*) FROM \"" + count.table + "\"").c_str(), -1, &stmt,
+                       nullptr);
     const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> guard(stmt, sqlite3_finalize);
     if (stmt && sqlite3_step(stmt) == SQLITE_ROW) count.rows = sqlite3_column_int64(stmt, 0);
   }
@@ -64,7 +68,8 @@ std::vector<TableRows> CreateSampleDb(const std::string& path, const Options& op
   }
   const fs::path folder = fs::path(path).parent_path();
   if (!folder.empty() && !fs::is_directory(folder, ec)) {
-    throw Error(err::kInvalidProcedureCall, "The folder " + folder.string() + " does not exist.", "sample-db");
+    throw Error(err::kInvalidProcedureCall, "The folder " + folder.string() + " does not exist.",
+                "sample-db");
   }
   // Built under a temporary name and moved into place when complete.
   const std::string partial = path + ".partial";

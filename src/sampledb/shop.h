@@ -138,9 +138,28 @@ int PartsRevenueAccount(ClassKind kind);
 // What a forced work order must show; the shop runs through a list of these at intervals so that
 // every kind of document, line and payment occurs in every size of shop.
 enum class JobKind {
-  kOilChange, kOilPackage, kBrakes, kBrakePackage, kTires, kWheels, kAlignment, kEmission,
-  kBattery, kInspection, kWipers, kAirFilter, kSuspension, kTuneUp, kExhaust, kAirCon, kCoolant,
-  kMiscRepair, kTowing, kCounterSale, kWarranty, kUnclassified,
+  kOilChange,
+  kOilPackage,
+  kBrakes,
+  kBrakePackage,
+  kTires,
+  kWheels,
+  kAlignment,
+  kEmission,
+  kBattery,
+  kInspection,
+  kWipers,
+  kAirFilter,
+  kSuspension,
+  kTuneUp,
+  kExhaust,
+  kAirCon,
+  kCoolant,
+  kMiscRepair,
+  kTowing,
+  kCounterSale,
+  kWarranty,
+  kUnclassified,
 };
 
 struct Plan {
@@ -149,9 +168,9 @@ struct Plan {
   int pay = -1;               // a PayMethod, or -1 for a random one
   bool split_payment = false;
   bool discount = false;
-  bool recommend = false;     // add a recommended job the customer skipped
+  bool recommend = false;  // add a recommended job the customer skipped
   bool partial_credit = false;
-  Cents emission_fee = 0;     // an emission test on its own at this price
+  Cents emission_fee = 0;  // an emission test on its own at this price
 };
 
 class Shop {
@@ -246,12 +265,12 @@ class Shop {
   int64_t work_order_count_ = 0;
 
   std::deque<RecentInvoice> recent_;
-  std::map<int, std::vector<Receipt>> receipts_;         // by day number
-  std::map<int, std::vector<int>> restock_;              // items to order today, by supplier id
-  std::vector<Cents> supplier_owed_;                     // by supplier id
-  std::vector<Cents> supplier_due_;                      // owed at the last month end
-  Cents tax_owed_[3] = {};                               // by tax number (1, 2)
-  Cents tax_due_[3] = {};                                // owed at the last quarter end
+  std::map<int, std::vector<Receipt>> receipts_;  // by day number
+  std::map<int, std::vector<int>> restock_;       // items to order today, by supplier id
+  std::vector<Cents> supplier_owed_;              // by supplier id
+  std::vector<Cents> supplier_due_;               // owed at the last month end
+  Cents tax_owed_[3] = {};                        // by tax number (1, 2)
+  Cents tax_due_[3] = {};                         // owed at the last quarter end
   Cents month_tech_pay_ = 0;
   Cents month_sublet_cost_ = 0;
   Cents loan_balance_ = 0;

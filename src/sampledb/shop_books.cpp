@@ -15,11 +15,14 @@ struct Clearing {
   int chid;
   Cents fee_basis_points;
 };
-constexpr Clearing kClearing[] = {{acct::kCashOnHand, 0}, {acct::kUndeposited, 0}, {acct::kVisaMasterCard, 250},
-                                  {acct::kAmex, 300},     {acct::kOtherCards, 280}, {acct::kDebitCards, 60}};
+constexpr Clearing kClearing[] = {{acct::kCashOnHand, 0},       {acct::kUndeposited, 0},
+                                  {acct::kVisaMasterCard, 250}, {acct::kAmex, 300},
+                                  {acct::kOtherCards, 280},     {acct::kDebitCards, 60}};
 constexpr Cents kCashFloat = 30000;
 
-int YearMonth(Day day) { return day.Year() * 100 + day.Month(); }
+int YearMonth(Day day) {
+  return day.Year() * 100 + day.Month();
+}
 
 }  // namespace
 
@@ -38,7 +41,9 @@ int PartsRevenueAccount(ClassKind kind) {
   return kind == ClassKind::kWheel ? acct::kWheelSales : acct::kPartsSales;
 }
 
-Cents Shop::Scaled(Cents cents) const { return RoundDiv(cents * scale_.work_orders, 9000); }
+Cents Shop::Scaled(Cents cents) const {
+  return RoundDiv(cents * scale_.work_orders, 9000);
+}
 
 void Shop::CloseDay(Day day) {
   TakeReceipts(day);
@@ -68,7 +73,8 @@ void Shop::TakeReceipts(Day day) {
       const int number = next_receipt_++;
       t.Add(acct::kChequing, r.amount, "ARPAYMENT", number, r.cusid);
       t.Add(acct::kReceivables, -r.amount, "ARPAYMENT", number, r.cusid);
-      if (r.bounces) receipts_[(day + 5).number].push_back(Receipt{r.cusid, r.invoiceid, r.amount, false, number});
+      if (r.bounces)
+        receipts_[(day + 5).number].push_back(Receipt{r.cusid, r.invoiceid, r.amount, false, number});
     }
     ledger_.Post(day, t);
   }
@@ -114,8 +120,8 @@ void Shop::Restock(Day day) {
     t.Add(acct::kPayables, -(purchase + tax), "SUPTRANS", purchid, supid);
     t.Add(acct::kPayables, tax, "TAX1", purchid, 1);
     ledger_.Post(day, t);
-    tables_->purchases[static_cast<size_t>(supid) - 1]->Row(purchid, day, "SI-" + std::to_string(40000 + purchid),
-                                                            Money{purchase});
+    tables_->purchases[static_cast<size_t>(supid) - 1]->Row(
+        purchid, day, "SI-" + std::to_string(40000 + purchid), Money{purchase});
     supplier_owed_[static_cast<size_t>(supid)] += purchase + tax;
     tax_owed_[1] -= tax;
   }
@@ -174,15 +180,15 @@ void Shop::MonthEnd(Day day) {
   };
   Transaction payroll;
   payroll.Add(acct::kTechnicianPay, month_tech_pay_, "PAYROLL", month);
-  payroll.Add(acct::kOfficeWages, Scaled(520000), "PAYROLL", month);
-  payroll.Add(acct::kChequing, -(month_tech_pay_ + Scaled(520000)), "PAYROLL", month);
+  payroll.Add(acct::kOfficeWages, Scaled(900000), "PAYROLL", month);
+  payroll.Add(acct::kChequing, -(month_tech_pay_ + Scaled(900000)), "PAYROLL", month);
   ledger_.Post(day, payroll);
   month_tech_pay_ = 0;
   if (month_sublet_cost_ != 0) pay(acct::kSubletCost, month_sublet_cost_, "CHEQUE", NextCheque());
   month_sublet_cost_ = 0;
 
   const bool winter = day.Month() <= 3 || day.Month() >= 11;
-  pay(acct::kRent, Scaled(450000), "CHEQUE", NextCheque());
+  pay(acct::kRent, Scaled(650000), "CHEQUE", NextCheque());
   const Cents electricity = Scaled(rng_.Range(60000, 90000));
   pay(acct::kElectricity, electricity, "CHEQUE", NextCheque());
   const Cents gas = Scaled(winter ? rng_.Range(50000, 70000) : rng_.Range(15000, 25000));
@@ -192,7 +198,7 @@ void Shop::MonthEnd(Day day) {
   pay(acct::kInsurance, Scaled(65000), "CHEQUE", NextCheque());
   const Cents advertising = Scaled(rng_.Range(20000, 60000));
   pay(acct::kAdvertising, advertising, "CHEQUE", NextCheque());
-  pay(acct::kDrawings, Scaled(600000), "CHEQUE", NextCheque());
+  pay(acct::kDrawings, Scaled(1000000), "CHEQUE", NextCheque());
 
   if (loan_balance_ > 0) {
     const Cents interest = RoundDiv(loan_balance_ * 6, 1200);

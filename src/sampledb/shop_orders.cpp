@@ -9,19 +9,19 @@
 namespace ent::sampledb {
 namespace {
 
-constexpr std::string_view kPayCodes[kPayMethodCount] = {"cdCASH",  "cdCheque",    "cdVISA",      "cdMasterCard",
-                                                         "cdAmex",  "cdOtherCard", "cdDebitCard", "A/R"};
-constexpr int kPayAccounts[kPayMethodCount] = {acct::kCashOnHand, acct::kUndeposited, acct::kVisaMasterCard,
-                                               acct::kVisaMasterCard, acct::kAmex, acct::kOtherCards,
-                                               acct::kDebitCards, acct::kReceivables};
+constexpr std::string_view kPayCodes[kPayMethodCount] = {
+    "cdCASH", "cdCheque", "cdVISA", "cdMasterCard", "cdAmex", "cdOtherCard", "cdDebitCard", "A/R"};
+constexpr int kPayAccounts[kPayMethodCount] = {
+    acct::kCashOnHand, acct::kUndeposited, acct::kVisaMasterCard, acct::kVisaMasterCard,
+    acct::kAmex,       acct::kOtherCards,  acct::kDebitCards,     acct::kReceivables};
 constexpr int kFleetPayWeights[kPayMethodCount] = {4, 10, 14, 10, 5, 2, 8, 47};
 constexpr int kRetailPayWeights[kPayMethodCount] = {18, 6, 28, 20, 5, 3, 18, 2};
 
 // Preset oil-change jobs (jobid = index + 1), how often they are sold, and their oil.
 constexpr int kOilJobWeights[kOilJobCount] = {25, 20, 10, 20, 4, 3, 3, 3, 3, 3, 6, 2, 2, 2, 2};
-constexpr std::string_view kOilForJob[kOilJobCount] = {"OL5W20-", "OL5W30-", "OL10W30-", "OL0W20-", "OL5W30-",
-                                                       "OL10W30-", "OL5W30-", "OL5W30-", "OL5W30-", "OL5W30-",
-                                                       "OL5W20-", "OL0W20-", "OL0W20-", "OL0W20-", "OL0W20-"};
+constexpr std::string_view kOilForJob[kOilJobCount] = {
+    "OL5W20-", "OL5W30-", "OL10W30-", "OL0W20-", "OL5W30-", "OL10W30-", "OL5W30-", "OL5W30-",
+    "OL5W30-", "OL5W30-", "OL5W20-",  "OL0W20-", "OL0W20-", "OL0W20-",  "OL0W20-"};
 constexpr int kBrakeJob = 16, kTireJob = 17, kAlignJob = 18, kEmissionJob = 19, kBatteryJob = 20,
               kSafetyJob = 21;
 constexpr int kShopSuppliesFee = 1, kEnvironmentalFee = 2, kTowingCharge = 3;
@@ -33,17 +33,28 @@ struct JobChoice {
   std::string_view name;  // for the work order's summary
 };
 constexpr JobChoice kJobChoices[] = {
-    {JobKind::kOilChange, 18, "OIL CHANGE"},    {JobKind::kOilPackage, 12, "OIL CHANGE"},
-    {JobKind::kBrakes, 7, "BRAKES"},            {JobKind::kBrakePackage, 3, "BRAKES"},
-    {JobKind::kTires, 10, "TIRES"},             {JobKind::kWheels, 2, "WHEELS"},
-    {JobKind::kAlignment, 5, "ALIGNMENT"},      {JobKind::kEmission, 4, "EMISSION TEST"},
-    {JobKind::kBattery, 4, "BATTERY"},          {JobKind::kInspection, 4, "SAFETY INSPECTION"},
-    {JobKind::kWipers, 5, "WIPER BLADES"},      {JobKind::kAirFilter, 5, "AIR FILTER"},
-    {JobKind::kSuspension, 3, "SUSPENSION"},    {JobKind::kTuneUp, 3, "TUNE-UP"},
-    {JobKind::kExhaust, 2, "EXHAUST"},          {JobKind::kAirCon, 3, "A/C SERVICE"},
-    {JobKind::kCoolant, 3, "COOLING SYSTEM"},   {JobKind::kMiscRepair, 6, "REPAIR"},
-    {JobKind::kTowing, 1, "TOWING"},            {JobKind::kCounterSale, 0, "COUNTER SALE"},
-    {JobKind::kWarranty, 0, "WARRANTY RECHECK"}, {JobKind::kUnclassified, 0, ""},
+    {JobKind::kOilChange, 18, "OIL CHANGE"},
+    {JobKind::kOilPackage, 12, "OIL CHANGE"},
+    {JobKind::kBrakes, 7, "BRAKES"},
+    {JobKind::kBrakePackage, 3, "BRAKES"},
+    {JobKind::kTires, 10, "TIRES"},
+    {JobKind::kWheels, 2, "WHEELS"},
+    {JobKind::kAlignment, 5, "ALIGNMENT"},
+    {JobKind::kEmission, 4, "EMISSION TEST"},
+    {JobKind::kBattery, 4, "BATTERY"},
+    {JobKind::kInspection, 4, "SAFETY INSPECTION"},
+    {JobKind::kWipers, 5, "WIPER BLADES"},
+    {JobKind::kAirFilter, 5, "AIR FILTER"},
+    {JobKind::kSuspension, 3, "SUSPENSION"},
+    {JobKind::kTuneUp, 3, "TUNE-UP"},
+    {JobKind::kExhaust, 2, "EXHAUST"},
+    {JobKind::kAirCon, 3, "A/C SERVICE"},
+    {JobKind::kCoolant, 3, "COOLING SYSTEM"},
+    {JobKind::kMiscRepair, 6, "REPAIR"},
+    {JobKind::kTowing, 1, "TOWING"},
+    {JobKind::kCounterSale, 0, "COUNTER SALE"},
+    {JobKind::kWarranty, 0, "WARRANTY RECHECK"},
+    {JobKind::kUnclassified, 0, ""},
 };
 
 std::string_view JobName(JobKind kind) {
@@ -109,14 +120,16 @@ const std::vector<Plan>& ForcedPlans() {
 }
 
 std::string Clock(int minutes) {
-  std::string text = std::to_string(minutes / 60) + ":" + std::to_string(minutes % 60 / 10) +
-                     std::to_string(minutes % 10);
+  std::string text =
+      std::to_string(minutes / 60) + ":" + std::to_string(minutes % 60 / 10) + std::to_string(minutes % 10);
   return minutes < 600 ? "0" + text : text;
 }
 
 }  // namespace
 
-Cents RoundDiv(Cents num, Cents den) { return num >= 0 ? (num + den / 2) / den : -((-num + den / 2) / den); }
+Cents RoundDiv(Cents num, Cents den) {
+  return num >= 0 ? (num + den / 2) / den : -((-num + den / 2) / den);
+}
 
 Totals SumLines(const std::vector<Line>& lines, bool tx1_exempt, bool tx2_exempt) {
   Totals t;
@@ -143,8 +156,10 @@ Totals SumLines(const std::vector<Line>& lines, bool tx1_exempt, bool tx2_exempt
 Plan Shop::NextPlan(Day, bool closing_days) {
   const std::vector<Plan>& forced = ForcedPlans();
   const int64_t rounds = 3;
-  const int64_t interval = std::max<int64_t>(3, scale_.work_orders / (static_cast<int64_t>(forced.size()) * rounds));
-  if (work_order_count_ % interval == interval / 2 && forced_index_ < static_cast<int>(forced.size()) * rounds) {
+  const int64_t interval =
+      std::max<int64_t>(3, scale_.work_orders / (static_cast<int64_t>(forced.size()) * rounds));
+  if (work_order_count_ % interval == interval / 2 &&
+      forced_index_ < static_cast<int>(forced.size()) * rounds) {
     return forced[static_cast<size_t>(forced_index_++) % forced.size()];
   }
   Plan plan;
@@ -154,15 +169,24 @@ Plan Shop::NextPlan(Day, bool closing_days) {
     return plan;
   }
   const int64_t draw = rng_.Below(1000);
-  if (draw < 15) plan.kind = WoKind::kEstimatePending;
-  else if (draw < 30) plan.kind = WoKind::kEstimateDone;
-  else if (draw < 45) plan.kind = WoKind::kVoid;
-  else if (draw < 60) plan.kind = WoKind::kDeletedOpen;
-  else if (draw < 65) plan.kind = WoKind::kDeletedInvoice;
-  else if (draw < 85) plan.kind = WoKind::kCredit;
-  else if (draw < 135) plan.emission_fee = rng_.Percent(80) ? 3500 : 1750;
-  else if (draw < 145) plan.jobs = {JobKind::kWarranty};
-  else if (draw < 175) plan.jobs = {JobKind::kCounterSale};
+  if (draw < 15)
+    plan.kind = WoKind::kEstimatePending;
+  else if (draw < 30)
+    plan.kind = WoKind::kEstimateDone;
+  else if (draw < 45)
+    plan.kind = WoKind::kVoid;
+  else if (draw < 60)
+    plan.kind = WoKind::kDeletedOpen;
+  else if (draw < 65)
+    plan.kind = WoKind::kDeletedInvoice;
+  else if (draw < 85)
+    plan.kind = WoKind::kCredit;
+  else if (draw < 135)
+    plan.emission_fee = rng_.Percent(80) ? 3500 : 1750;
+  else if (draw < 145)
+    plan.jobs = {JobKind::kWarranty};
+  else if (draw < 175)
+    plan.jobs = {JobKind::kCounterSale};
   plan.discount = plan.emission_fee == 0 && rng_.Percent(6);
   plan.recommend = rng_.Percent(12);
   plan.split_payment = rng_.Percent(8);
@@ -182,7 +206,8 @@ void Shop::MakeWorkOrder(Day day, const Plan& plan) {
   wo.woid = next_woid_++;
   wo.date = day;
   wo.opened = day;
-  if (rng_.Percent(25)) wo.opened = std::max(Day::FromYmd(kFirstYear, 1, 1), day + -static_cast<int>(rng_.Range(1, 3)));
+  if (rng_.Percent(25))
+    wo.opened = std::max(Day::FromYmd(kFirstYear, 1, 1), day + -static_cast<int>(rng_.Range(1, 3)));
 
   // Customers are drawn with a lean towards the first ones, who become the regulars.
   int64_t pick = rng_.Below(static_cast<int64_t>(customers_.size()) - 1);
@@ -214,8 +239,8 @@ void Shop::MakeWorkOrder(Day day, const Plan& plan) {
     if (rng_.Percent(8)) jobs.push_back(JobKind::kUnclassified);
   }
   if (plan.emission_fee != 0) {
-    Line test = LabourLine(rng_.Percent(70) ? "DRIVE CLEAN EMISSION TEST" : "EMISSION TEST - OBD", "EMISSION TESTS",
-                           5, YearIndex(day), wo.tech);
+    Line test = LabourLine(rng_.Percent(70) ? "DRIVE CLEAN EMISSION TEST" : "EMISSION TEST - OBD",
+                           "EMISSION TESTS", 5, YearIndex(day), wo.tech);
     test.labour = plan.emission_fee;
     test.presetjobid = kEmissionJob;
     wo.lines.push_back(std::move(test));
@@ -231,8 +256,8 @@ void Shop::MakeWorkOrder(Day day, const Plan& plan) {
     }
     oil_change = oil_change || job == JobKind::kOilChange || job == JobKind::kOilPackage;
   }
-  const bool routine = plan.emission_fee == 0 && !counter &&
-                       !(plan.jobs.size() == 1 && plan.jobs[0] == JobKind::kWarranty);
+  const bool routine =
+      plan.emission_fee == 0 && !counter && !(plan.jobs.size() == 1 && plan.jobs[0] == JobKind::kWarranty);
   if (routine && plan.recommend) {
     static constexpr JobKind kRecommended[] = {JobKind::kWipers, JobKind::kAirFilter, JobKind::kBrakes,
                                                JobKind::kAlignment, JobKind::kCoolant};
@@ -252,7 +277,8 @@ void Shop::MakeWorkOrder(Day day, const Plan& plan) {
                                std::min<Cents>(2500, RoundDiv(labour * 5, 100)), 0));
   }
   for (Line& line : wo.lines) ApplyPay(line);
-  if (oil_change && vehicle) wo.note = "Next oil change due at " + std::to_string(vehicle->odometer + 5000) + " km";
+  if (oil_change && vehicle)
+    wo.note = "Next oil change due at " + std::to_string(vehicle->odometer + 5000) + " km";
 
   switch (wo.kind) {
     case WoKind::kInvoice:
@@ -271,7 +297,8 @@ void Shop::MakeWorkOrder(Day day, const Plan& plan) {
   }
   const int opened_at = 7 * 60 + 30 + static_cast<int>(rng_.Below(18)) * 30;
   wo.wotime = Clock(opened_at);
-  if (wo.kind == WoKind::kInvoice) wo.invoicetime = Clock(opened_at + 30 + static_cast<int>(rng_.Below(10)) * 15);
+  if (wo.kind == WoKind::kInvoice)
+    wo.invoicetime = Clock(opened_at + 30 + static_cast<int>(rng_.Below(10)) * 15);
 
   const Totals totals = SumLines(wo.lines, wo.tx1_exempt, wo.tx2_exempt);
   if (wo.kind == WoKind::kInvoice) {
@@ -339,8 +366,8 @@ void Shop::MakeCredit(Day day, const Plan& plan) {
     Line credit = *line;
     for (int* q : {&credit.qty10, &credit.hrs10}) *q = -*q;
     for (Cents* c : {&credit.totparts, &credit.discpart, &credit.labour, &credit.disclab, &credit.otheramt,
-                     &credit.othcost, &credit.levy, &credit.invcost, &credit.corecost, &credit.hourly, &credit.flat,
-                     &credit.labcomm, &credit.partscomm}) {
+                     &credit.othcost, &credit.levy, &credit.invcost, &credit.corecost, &credit.hourly,
+                     &credit.flat, &credit.labcomm, &credit.partscomm}) {
       *c = -*c;
     }
     wo.lines.push_back(std::move(credit));
@@ -368,7 +395,9 @@ int Shop::PickItem(std::string_view partnum_prefix) {
   return items[static_cast<size_t>(rng_.Below(static_cast<int64_t>(items.size())))];
 }
 
-int Shop::PickTech() { return static_cast<int>(rng_.Weighted(tech_weights_)); }
+int Shop::PickTech() {
+  return static_cast<int>(rng_.Weighted(tech_weights_));
+}
 
 int Shop::PickWriter() {
   // The pure service advisor writes most work orders; the advisors who also repair, the rest.
@@ -464,7 +493,8 @@ void Shop::AddJob(WorkOrder& wo, JobKind job, int tech, bool skipped) {
       if (job == JobKind::kOilPackage) {
         PackLines(wo, first, "OIL CHANGE PACKAGE - " + std::string(Jobs()[oil_job].description), jobid);
       }
-      wo.lines.push_back(FeeLine(kEnvironmentalFee, "ENVIRONMENTAL FEE - OIL DISPOSAL", "OTHER CHARGES", 250, 100));
+      wo.lines.push_back(
+          FeeLine(kEnvironmentalFee, "ENVIRONMENTAL FEE - OIL DISPOSAL", "OTHER CHARGES", 250, 100));
       break;
     }
     case JobKind::kBrakes:
@@ -562,8 +592,8 @@ void Shop::AddJob(WorkOrder& wo, JobKind job, int tech, bool skipped) {
       wo.lines.push_back(FeeLine(kTowingCharge, "TOWING - LOCAL", "TOWING", 8500, 6000));
       break;
     case JobKind::kCounterSale: {
-      static constexpr std::string_view kCounterItems[] = {"WB18-", "WB22-", "OL5W30-", "FL-WSH",
-                                                           "BAT35-", "AF-", "OF-", "AFZ-"};
+      static constexpr std::string_view kCounterItems[] = {"WB18-",  "WB22-", "OL5W30-", "FL-WSH",
+                                                           "BAT35-", "AF-",   "OF-",     "AFZ-"};
       const int count = static_cast<int>(rng_.Range(1, 3));
       for (int i = 0; i < count; ++i) {
         const std::string_view prefix = rng_.Pick(std::span<const std::string_view>(kCounterItems));
@@ -572,7 +602,8 @@ void Shop::AddJob(WorkOrder& wo, JobKind job, int tech, bool skipped) {
       break;
     }
     case JobKind::kWarranty: {
-      Line* recheck = labour("WARRANTY RECHECK - NO CHARGE", "MISC MECH LABOR", static_cast<int>(rng_.Range(3, 8)));
+      Line* recheck =
+          labour("WARRANTY RECHECK - NO CHARGE", "MISC MECH LABOR", static_cast<int>(rng_.Range(3, 8)));
       recheck->disclab = recheck->labour;
       break;
     }
@@ -640,33 +671,37 @@ void Shop::Write(const WorkOrder& wo, const Totals& t) {
   const Staff& writer = staff[static_cast<size_t>(wo.writer)];
   const Cents base = t.subtotal - t.levy;
   const Cents margin = base - t.parts_cost - t.labour_cost - t.other_cost;
-  tables_->wo.Row(wo.woid, wo.cusid, wo.vehid, wo.invoiceid, wo.credid, wo.estid, wo.number,
-                  wo.kind == WoKind::kDeletedOpen || wo.kind == WoKind::kDeletedInvoice, wo.kind == WoKind::kVoid,
-                  wo.kind == WoKind::kEstimatePending, wo.archive, wo.opened, wo.wotime, wo.date,
-                  OrNull{wo.invoicetime}, mech, std::string(writer.fname) + " " + std::string(writer.lname), wo.ponum,
-                  wo.odometer, wo.summary, wo.requests, "", wo.note, Money{t.parts_gross - t.parts_disc},
-                  Money{t.parts_disc}, Money{t.labour_gross - t.labour_disc}, Money{t.labour_disc}, Money{t.other},
-                  Money{t.levy}, Money{t.parts_disc + t.labour_disc}, Money{t.subtotal}, Money{t.tx1}, Money{t.tx2},
-                  Money{t.total}, Percentage(t.parts_gross - t.parts_cost, t.parts_gross),
-                  Percentage(t.labour_gross - t.labour_cost, t.labour_gross), Percentage(t.other - t.other_cost, t.other),
-                  Percentage(margin, base), Money{margin}, 0, Money{0}, Money{0}, 0);
+  tables_->wo.Row(
+      wo.woid, wo.cusid, wo.vehid, wo.invoiceid, wo.credid, wo.estid, wo.number,
+      wo.kind == WoKind::kDeletedOpen || wo.kind == WoKind::kDeletedInvoice, wo.kind == WoKind::kVoid,
+      wo.kind == WoKind::kEstimatePending, wo.archive, wo.opened, wo.wotime, wo.date, OrNull{wo.invoicetime},
+      mech, std::string(writer.fname) + " " + std::string(writer.lname), wo.ponum, wo.odometer, wo.summary,
+      wo.requests, "", wo.note, Money{t.parts_gross - t.parts_disc}, Money{t.parts_disc},
+      Money{t.labour_gross - t.labour_disc}, Money{t.labour_disc}, Money{t.other}, Money{t.levy},
+      Money{t.parts_disc + t.labour_disc}, Money{t.subtotal}, Money{t.tx1}, Money{t.tx2}, Money{t.total},
+      Percentage(t.parts_gross - t.parts_cost, t.parts_gross),
+      Percentage(t.labour_gross - t.labour_cost, t.labour_gross), Percentage(t.other - t.other_cost, t.other),
+      Percentage(margin, base), Money{margin}, 0, Money{0}, Money{0}, 0);
   int linenum = 0;
   for (const Line& line : wo.lines) {
     const Item* item = line.item >= 0 ? &items_[static_cast<size_t>(line.item)] : nullptr;
-    const std::string line_mech = line.tech >= 0 ? std::string(staff[static_cast<size_t>(line.tech)].userid) : "";
-    tables_->woparts.Row(
-        next_lineid_++, wo.woid, wo.invoiceid, wo.credid, wo.estid, ++linenum, line.description, line.sales_class,
-        line.qty10 / 10.0, line.hrs10 / 10.0, Money{line.partsea}, Money{line.totparts}, Money{line.discpart},
-        Money{line.labour}, Money{line.disclab}, line.otherchargeid, Money{line.otheramt}, Money{line.othcost},
-        Money{line.otheramt}, Money{line.levy}, Money{line.Total()}, "B", "", line.Counted() ? "Yes" : "",
-        line.skipped ? "Yes" : "", line.skipped ? "Yes" : "No", line.pkg, line.header, line.presetjobid, line.miscid,
-        item ? item->invid : 0, item ? item->supid : 0, Money{line.invcost}, Money{line.corecost},
-        Percentage(line.PartsNet() - line.invcost - line.corecost, line.PartsNet()),
-        Money{line.LabourNet() - line.LabourPay()}, line_mech, Money{line.hourly}, Money{line.flat},
-        Money{line.labcomm}, Money{line.partscomm});
+    const std::string line_mech =
+        line.tech >= 0 ? std::string(staff[static_cast<size_t>(line.tech)].userid) : "";
+    tables_->woparts.Row(next_lineid_++, wo.woid, wo.invoiceid, wo.credid, wo.estid, ++linenum,
+                         line.description, line.sales_class, line.qty10 / 10.0, line.hrs10 / 10.0,
+                         Money{line.partsea}, Money{line.totparts}, Money{line.discpart}, Money{line.labour},
+                         Money{line.disclab}, line.otherchargeid, Money{line.otheramt}, Money{line.othcost},
+                         Money{line.otheramt}, Money{line.levy}, Money{line.Total()}, "B", "",
+                         line.Counted() ? "Yes" : "", line.skipped ? "Yes" : "", line.skipped ? "Yes" : "No",
+                         line.pkg, line.header, line.presetjobid, line.miscid, item ? item->invid : 0,
+                         item ? item->supid : 0, Money{line.invcost}, Money{line.corecost},
+                         Percentage(line.PartsNet() - line.invcost - line.corecost, line.PartsNet()),
+                         Money{line.LabourNet() - line.LabourPay()}, line_mech, Money{line.hourly},
+                         Money{line.flat}, Money{line.labcomm}, Money{line.partscomm});
   }
   for (const Payment& p : wo.payments) {
-    tables_->payments.Row(next_payid_++, wo.woid, wo.date, kPayCodes[static_cast<int>(p.method)], Money{p.amount});
+    tables_->payments.Row(next_payid_++, wo.woid, wo.date, kPayCodes[static_cast<int>(p.method)],
+                          Money{p.amount});
   }
 }
 
@@ -680,8 +715,8 @@ void Shop::Book(const WorkOrder& wo, const Totals& totals) {
     if (line.Counted()) {
       const ClassKind kind = line.item >= 0 ? items_[static_cast<size_t>(line.item)].kind : ClassKind::kPart;
       sale.Add(PartsRevenueAccount(kind), -line.PartsNet(), srcmod, document, wo.cusid);
-      sale.Add(line.sales_class == "EMISSION TESTS" ? acct::kEmissionFees : acct::kLabourSales, -line.LabourNet(),
-               srcmod, document, wo.cusid);
+      sale.Add(line.sales_class == "EMISSION TESTS" ? acct::kEmissionFees : acct::kLabourSales,
+               -line.LabourNet(), srcmod, document, wo.cusid);
       sale.Add(acct::kShopFees, -line.otheramt, srcmod, document, wo.cusid);
       sale.Add(acct::kTireLevies, -line.levy, srcmod, document, wo.cusid);
       month_tech_pay_ += line.LabourPay() + line.partscomm;
@@ -742,8 +777,8 @@ void Shop::ClockHours(const WorkOrder& wo) {
     if (hrs10 <= 0) continue;
     const Staff& staff = StaffList()[static_cast<size_t>(tech)];
     const Cents clocked = std::max<Cents>(1, RoundDiv(hrs10 * rng_.Range(80, 120), 100));
-    tables_->timeclock.Row(next_timeclockid_++, wo.woid, staff.userid, wo.date, static_cast<double>(clocked) / 10.0,
-                           Money{staff.hourly_cents});
+    tables_->timeclock.Row(next_timeclockid_++, wo.woid, staff.userid, wo.date,
+                           static_cast<double>(clocked) / 10.0, Money{staff.hourly_cents});
   }
 }
 

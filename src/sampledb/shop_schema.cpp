@@ -53,7 +53,8 @@ std::vector<std::string> SplitStatements(std::string_view script) {
       // A quoted literal or name runs to its closing quote; a doubled quote stays inside.
       const char close = c == '[' ? ']' : c;
       size_t end = i + 1;
-      while (end < script.size() && !(script[end] == close && script.substr(end, 2) != std::string{close, close})) {
+      while (end < script.size() &&
+             !(script[end] == close && script.substr(end, 2) != std::string{close, close})) {
         end += script[end] == close ? 2 : 1;
       }
       end = std::min(end + 1, script.size());
@@ -71,9 +72,13 @@ std::vector<std::string> SplitStatements(std::string_view script) {
   return statements;
 }
 
-void CreateShopTables(Database& db) { RunSchema(db, false); }
+void CreateShopTables(Database& db) {
+  RunSchema(db, false);
+}
 
-void CreateShopIndexes(Database& db) { RunSchema(db, true); }
+void CreateShopIndexes(Database& db) {
+  RunSchema(db, true);
+}
 
 void CreateSupplierTable(Database& db, int supid) {
   std::string script(EmbeddedSql("supplier_purchases.sql"));

@@ -30,10 +30,14 @@ Cents ListPrice(Cents cost) {
 
 std::string Category(const Item& item) {
   switch (item.kind) {
-    case ClassKind::kTire: return "TIRES";
-    case ClassKind::kWheel: return "WHEELS";
-    case ClassKind::kFluid: return "FLUIDS";
-    default: break;
+    case ClassKind::kTire:
+      return "TIRES";
+    case ClassKind::kWheel:
+      return "WHEELS";
+    case ClassKind::kFluid:
+      return "FLUIDS";
+    default:
+      break;
   }
   if (item.sales_class == "BRAKE PARTS") return "BRAKES";
   if (item.sales_class == "BATTERIES") return "ELECTRICAL";
@@ -51,28 +55,98 @@ bool IsHoliday(Day day) {
 
 Shop::Tables::Tables(Database& db, int suppliers)
     : wo(db, "wo",
-         {"woid", "cusid", "vehid", "invoiceid", "credid", "estid", "stateandnumber", "wodeleted", "chkvoid",
-          "chkestpending", "archive", "wodate", "wotime", "latestdate", "invoicetime", "defmechuserid",
-          "cmbServiceWriter", "ponum", "txtOdometer", "Summary", "txtCustomerRequests", "OPTIONSmessage",
-          "OPTIONSnotetocustomer", "screenparts", "screentotpartsdisc", "screenlabour", "screentotlabourdisc",
-          "screenother", "screenlevy", "screentotdiscount", "screensubtotal", "screentx1", "screentx2",
-          "screentotal", "txtPartPERmargin", "txtLabourPERmargin", "txtOtherPERmargin", "txtTotalPERmargin",
-          "txtTotalDolMargin", "insurencecusid", "totalinsurenceinvamt", "insurencedeductible",
+         {"woid",
+          "cusid",
+          "vehid",
+          "invoiceid",
+          "credid",
+          "estid",
+          "stateandnumber",
+          "wodeleted",
+          "chkvoid",
+          "chkestpending",
+          "archive",
+          "wodate",
+          "wotime",
+          "latestdate",
+          "invoicetime",
+          "defmechuserid",
+          "cmbServiceWriter",
+          "ponum",
+          "txtOdometer",
+          "Summary",
+          "txtCustomerRequests",
+          "OPTIONSmessage",
+          "OPTIONSnotetocustomer",
+          "screenparts",
+          "screentotpartsdisc",
+          "screenlabour",
+          "screentotlabourdisc",
+          "screenother",
+          "screenlevy",
+          "screentotdiscount",
+          "screensubtotal",
+          "screentx1",
+          "screentx2",
+          "screentotal",
+          "txtPartPERmargin",
+          "txtLabourPERmargin",
+          "txtOtherPERmargin",
+          "txtTotalPERmargin",
+          "txtTotalDolMargin",
+          "insurencecusid",
+          "totalinsurenceinvamt",
+          "insurencedeductible",
           "customershiptoid"}),
       woparts(db, "woparts",
-              {"wopartsid", "woid", "invoiceid", "credid", "estid", "linenum", "description", "SalesClass", "qty",
-               "hrs", "partsea", "totparts", "discpart", "labour", "disclab", "otherchargeid", "otherchargeamt",
-               "othCHRGcost", "otherchgdo", "levyItemAmount", "total", "tx", "c", "ok", "needed", "skip",
-               "presetpkg", "presetheader", "presetjobid", "miscid", "invinvid", "invsupid", "invcost",
-               "invcorecost", "margpartsper", "marglabdol", "mechuserid", "MECHHOURLYTOT", "mechflatrateTot",
-               "mechlabtot", "mechpartstot"}),
+              {"wopartsid",
+               "woid",
+               "invoiceid",
+               "credid",
+               "estid",
+               "linenum",
+               "description",
+               "SalesClass",
+               "qty",
+               "hrs",
+               "partsea",
+               "totparts",
+               "discpart",
+               "labour",
+               "disclab",
+               "otherchargeid",
+               "otherchargeamt",
+               "othCHRGcost",
+               "otherchgdo",
+               "levyItemAmount",
+               "total",
+               "tx",
+               "c",
+               "ok",
+               "needed",
+               "skip",
+               "presetpkg",
+               "presetheader",
+               "presetjobid",
+               "miscid",
+               "invinvid",
+               "invsupid",
+               "invcost",
+               "invcorecost",
+               "margpartsper",
+               "marglabdol",
+               "mechuserid",
+               "MECHHOURLYTOT",
+               "mechflatrateTot",
+               "mechlabtot",
+               "mechpartstot"}),
       payments(db, "wopaymentadv", {"payid", "id", "trandate", "type", "payment"}),
       invtrans(db, "invtrans", {"invtransid", "invid", "transdate", "qty", "costea", "coresea"}),
       timeclock(db, "timeclock", {"timeclockid", "woid", "userid", "thedate", "hrs", "thehourlyrate"}) {
   for (int supid = 1; supid <= suppliers; ++supid) {
-    purchases.push_back(std::make_unique<Insert>(db, "suph" + std::to_string(supid),
-                                                 std::initializer_list<std::string_view>{
-                                                     "purchid", "purchdate", "refnum", "purchase"}));
+    purchases.push_back(std::make_unique<Insert>(
+        db, "suph" + std::to_string(supid),
+        std::initializer_list<std::string_view>{"purchid", "purchdate", "refnum", "purchase"}));
   }
 }
 
@@ -110,9 +184,8 @@ void Shop::Build() {
   const auto total_days = static_cast<double>(last.number - first.number + 1);
   for (Day day = first; day <= last; day = day + 1) {
     if (open_index < open_days.size() && open_days[open_index] == day) {
-      const int64_t target =
-          static_cast<int64_t>(scale_.work_orders) * static_cast<int64_t>(open_index + 1) /
-          static_cast<int64_t>(open_days.size());
+      const int64_t target = static_cast<int64_t>(scale_.work_orders) * static_cast<int64_t>(open_index + 1) /
+                             static_cast<int64_t>(open_days.size());
       const bool closing_days = open_index + 3 >= open_days.size();
       while (work_order_count_ < target) MakeWorkOrder(day, NextPlan(day, closing_days));
       ++open_index;
@@ -255,7 +328,8 @@ void Shop::CreateCustomers() {
   Insert customers(db_, "customer",
                    {"cusid", "company", "fname", "lname", "street", "city", "province", "postal", "ahtel",
                     "htel", "abtel", "btel", "chksolicit", "tx1exempt", "tx2exempt"});
-  Insert vehicles(db_, "vehicle", {"vehid", "cusid", "Year", "Make", "Model", "Plate", "VIN", "unitno", "engsize"});
+  Insert vehicles(db_, "vehicle",
+                  {"vehid", "cusid", "Year", "Make", "Model", "Plate", "VIN", "unitno", "engsize"});
   // Customer 1 takes the counter sales of walk-in buyers.
   customers.Row(1, "CASH SALE", "", "", "", "", "", "", "", "", "", "", 0, "", "");
   customers_.push_back(Customer{1, false, false, false, {}});
@@ -281,14 +355,19 @@ void Shop::CreateCustomers() {
     }
     std::string street = std::to_string(rng_.Range(1, 9999));
     street += " " + std::string(rng_.Pick(Streets()));
-    const std::string postal = std::string{rng_.Percent(70) ? 'L' : 'P', static_cast<char>('0' + rng_.Below(10)),
-                                           Letter(rng_, kPostalLetters), ' ',
-                                           static_cast<char>('0' + rng_.Below(10)), Letter(rng_, kPostalLetters),
+    const std::string postal = std::string{rng_.Percent(70) ? 'L' : 'P',
+                                           static_cast<char>('0' + rng_.Below(10)),
+                                           Letter(rng_, kPostalLetters),
+                                           ' ',
+                                           static_cast<char>('0' + rng_.Below(10)),
+                                           Letter(rng_, kPostalLetters),
                                            static_cast<char>('0' + rng_.Below(10))};
     const bool home = !customer.fleet && rng_.Percent(88);
     const bool business = customer.fleet || rng_.Percent(20);
     std::string htel;
-    if (home) htel = cusid < 100 ? "555-01" + std::string(cusid < 10 ? "0" : "") + std::to_string(cusid) : random_phone();
+    if (home)
+      htel = cusid < 100 ? "555-01" + std::string(cusid < 10 ? "0" : "") + std::to_string(cusid)
+                         : random_phone();
     const std::string btel = business ? random_phone() : "";
     const std::string tx1 = customer.tx1_exempt ? "TX1-" + Digits(rng_, 6) : "";
     const std::string tx2 = customer.tx2_exempt ? "EX" + Digits(rng_, 7) : "";
@@ -296,8 +375,8 @@ void Shop::CreateCustomers() {
     const std::string_view city = rng_.Pick(Cities());
     if (rng_.PerMille(20)) {
       // Imported from an older system: no business telephone at all, not even empty text.
-      customers.Row(cusid, company, fname, lname, street, city, "ON", postal, home ? "555" : "", htel, nullptr,
-                    nullptr, solicit, tx1, tx2);
+      customers.Row(cusid, company, fname, lname, street, city, "ON", postal, home ? "555" : "", htel,
+                    nullptr, nullptr, solicit, tx1, tx2);
     } else {
       customers.Row(cusid, company, fname, lname, street, city, "ON", postal, home ? "555" : "", htel,
                     business ? "555" : "", btel, solicit, tx1, tx2);
@@ -332,8 +411,8 @@ void Shop::OpenBooks(Day day) {
     if (item.qoh10 == 0) continue;
     tables_->invtrans.Row(next_invtransid_++, item.invid, day, item.qoh10 / 10.0, Money{item.cost[0]},
                           Money{item.core});
-    opening.Add(InventoryAccount(item.kind), RoundDiv((item.cost[0] + item.core) * item.qoh10, 10), "GENJOURNAL",
-                journal);
+    opening.Add(InventoryAccount(item.kind), RoundDiv((item.cost[0] + item.core) * item.qoh10, 10),
+                "GENJOURNAL", journal);
   }
   loan_balance_ = Scaled(6000000);
   opening.Add(acct::kChequing, Scaled(4000000), "GENJOURNAL", journal);

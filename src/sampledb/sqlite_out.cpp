@@ -14,8 +14,8 @@ namespace {
 }  // namespace
 
 Database::Database(const std::string& path) {
-  const int rc =
-      sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int rc = sqlite3_open_v2(path.c_str(), &db_,
+                                 SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (rc != SQLITE_OK) {
     const std::string message = db_ ? sqlite3_errmsg(db_) : "out of memory";
     sqlite3_close(db_);
@@ -24,7 +24,9 @@ Database::Database(const std::string& path) {
   }
 }
 
-Database::~Database() { sqlite3_close(db_); }
+Database::~Database() {
+  sqlite3_close(db_);
+}
 
 void Database::Exec(const std::string& sql) {
   if (sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
@@ -50,15 +52,21 @@ Insert::Insert(Database& db, std::string_view table, std::initializer_list<std::
   }
 }
 
-Insert::~Insert() { sqlite3_finalize(stmt_); }
+Insert::~Insert() {
+  sqlite3_finalize(stmt_);
+}
 
 void Insert::Check(int rc) {
   if (rc != SQLITE_OK) Fail(db_, "Cannot bind a value for " + table_);
 }
 
-void Insert::BindInt(int index, int64_t value) { Check(sqlite3_bind_int64(stmt_, index, value)); }
+void Insert::BindInt(int index, int64_t value) {
+  Check(sqlite3_bind_int64(stmt_, index, value));
+}
 
-void Insert::Bind(int index, double value) { Check(sqlite3_bind_double(stmt_, index, value)); }
+void Insert::Bind(int index, double value) {
+  Check(sqlite3_bind_double(stmt_, index, value));
+}
 
 void Insert::Bind(int index, Money value) {
   Check(sqlite3_bind_double(stmt_, index, static_cast<double>(value.cents) / 100.0));
@@ -75,7 +83,9 @@ void Insert::Bind(int index, std::string_view value) {
   Check(sqlite3_bind_text(stmt_, index, text, static_cast<int>(value.size()), SQLITE_TRANSIENT));
 }
 
-void Insert::Bind(int index, std::nullptr_t) { Check(sqlite3_bind_null(stmt_, index)); }
+void Insert::Bind(int index, std::nullptr_t) {
+  Check(sqlite3_bind_null(stmt_, index));
+}
 
 void Insert::Bind(int index, OrNull value) {
   if (value.text.empty()) {
