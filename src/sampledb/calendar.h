@@ -15,7 +15,6 @@ struct Day {
   int DayOfMonth() const;
   int Weekday() const { return (number % 7 + 11) % 7; }  // 0 Sunday ... 6 Saturday
   bool IsLastOfMonth() const { return (*this + 1).Month() != Month(); }
-  int Quarter() const { return (Month() - 1) / 3; }
 
   // The stored form of a date at midnight: "yyyy-MM-dd 00:00:00".
   std::string Text() const;

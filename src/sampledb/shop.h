@@ -41,7 +41,6 @@ struct Item {
   int invid = 0;
   ClassKind kind = ClassKind::kPart;
   std::string_view sales_class;
-  int tmpl = 0;  // index into ItemTemplates()
   std::string partnum, description, category, manufacturer, location;
   int supid = 0;
   Cents core = 0;
@@ -64,7 +63,6 @@ struct Customer {
 
 struct Vehicle {
   int vehid = 0;
-  int cusid = 0;
   int odometer = 0;
 };
 
@@ -135,8 +133,7 @@ int InventoryAccount(ClassKind kind);
 int CostAccount(ClassKind kind);
 int PartsRevenueAccount(ClassKind kind);
 
-// What a forced work order must show; the shop runs through a list of these at intervals so that
-// every kind of document, line and payment occurs in every size of shop.
+// A job the shop does; each becomes a few lines of a work order.
 enum class JobKind {
   kOilChange,
   kOilPackage,
@@ -162,6 +159,9 @@ enum class JobKind {
   kUnclassified,
 };
 
+// What a work order is to show. Most plans are drawn at random; the shop also runs through a fixed
+// list of them at intervals, so that every kind of document, line and payment occurs in every size
+// of shop.
 struct Plan {
   WoKind kind = WoKind::kInvoice;
   std::vector<JobKind> jobs;  // empty: drawn at random
@@ -229,7 +229,8 @@ class Shop {
   int PickTech();
   int PickWriter();
   int YearIndex(Day day) const { return day.Year() - kFirstYear; }
-  Cents LabourRate(Day day) const { return 11000 + 500 * YearIndex(day); }
+  // The shop's labour rate per hour, in cents, in a year (0 for the first).
+  static Cents LabourRate(int year) { return 11000 + 500 * year; }
 
   // shop_books.cpp: the bookkeeping that is not a work order.
   void CloseDay(Day day);

@@ -425,7 +425,7 @@ Line Shop::LabourLine(std::string description, std::string_view sales_class, int
   line.description = std::move(description);
   line.sales_class = sales_class;
   line.hrs10 = hrs10;
-  line.labour = RoundDiv((11000 + 500 * year) * hrs10, 10);
+  line.labour = RoundDiv(LabourRate(year) * hrs10, 10);
   line.tech = tech;
   return line;
 }

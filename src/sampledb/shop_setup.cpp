@@ -269,7 +269,6 @@ void Shop::CreateItems() {
     for (int v = 0; v < variants; ++v) {
       Item item;
       item.invid = static_cast<int>(items_.size()) + 1;
-      item.tmpl = static_cast<int>(t);
       item.kind = kind;
       item.sales_class = tmpl.sales_class;
       item.supid = tmpl.supplier;
@@ -398,7 +397,7 @@ void Shop::CreateCustomers() {
       vehicles.Row(vehid, cusid, year, model.make, model.model, plate, vin, unit, model.engine);
       customer.vehicles.push_back(static_cast<int>(vehicles_.size()));
       const int age = std::max(0, kFirstYear - year) + 1;
-      vehicles_.push_back(Vehicle{vehid, cusid, age * static_cast<int>(rng_.Range(12000, 24000))});
+      vehicles_.push_back(Vehicle{vehid, age * static_cast<int>(rng_.Range(12000, 24000))});
     }
     customers_.push_back(std::move(customer));
   }
