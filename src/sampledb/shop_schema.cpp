@@ -2,20 +2,11 @@
 
 #include <regex>
 
+#include "data/tsql_adapter.h"
 #include "sampledb/embedded_sql.h"
 
 namespace ent::sampledb {
 namespace {
-
-// Stands in for the T-SQL adapter's CREATE TABLE rule until the adapter is part of the build:
-// text columns compare without regard to case, and money columns get REAL affinity while keeping
-// "money" in their declared type.
-std::string ToSqlite(std::string_view tsql) {
-  static const std::regex kText(R"(\b(?:(?:var)?char\s*\(\s*\d+\s*\)|text\b))", std::regex::icase);
-  static const std::regex kMoney(R"(\bmoney\b)", std::regex::icase);
-  std::string sql = std::regex_replace(std::string(tsql), kText, "$& COLLATE NOCASE");
-  return std::regex_replace(sql, kMoney, "money real");
-}
 
 bool IsIndex(const std::string& statement) {
   return std::regex_search(statement, std::regex(R"(^\s*CREATE\s+(UNIQUE\s+)?INDEX\b)", std::regex::icase));
@@ -23,7 +14,7 @@ bool IsIndex(const std::string& statement) {
 
 void RunSchema(Database& db, bool indexes) {
   for (const std::string& statement : SplitStatements(EmbeddedSql("schema.sql"))) {
-    if (IsIndex(statement) == indexes) db.Exec(ToSqlite(statement));
+    if (IsIndex(statement) == indexes) db.Exec(tsql::ToSqlite(statement));
   }
 }
 
@@ -86,7 +77,7 @@ void CreateSupplierTable(Database& db, int supid) {
   for (size_t at = script.find(placeholder); at != std::string::npos; at = script.find(placeholder, at)) {
     script.replace(at, placeholder.size(), std::to_string(supid));
   }
-  for (const std::string& statement : SplitStatements(script)) db.Exec(ToSqlite(statement));
+  for (const std::string& statement : SplitStatements(script)) db.Exec(tsql::ToSqlite(statement));
 }
 
 }  // namespace ent::sampledb
