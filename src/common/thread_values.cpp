@@ -16,14 +16,14 @@ thread_local std::string t_connection_string;
 std::mutex g_log_dir_mutex;
 std::string g_log_dir;  // empty: beside the executable
 
+}  // namespace
+
 std::string ExecutableDirectory() {
   std::error_code ec;
   auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
   if (ec) return ".";
   return exe.parent_path().string();
 }
-
-}  // namespace
 
 bool DebugSwitch() { return t_debug; }
 void SetDebugSwitch(bool on) { t_debug = on; }

@@ -16,6 +16,9 @@ void SetLogName(std::string name);
 const std::string& ShopConnectionString();
 void SetShopConnectionString(std::string connection_string);
 
+// The directory that holds the running program.
+std::string ExecutableDirectory();
+
 // "<directory of the executable>/log" unless overridden (the --log-dir option).
 std::string LogDirectory();
 void SetLogDirectory(std::string directory);

@@ -1,7 +1,42 @@
+// A SOAP 1.1 client that learns its service from the WSDL at run time: Init reads the WSDL, Call
+// posts a document/literal request for an operation the WSDL names, with text arguments in the order
+// of the operation's parameters, and returns the text of the result. Nothing about the service is
+// built in: address, namespace, soapAction and element names all come from the WSDL.
 #pragma once
+
+#include <memory>
 #include <string>
 #include <vector>
+
 namespace ent {
-struct SoapOptions { long connect_timeout_seconds = 10; long total_timeout_seconds = 60; };
-class SoapClient { public: explicit SoapClient(const SoapOptions& o) : o_(o) {} void Init(const std::string&); std::string Call(const std::string&, const std::vector<std::string>&); private: SoapOptions o_; };
-}
+
+class Wsdl;
+
+struct SoapOptions {
+  long connect_timeout_seconds = 10;  // until the service accepts the connection
+  long total_timeout_seconds = 60;    // one whole exchange (the WSDL, or one call)
+};
+
+class SoapClient {
+ public:
+  explicit SoapClient(const SoapOptions& options);
+  ~SoapClient();
+  SoapClient(const SoapClient&) = delete;
+  SoapClient& operator=(const SoapClient&) = delete;
+
+  // Fetches and reads the WSDL. Raises ent::Error when it cannot be fetched or is not a SOAP 1.1
+  // service description.
+  void Init(const std::string& wsdl_url);
+
+  // Calls the operation and returns the text of its result element. Raises ent::Error before Init,
+  // for an operation the WSDL does not offer, for a number of arguments other than its parameters',
+  // for an unreachable or silent service, an HTTP error or a SOAP Fault (its faultstring is in the
+  // description).
+  std::string Call(const std::string& operation, const std::vector<std::string>& arguments);
+
+ private:
+  SoapOptions options_;
+  std::unique_ptr<Wsdl> wsdl_;
+};
+
+}  // namespace ent

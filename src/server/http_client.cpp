@@ -1,0 +1,97 @@
+#include "server/http_client.h"
+
+#include <curl/curl.h>
+
+#include <memory>
+
+#include "common/error.h"
+
+namespace ent {
+
+namespace {
+
+struct CurlGlobal {
+  CurlGlobal() { curl_global_init(CURL_GLOBAL_DEFAULT); }
+  ~CurlGlobal() { curl_global_cleanup(); }
+};
+
+struct EasyDeleter {
+  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+struct ListDeleter {
+  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+using EasyHandle = std::unique_ptr<CURL, EasyDeleter>;
+using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
+
+size_t Collect(char* data, size_t size, size_t count, void* target) {
+  static_cast<std::string*>(target)->append(data, size * count);
+  return size * count;
+}
+
+EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, std::string& body, char* error_buffer) {
+  static CurlGlobal global;  // once per process, before the first handle
+  EasyHandle handle(curl_easy_init());
+  if (!handle) throw Error(err::kServiceFailure, "The HTTP client cannot be created.");
+  CURL* h = handle.get();
+  curl_easy_setopt(h, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(h, CURLOPT_CONNECTTIMEOUT, timeouts.connect_seconds);
+  curl_easy_setopt(h, CURLOPT_TIMEOUT, timeouts.total_seconds);
+  curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);  // timeouts without signals: safe on any thread
+  curl_easy_setopt(h, CURLOPT_NOPROXY, "127.0.0.1,localhost,::1");
+  curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, Collect);
+  curl_easy_setopt(h, CURLOPT_WRITEDATA, &body);
+  curl_easy_setopt(h, CURLOPT_ERRORBUFFER, error_buffer);
+  return handle;
+}
+
+HttpResponse Perform(CURL* h, const std::string& url, std::string& body, const char* error_buffer) {
+  CURLcode code = curl_easy_perform(h);
+  if (code != CURLE_OK) {
+    std::string cause = error_buffer[0] ? error_buffer : curl_easy_strerror(code);
+    if (code == CURLE_OPERATION_TIMEDOUT) cause = "no answer in time (" + cause + ")";
+    throw Error(err::kServiceFailure, "The service at " + url + " cannot be reached: " + cause);
+  }
+  HttpResponse response;
+  curl_easy_getinfo(h, CURLINFO_RESPONSE_CODE, &response.status);
+  char* type = nullptr;
+  curl_easy_getinfo(h, CURLINFO_CONTENT_TYPE, &type);
+  if (type) response.content_type = type;
+  response.body = std::move(body);
+  return response;
+}
+
+}  // namespace
+
+HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts) {
+  std::string body;
+  char error_buffer[CURL_ERROR_SIZE] = {};
+  EasyHandle handle = NewHandle(url, timeouts, body, error_buffer);
+  curl_easy_setopt(handle.get(), CURLOPT_HTTPGET, 1L);
+  return Perform(handle.get(), url, body, error_buffer);
+}
+
+HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers, const std::string& body,
+                      const HttpTimeouts& timeouts) {
+  std::string answer;
+  char error_buffer[CURL_ERROR_SIZE] = {};
+  EasyHandle handle = NewHandle(url, timeouts, answer, error_buffer);
+  HeaderList list;
+  // Without an empty Expect header curl waits for "100 Continue" before sending a large body.
+  std::vector<std::string> lines = headers;
+  lines.push_back("Expect:");
+  for (const std::string& line : lines) {
+    curl_slist* grown = curl_slist_append(list.get(), line.c_str());
+    if (!grown) throw Error(err::kServiceFailure, "Out of memory building the HTTP headers.");
+    (void)list.release();
+    list.reset(grown);
+  }
+  CURL* h = handle.get();
+  curl_easy_setopt(h, CURLOPT_HTTPHEADER, list.get());
+  curl_easy_setopt(h, CURLOPT_POST, 1L);
+  curl_easy_setopt(h, CURLOPT_POSTFIELDS, body.data());
+  curl_easy_setopt(h, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+  return Perform(h, url, answer, error_buffer);
+}
+
+}  // namespace ent
