@@ -1,0 +1,228 @@
+// One request from its document to the stand-in head office over loopback HTTP, as the host runs it.
+#include "server/cls_process_request.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "common/error.h"
+#include "common/thread_values.h"
+#include "server/head_office.h"
+#include "server/token.h"
+#include "support/temp_dir.h"
+#include "support/test_db.h"
+
+namespace ent {
+namespace {
+
+std::string Request(const std::string& type, const std::string& name, const std::string& sql,
+                    const std::string& extra = "") {
+  return "<report><type>" + type + "</type><clientid>12</clientid><sql>" + sql + "</sql><name>" + name +
+         "</name><params><reportItem/></params><sessionid>4711</sessionid>" + extra + "</report>";
+}
+
+class ProcessRequestTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    db_.Exec("create table customer (cusid int primary key, fname varchar(30), lname varchar(30));"
+             "insert into customer values (1, 'Pat', 'O''Brien');"
+             "insert into customer values (2, 'Lee', null);");
+    std::filesystem::create_directory(dir_.file("log"));
+    SetLogDirectory(dir_.file("log"));
+    port_ = office_.Start("127.0.0.1", 0);
+  }
+  void TearDown() override {
+    SetLogDirectory("");
+    SetDebugSwitch(false);
+  }
+
+  // Runs one request against `port` (the stand-in head office by default) and returns its post.
+  HeadOfficePost Run(const std::string& document, bool db_size = true, int port = 0) {
+    clsProcessRequest request;
+    request.set_ApplicationPath(db_.connection_string());
+    request.HostAddress = "127.0.0.1";
+    request.HostPort = std::to_string(port ? port : port_);
+    request.GUID = "shop-guid";
+    request.Passcode = "pass";
+    request.ClientID = "33";
+    request.SessionID = "99";
+    request.set_bDebug(true);
+    request.set_DBSize(db_size);
+    request.set_TokenDirectory(dir_.file("token"));
+    request.set_SoapOptions({2, 5});
+    request.setDomDocument(document);
+    request.prepareDBReport();
+    EXPECT_TRUE(request.KillFlag);
+    auto posts = office_.Posts();
+    return posts.empty() ? HeadOfficePost{} : posts.back();
+  }
+
+  // The messages of a log file, without their time stamps.
+  std::vector<std::string> Log(const std::string& name) const {
+    std::ifstream in(dir_.file("log/" + name + ".txt"), std::ios::binary);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) {
+      EXPECT_EQ(line.back(), '\r');
+      lines.push_back(line.substr(line.find('\t') + 1, line.size() - line.find('\t') - 2));
+    }
+    return lines;
+  }
+
+  int Token() const { return DbInUseToken::Create(dir_.file("token"))->GetdbInUse(); }
+  void SetToken(int state) const { DbInUseToken::Create(dir_.file("token"))->SetdbInUse(state); }
+
+  test::TempDir dir_;
+  test::TestDb db_;
+  HeadOffice office_{HeadOfficeOptions{}};
+  int port_ = 0;
+};
+
+std::vector<std::string> Values(const HeadOfficePost& post) {
+  std::vector<std::string> values;
+  for (const auto& argument : post.arguments) values.push_back(argument.second);
+  return values;
+}
+
+TEST_F(ProcessRequestTest, WhatReachesTheHeadOfficeInEachOutcome) {
+  // Rows: "0" and the document, with the request's session and client.
+  HeadOfficePost post = Run(Request("2", "", "select cusid, fname, lname from customer order by cusid"));
+  std::vector<std::string> args = Values(post);
+  ASSERT_EQ(args.size(), 6u);
+  EXPECT_EQ(std::vector<std::string>(args.begin(), args.begin() + 5),
+            (std::vector<std::string>{"shop-guid", "pass", "4711", "12", "0"}));
+  EXPECT_EQ(post.rows, 2);
+  EXPECT_EQ(args[5].rfind("<xml xmlns:s=", 0), 0u);
+
+  struct Case {
+    std::string document;
+    bool db_size;
+    std::string status;
+    std::string session;  // the failure path posts the host's identifiers
+  };
+  const std::vector<Case> cases = {
+      {Request("2", "", "select * from customer where cusid = 0"), true, "No records found.", "4711"},
+      {Request("2", "", "select * from nosuch"), true, "no such table: nosuch", "4711"},
+      {Request("1", "NOSUCHCODE", ""), true, "Prebuilt report not found.", "4711"},
+      {Request("1", "transreq", ""), true, "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.",
+       "4711"},
+      {Request("2", "", "select 1"), false, "Target location requires a database compact.", "99"},
+      {Request("2", "", "select 1", "<DateProcessed>1/1/2020</DateProcessed>"), true, "", "99"},
+      {Request("2", "", ""), true, "", "99"},
+      {"<report><type>2</type></report>", true, "The request document has no //report/clientid element.", "99"},
+      {"this is not XML", true, "The request document has no //report/type element.", "99"},
+  };
+  for (const Case& c : cases) {
+    args = Values(Run(c.document, c.db_size));
+    ASSERT_EQ(args.size(), 6u) << c.document;
+    EXPECT_EQ(args[4], c.status) << c.document;
+    EXPECT_EQ(args[5], "") << c.document;
+    EXPECT_EQ(args[2], c.session) << c.document;
+    EXPECT_EQ(args[3], c.session == "99" ? "33" : "12") << c.document;
+  }
+}
+
+TEST_F(ProcessRequestTest, ALongErrorTextIsCutTo250Characters) {
+  const std::string table(300, 't');
+  std::vector<std::string> args = Values(Run(Request("2", "", "select * from " + table)));
+  ASSERT_EQ(args.size(), 6u);
+  EXPECT_EQ(args[4], ("no such table: " + table).substr(0, 250));
+}
+
+TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEnd) {
+  Run(Request("2", "", "select cusid from customer"));
+  std::vector<std::string> log = Log("99");
+  ASSERT_FALSE(log.empty());
+  EXPECT_EQ(log.front(), "Start");
+  EXPECT_EQ(log.back(), "EXIT MAIN SUB");
+  EXPECT_NE(std::find(log.begin(), log.end(), "SOAP:RESP::True"), log.end());
+  EXPECT_NE(std::find(log.begin(), log.end(), "Dom Sent"), log.end());
+  // The post's own first line goes to the log of the request's session.
+  EXPECT_EQ(Log("4711"), std::vector<std::string>{"Starting: clsGenericReport"});
+
+  std::filesystem::remove(dir_.file("log/99.txt"));
+  Run("<report/>");
+  log = Log("99");
+  ASSERT_FALSE(log.empty());
+  EXPECT_EQ(log.back(), "ERROR: The request document has no //report/type element.");
+}
+
+TEST_F(ProcessRequestTest, FailedSendsAreLoggedAndTheRequestStillEnds) {
+  auto last_lines = [&] {
+    std::vector<std::string> log = Log("99");
+    std::filesystem::remove(dir_.file("log/99.txt"));
+    return log;
+  };
+  auto contains = [](const std::vector<std::string>& log, const std::string& prefix) {
+    return std::any_of(log.begin(), log.end(), [&](const std::string& l) { return l.rfind(prefix, 0) == 0; });
+  };
+
+  HeadOfficeOptions lower;
+  lower.answer = "true";
+  HeadOffice lower_case(lower);
+  Run(Request("2", "", "select 1 as one"), true, lower_case.Start("127.0.0.1", 0));
+  std::vector<std::string> log = last_lines();
+  EXPECT_TRUE(contains(log, "SOAP:RESP::true"));
+  EXPECT_TRUE(contains(log, "Report Sent Failed or Nothing to send"));
+
+  HeadOfficeOptions refusing;
+  refusing.fault = "Unknown shop.";
+  HeadOffice faulting(refusing);
+  Run(Request("2", "", "select 1 as one"), true, faulting.Start("127.0.0.1", 0));
+  log = last_lines();
+  EXPECT_TRUE(contains(log, "SEND SOAP ERR:The service answered sendReport with a SOAP fault: Unknown shop."));
+  EXPECT_TRUE(contains(log, "Report Sent Failed or Nothing to send"));
+  EXPECT_EQ(log.back(), "EXIT MAIN SUB");
+
+  int closed_port = 0;
+  {
+    HeadOffice gone{HeadOfficeOptions{}};
+    closed_port = gone.Start("127.0.0.1", 0);
+  }
+  Run(Request("2", "", "select 1 as one"), true, closed_port);
+  log = last_lines();
+  EXPECT_TRUE(contains(log, "SEND SOAP ERR:The service at http://127.0.0.1:" + std::to_string(closed_port)));
+  EXPECT_TRUE(contains(log, "Report Sent Failed or Nothing to send"));
+}
+
+TEST_F(ProcessRequestTest, TheDatabaseInUseToken) {
+  // Held by an administrator: refused, and the token stays theirs.
+  SetToken(1);
+  std::vector<std::string> args = Values(Run(Request("2", "", "select cusid from customer")));
+  EXPECT_EQ(args[4], "Database is in use by an administrator. Please try again later.");
+  EXPECT_EQ(Token(), 1);
+
+  // Taken by the server and given back, on the normal path and on the failure path.
+  SetToken(0);
+  Run(Request("2", "", "select cusid from customer"));
+  EXPECT_EQ(Token(), 0);
+  args = Values(Run("<report><type>2</type><clientid>1</clientid><sql>select 1</sql></report>"));
+  EXPECT_EQ(args[4], "The request document has no //report/name element.");
+  EXPECT_EQ(Token(), 0);
+  const std::vector<std::string> log = Log("99");
+  EXPECT_NE(std::find(log.begin(), log.end(), "Setting DB in use by server."), log.end());
+}
+
+TEST_F(ProcessRequestTest, ATokenThatCannotBeCreatedStopsEverything) {
+  std::ofstream(dir_.file("not-a-dir")) << "x";
+  clsProcessRequest request;
+  request.set_bDebug(true);
+  request.SessionID = "99";
+  request.HostAddress = "127.0.0.1";
+  request.HostPort = std::to_string(port_);
+  request.set_TokenDirectory(dir_.file("not-a-dir"));
+  request.setDomDocument(Request("2", "", "select 1"));
+  try {
+    request.prepareDBReport();
+    ADD_FAILURE();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.description().rfind("the token component cannot be created: ", 0), 0u) << e.description();
+  }
+  EXPECT_FALSE(request.KillFlag);
+  EXPECT_TRUE(office_.Posts().empty());
+  EXPECT_FALSE(std::filesystem::exists(dir_.file("log/99.txt")));
+}
+
+}  // namespace
+}  // namespace ent
