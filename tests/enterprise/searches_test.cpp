@@ -1,0 +1,91 @@
+// The head office's searches on the small sample shop.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/sample_shop.h"
+
+namespace ent {
+namespace {
+
+using test::QueryValue;
+using test::RunReport;
+
+TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
+  test::ReportRun all = RunReport("ENTCUSTSRCH", {});
+  ASSERT_EQ(all.status, "0");
+  EXPECT_EQ(all.columns,
+            (std::vector<std::string>{"company", "FirstName", "LastName", "HomePhone", "BusPhone", "Cusid"}));
+  // Customers whose names and phone parts are all present, up to 100.
+  const std::string complete = QueryValue(
+      "select count(*) from customer where company is not null and fname is not null and lname is not null and "
+      "ahtel is not null and htel is not null and abtel is not null and btel is not null");
+  EXPECT_EQ(all.rows.size(), std::min<size_t>(100, std::stoul(complete)));
+
+  EXPECT_EQ(RunReport("ENTCUSTSRCH", {"", "", "", "", "5"}).rows.size(), 5u);
+
+  // Sorted by the requested column, customer number breaking ties.
+  test::ReportRun by_name = RunReport("ENTCUSTSRCH", {"LastName desc", "", "", "", "20"});
+  ASSERT_EQ(by_name.status, "0");
+  for (size_t i = 1; i < by_name.rows.size(); ++i) {
+    const auto& a = by_name.rows[i - 1];
+    const auto& b = by_name.rows[i];
+    EXPECT_GE(a.at("LastName"), b.at("LastName"));
+    if (a.at("LastName") == b.at("LastName")) {
+      EXPECT_LT(std::stoi(a.at("Cusid")), std::stoi(b.at("Cusid")));
+    }
+  }
+
+  // A telephone typed as ten digits finds the customers with that area code and number.
+  const std::string area = QueryValue("select ahtel from customer where htel <> '' order by cusid limit 1");
+  const std::string number = QueryValue("select htel from customer where htel <> '' order by cusid limit 1");
+  std::string digits = area + number;
+  digits.erase(std::remove(digits.begin(), digits.end(), '-'), digits.end());
+  test::ReportRun phone = RunReport("ENTCUSTSRCH", {"", "", "", "", "", digits});
+  ASSERT_EQ(phone.status, "0");
+  ASSERT_FALSE(phone.rows.empty());
+  for (const auto& row : phone.rows) EXPECT_EQ(row.at("HomePhone"), area + "-" + number);
+}
+
+TEST(SearchesTest, QuotesInValuesAndSortOrdersThatAreNotColumnLists) {
+  // A quote in every text parameter is only a character to look for.
+  test::ReportRun quoted = RunReport("ENTCUSTSRCH", {"", "a'b", "c'd", "e'f", "", "55'5", "5'55"});
+  EXPECT_EQ(quoted.status, "No records found.");
+  quoted = RunReport("ENTINVSRCH", {"", "a'", "b'", "c'", "", "d'"});
+  EXPECT_EQ(quoted.status, "No records found.");
+
+  for (const char* order : {"lname; drop table customer", "lname desc, (select 1)", "lname sideways"}) {
+    test::ReportRun rejected = RunReport("ENTCUSTSRCH", {order});
+    EXPECT_FALSE(rejected.has_document) << order;
+    EXPECT_NE(rejected.status, "0") << order;
+    EXPECT_FALSE(rejected.status.empty()) << order;
+  }
+  EXPECT_EQ(QueryValue("select count(*) > 0 from customer"), "1");
+}
+
+TEST(SearchesTest, InventorySearchAndACustomersInvoices) {
+  test::ReportRun stock = RunReport("ENTINVSRCH", {"Description", "", "", "", "5", "", "true"});
+  ASSERT_EQ(stock.status, "0");
+  EXPECT_EQ(stock.columns, (std::vector<std::string>{"Part_Number", "Description", "Manufacturer", "Category", "QOH",
+                                                     "LastList"}));
+  EXPECT_EQ(stock.rows.size(), 5u);
+  for (size_t i = 1; i < stock.rows.size(); ++i)
+    EXPECT_LE(stock.rows[i - 1].at("Description"), stock.rows[i].at("Description"));
+  test::ReportRun everything = RunReport("ENTINVSRCH", {"", "", "", "", "1000", "", "false"});
+  const std::string on_hand = QueryValue("select count(*) from inventory where qoh > 0");
+  EXPECT_EQ(RunReport("ENTINVSRCH", {"", "", "", "", "1000", "", "true"}).rows.size(), std::stoul(on_hand));
+  EXPECT_GE(everything.rows.size(), std::stoul(on_hand));
+
+  const std::string customer =
+      QueryValue("select cusid from wo where invoiceid <> 0 group by cusid order by count(*) desc limit 1");
+  test::ReportRun invoices = RunReport("ENTCUSTINVOICES", {"", customer});
+  ASSERT_EQ(invoices.status, "0");
+  EXPECT_EQ(invoices.columns, (std::vector<std::string>{"InvDate", "InvoiceNum", "JobDesc", "Total"}));
+  EXPECT_EQ(invoices.rows.size(),
+            std::stoul(QueryValue("select count(*) from wo where (invoiceid <> 0 or credid <> 0) and cusid = " +
+                                  customer)));
+  EXPECT_EQ(RunReport("ENTCUSTINVOICES", {"", "987654"}).status, "No records found.");
+}
+
+}  // namespace
+}  // namespace ent

@@ -1,0 +1,30 @@
+// The small sample shop, created once per test process and shared read-only by the tests that use
+// it, and a way to run a report code on it the way a request does.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace ent::test {
+
+// The path of the small sample shop (seed 1).
+const std::string& SmallSampleShop();
+
+// What a prebuilt report posted: its status and, when it has a document, the document's columns in
+// order and its rows (attribute name to text; null columns are missing).
+struct ReportRun {
+  std::string status;
+  bool has_document = false;
+  std::vector<std::string> columns;
+  std::vector<std::map<std::string, std::string>> rows;
+};
+
+// Runs a code with parameters p0, p1, ... on the small sample shop.
+ReportRun RunReport(const std::string& code, const std::vector<std::string>& params);
+
+// The first column of the first row of a query run directly with SQLite on the small sample shop,
+// as text ("" for null): the independent check of a report's figures.
+std::string QueryValue(const std::string& sql);
+
+}  // namespace ent::test
