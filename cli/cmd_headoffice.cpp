@@ -36,8 +36,9 @@ int RunHeadOffice(const Args& args) {
   std::string host;
   int port = 0;
   try {
-    Options options(args, {"--listen", "--out", "--answer", "--fault", "--namespace", "--service-path", "--delay-ms"},
-                    {"--help"});
+    Options options(
+        args, {"--listen", "--out", "--answer", "--fault", "--namespace", "--service-path", "--delay-ms"},
+        {"--help"});
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;

@@ -32,7 +32,8 @@ int RunToken(const Args& args) {
     }
     const auto& words = options.positional();
     const bool get = words.size() == 1 && words[0] == "get";
-    const bool set = words.size() == 2 && words[0] == "set" && (words[1] == "0" || words[1] == "1" || words[1] == "2");
+    const bool set =
+        words.size() == 2 && words[0] == "set" && (words[1] == "0" || words[1] == "1" || words[1] == "2");
     if (!get && !set) {
       std::cerr << kHelp;
       return 2;

@@ -22,8 +22,7 @@ std::string Trim(std::string_view s) {
 
 [[noreturn]] void BadFormat(size_t index) {
   throw Error(err::kDatabaseError,
-              "Format of the initialization string does not conform to specification starting at index " +
-                  std::to_string(index) + ".");
+              "The connection string is malformed at index " + std::to_string(index) + ".");
 }
 
 }  // namespace

@@ -41,7 +41,8 @@ pugi::xml_node Required(const pugi::xml_document& doc, const char* xpath) {
 }
 
 // The job's identifiers from the host's copies, as the size failure and the failure path set them.
-void SetIdentifiersFromCopies(clsPrebuiltReport& job, const std::string& session_id, const std::string& client_id) {
+void SetIdentifiersFromCopies(clsPrebuiltReport& job, const std::string& session_id,
+                              const std::string& client_id) {
   job.SessionID = ToNumeric(Variant(session_id)).ToText();
   job.ClientID = ToNumeric(Variant(client_id)).ToLong();
 }
@@ -62,7 +63,9 @@ void clsProcessRequest::setDomDocument(const std::string& oDom) {
   if (!request_->load_string(oDom.c_str())) request_->reset();
 }
 
-void clsProcessRequest::dispose() { request_.reset(); }
+void clsProcessRequest::dispose() {
+  request_.reset();
+}
 
 void clsProcessRequest::prepareDBReport() {
   // 1. The token component; failing here is the one failure the host sees.
@@ -117,11 +120,13 @@ void clsProcessRequest::prepareDBReport() {
       pugi::xml_node item = Required(*request_, "//report/params/reportItem");
       int n = 0;
       for (pugi::xml_node child = item.first_child(); child; child = child.next_sibling(), ++n) {
-        pugi::xml_attribute second = child.type() == pugi::node_element ? child.first_attribute().next_attribute()
-                                                                         : pugi::xml_attribute();
+        pugi::xml_attribute second = child.type() == pugi::node_element
+                                         ? child.first_attribute().next_attribute()
+                                         : pugi::xml_attribute();
         if (!second)
-          throw Error(kObjectNotSet, "Parameter " + std::to_string(n) +
-                                         " of the request has no value (a reportItem child needs two attributes).");
+          throw Error(kObjectNotSet,
+                      "Parameter " + std::to_string(n) +
+                          " of the request has no value (a reportItem child needs two attributes).");
         j.addParam("p" + std::to_string(n), second.value());
       }
       j.SessionID = TextOf(Required(*request_, "//report/sessionid"));
@@ -199,7 +204,8 @@ bool clsProcessRequest::postToHost(ISendable& result, const std::string& session
     WriteLog("SOAP INIT:" + address);
     client.Init(address);
     WriteLog("AFTER INIT");
-    const std::string answer = result.Post(client, GUID, Passcode, session_id, std::to_string(client_id), error_text);
+    const std::string answer =
+        result.Post(client, GUID, Passcode, session_id, std::to_string(client_id), error_text);
     WriteLog("SOAP:RESP::" + answer);
     return answer == "True";
   } catch (const Error& e) {

@@ -7,9 +7,8 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
-
 #include <pugixml.hpp>
+#include <string>
 
 #include "server/soap_client.h"
 
@@ -51,7 +50,8 @@ class clsProcessRequest {
   void set_SoapOptions(const SoapOptions& options) { soap_options_ = options; }
 
  private:
-  bool postToHost(ISendable& result, const std::string& session_id, int32_t client_id, std::string& error_text);
+  bool postToHost(ISendable& result, const std::string& session_id, int32_t client_id,
+                  std::string& error_text);
 
   bool debug_ = false;
   bool db_size_ = false;

@@ -7,12 +7,12 @@
 #include <fstream>
 #include <iomanip>
 #include <mutex>
+#include <pugixml.hpp>
 #include <sstream>
 #include <thread>
 
-#include <pugixml.hpp>
-
 #include "common/error.h"
+#include "server/xml_names.h"
 
 namespace ent {
 
@@ -55,27 +55,32 @@ std::string WsdlText(const HeadOfficeOptions& o, const std::string& location) {
                              {"xmlns:wsdl", "http://schemas.xmlsoap.org/wsdl/"}});
   pugi::xml_node schema = Add(Add(defs, "wsdl:types"), "s:schema",
                               {{"elementFormDefault", "qualified"}, {"targetNamespace", o.target_namespace}});
-  pugi::xml_node in = Add(Add(Add(schema, "s:element", {{"name", kOperation}}), "s:complexType"), "s:sequence");
+  pugi::xml_node in =
+      Add(Add(Add(schema, "s:element", {{"name", kOperation}}), "s:complexType"), "s:sequence");
   for (const std::string& p : o.parameters)
     Add(in, "s:element", {{"minOccurs", "0"}, {"maxOccurs", "1"}, {"name", p}, {"type", "s:string"}});
   pugi::xml_node out =
       Add(Add(Add(schema, "s:element", {{"name", std::string(kOperation) + "Response"}}), "s:complexType"),
           "s:sequence");
   Add(out, "s:element",
-      {{"minOccurs", "0"}, {"maxOccurs", "1"}, {"name", std::string(kOperation) + "Result"}, {"type", "s:string"}});
+      {{"minOccurs", "0"},
+       {"maxOccurs", "1"},
+       {"name", std::string(kOperation) + "Result"},
+       {"type", "s:string"}});
   for (const char* direction : {"In", "Out"}) {
     const std::string element = std::string("tns:") + kOperation + (direction[0] == 'O' ? "Response" : "");
     Add(Add(defs, "wsdl:message", {{"name", std::string(kOperation) + "Soap" + direction}}), "wsdl:part",
         {{"name", "parameters"}, {"element", element}});
   }
-  pugi::xml_node abstract = Add(Add(defs, "wsdl:portType", {{"name", "ServiceSoap"}}), "wsdl:operation",
-                                {{"name", kOperation}});
+  pugi::xml_node abstract =
+      Add(Add(defs, "wsdl:portType", {{"name", "ServiceSoap"}}), "wsdl:operation", {{"name", kOperation}});
   Add(abstract, "wsdl:input", {{"message", std::string("tns:") + kOperation + "SoapIn"}});
   Add(abstract, "wsdl:output", {{"message", std::string("tns:") + kOperation + "SoapOut"}});
   for (const char* soap : {"soap", "soap12"}) {
     const std::string binding_name = soap[4] ? "ServiceSoap12" : "ServiceSoap";
     pugi::xml_node binding = Add(defs, "wsdl:binding", {{"name", binding_name}, {"type", "tns:ServiceSoap"}});
-    Add(binding, (std::string(soap) + ":binding").c_str(), {{"transport", "http://schemas.xmlsoap.org/soap/http"}});
+    Add(binding, (std::string(soap) + ":binding").c_str(),
+        {{"transport", "http://schemas.xmlsoap.org/soap/http"}});
     pugi::xml_node op = Add(binding, "wsdl:operation", {{"name", kOperation}});
     Add(op, (std::string(soap) + ":operation").c_str(),
         {{"soapAction", SoapAction(o.target_namespace)}, {"style", "document"}});
@@ -85,8 +90,8 @@ std::string WsdlText(const HeadOfficeOptions& o, const std::string& location) {
   pugi::xml_node service = Add(defs, "wsdl:service", {{"name", "Service"}});
   Add(Add(service, "wsdl:port", {{"name", "ServiceSoap"}, {"binding", "tns:ServiceSoap"}}), "soap:address",
       {{"location", location}});
-  Add(Add(service, "wsdl:port", {{"name", "ServiceSoap12"}, {"binding", "tns:ServiceSoap12"}}), "soap12:address",
-      {{"location", location}});
+  Add(Add(service, "wsdl:port", {{"name", "ServiceSoap12"}, {"binding", "tns:ServiceSoap12"}}),
+      "soap12:address", {{"location", location}});
   return XmlText(doc);
 }
 
@@ -113,30 +118,10 @@ std::string FaultText(const std::string& code, const std::string& text) {
 
 std::string AnswerText(const HeadOfficeOptions& o) {
   return Envelope([&](pugi::xml_node body) {
-    pugi::xml_node response = Add(body, (std::string(kOperation) + "Response").c_str(), {{"xmlns", o.target_namespace}});
+    pugi::xml_node response =
+        Add(body, (std::string(kOperation) + "Response").c_str(), {{"xmlns", o.target_namespace}});
     Add(response, (std::string(kOperation) + "Result").c_str()).text().set(o.answer.c_str());
   });
-}
-
-std::string LocalName(const char* name) {
-  std::string_view n = name;
-  size_t colon = n.find(':');
-  return std::string(colon == std::string_view::npos ? n : n.substr(colon + 1));
-}
-
-std::string NamespaceOf(pugi::xml_node node) {
-  std::string_view name = node.name();
-  size_t colon = name.find(':');
-  std::string attribute = colon == std::string_view::npos ? "xmlns" : "xmlns:" + std::string(name.substr(0, colon));
-  for (pugi::xml_node n = node; n; n = n.parent())
-    if (pugi::xml_attribute a = n.attribute(attribute.c_str())) return a.value();
-  return "";
-}
-
-pugi::xml_node FirstElement(pugi::xml_node parent, std::string_view local = {}) {
-  for (pugi::xml_node c = parent.first_child(); c; c = c.next_sibling())
-    if (c.type() == pugi::node_element && (local.empty() || LocalName(c.name()) == local)) return c;
-  return {};
 }
 
 std::string JsonString(const std::string& text) {
@@ -144,11 +129,21 @@ std::string JsonString(const std::string& text) {
   out << '"';
   for (unsigned char c : text) {
     switch (c) {
-      case '"': out << "\\\""; break;
-      case '\\': out << "\\\\"; break;
-      case '\n': out << "\\n"; break;
-      case '\r': out << "\\r"; break;
-      case '\t': out << "\\t"; break;
+      case '"':
+        out << "\\\"";
+        break;
+      case '\\':
+        out << "\\\\";
+        break;
+      case '\n':
+        out << "\\n";
+        break;
+      case '\r':
+        out << "\\r";
+        break;
+      case '\t':
+        out << "\\t";
+        break;
       default:
         if (c < 0x20)
           out << "\\u" << std::hex << std::setw(4) << std::setfill('0') << static_cast<int>(c) << std::dec;
@@ -190,7 +185,8 @@ struct HeadOffice::Impl {
       const auto& [name, value] = post.arguments[i];
       const bool is_document = i + 1 == post.arguments.size() && !value.empty();
       json << (i ? "," : "") << "\n    {\"name\": " << JsonString(name) << ", "
-           << (is_document ? "\"file\": " + JsonString(std::string(stem) + ".xml") : "\"value\": " + JsonString(value))
+           << (is_document ? "\"file\": " + JsonString(std::string(stem) + ".xml")
+                           : "\"value\": " + JsonString(value))
            << "}";
     }
     json << "\n  ],\n  \"rows\": " << post.rows << "\n}\n";
@@ -207,19 +203,23 @@ struct HeadOffice::Impl {
       response.set_content(FaultText(code, text), "text/xml; charset=utf-8");
     };
     std::string action = request.get_header_value("SOAPAction");
-    if (action.size() >= 2 && action.front() == '"' && action.back() == '"') action = action.substr(1, action.size() - 2);
+    if (action.size() >= 2 && action.front() == '"' && action.back() == '"')
+      action = action.substr(1, action.size() - 2);
     if (action != SoapAction(options.target_namespace))
-      return fail("soap:Client", "Server did not recognize the value of HTTP Header SOAPAction: " + action + ".");
+      return fail("soap:Client",
+                  "Server did not recognize the value of HTTP Header SOAPAction: " + action + ".");
     pugi::xml_document doc;
-    if (!doc.load_string(request.body.c_str())) return fail("soap:Client", "The request is not an XML document.");
-    pugi::xml_node call = FirstElement(FirstElement(FirstElement(doc, "Envelope"), "Body"));
-    if (!call || LocalName(call.name()) != kOperation || NamespaceOf(call) != options.target_namespace)
+    if (!doc.load_string(request.body.c_str()))
+      return fail("soap:Client", "The request is not an XML document.");
+    pugi::xml_node call = xml::FirstElement(xml::FirstElement(xml::FirstElement(doc, "Envelope"), "Body"));
+    if (!call || xml::NameOf(call).local != kOperation || xml::NameOf(call).ns != options.target_namespace)
       return fail("soap:Client", "The request does not call sendReport in " + options.target_namespace + ".");
 
     HeadOfficePost post;
     post.soap_action = action;
     for (pugi::xml_node arg = call.first_child(); arg; arg = arg.next_sibling())
-      if (arg.type() == pugi::node_element) post.arguments.emplace_back(LocalName(arg.name()), arg.text().get());
+      if (arg.type() == pugi::node_element)
+        post.arguments.emplace_back(xml::LocalName(arg.name()), arg.text().get());
     if (!post.arguments.empty() && !post.arguments.back().second.empty()) {
       pugi::xml_document document;
       if (document.load_string(post.arguments.back().second.c_str()))
@@ -241,14 +241,18 @@ HeadOffice::HeadOffice(HeadOfficeOptions options) : impl_(std::make_unique<Impl>
   impl_->options = std::move(options);
 }
 
-HeadOffice::~HeadOffice() { Stop(); }
+HeadOffice::~HeadOffice() {
+  Stop();
+}
 
 int HeadOffice::Start(const std::string& host, int port) {
   Impl& s = *impl_;
   if (!s.options.out_dir.empty()) {
     std::error_code ec;
     std::filesystem::create_directories(s.options.out_dir, ec);
-    if (ec) throw Error(err::kServiceFailure, "cannot create the folder " + s.options.out_dir + ": " + ec.message());
+    if (ec)
+      throw Error(err::kServiceFailure,
+                  "cannot create the folder " + s.options.out_dir + ": " + ec.message());
   }
   s.server.Get(kWsdlPath, [&s](const httplib::Request& request, httplib::Response& response) {
     if (!request.has_param("WSDL") && !request.has_param("wsdl")) {
@@ -267,7 +271,8 @@ int HeadOffice::Start(const std::string& host, int port) {
   });
   s.host = host;
   s.port = port == 0 ? s.server.bind_to_any_port(host) : (s.server.bind_to_port(host, port) ? port : -1);
-  if (s.port <= 0) throw Error(err::kServiceFailure, "cannot listen on " + host + ":" + std::to_string(port) + ".");
+  if (s.port <= 0)
+    throw Error(err::kServiceFailure, "cannot listen on " + host + ":" + std::to_string(port) + ".");
   s.thread = std::thread([&s] { s.server.listen_after_bind(); });
   // Stop only takes effect on a running server: wait until it is.
   while (!s.server.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));

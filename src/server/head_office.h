@@ -12,9 +12,9 @@
 namespace ent {
 
 struct HeadOfficeOptions {
-  std::string out_dir;                                  // empty: keep posts in memory only
-  std::string answer = "True";                          // the text every sendReport returns
-  std::string fault;                                    // not empty: answer every post with this SOAP Fault
+  std::string out_dir;          // empty: keep posts in memory only
+  std::string answer = "True";  // the text every sendReport returns
+  std::string fault;            // not empty: answer every post with this SOAP Fault
   std::string target_namespace = "http://tempuri.org/";
   std::string service_path = "/EntHost/service.asmx";  // where the WSDL tells clients to post
   std::vector<std::string> parameters = {"GUID", "Passcode", "SessionID", "ClientID", "strErr", "xmlDoc"};

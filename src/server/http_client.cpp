@@ -29,7 +29,8 @@ size_t Collect(char* data, size_t size, size_t count, void* target) {
   return size * count;
 }
 
-EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, std::string& body, char* error_buffer) {
+EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, std::string& body,
+                     char* error_buffer) {
   static CurlGlobal global;  // once per process, before the first handle
   EasyHandle handle(curl_easy_init());
   if (!handle) throw Error(err::kServiceFailure, "The HTTP client cannot be created.");
@@ -71,8 +72,8 @@ HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts) {
   return Perform(handle.get(), url, body, error_buffer);
 }
 
-HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers, const std::string& body,
-                      const HttpTimeouts& timeouts) {
+HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers,
+                      const std::string& body, const HttpTimeouts& timeouts) {
   std::string answer;
   char error_buffer[CURL_ERROR_SIZE] = {};
   EasyHandle handle = NewHandle(url, timeouts, answer, error_buffer);

@@ -23,7 +23,7 @@ struct HttpResponse {
 HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts);
 
 // POST body to url with the given extra header lines ("Name: value"). Failures as for HttpGet.
-HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers, const std::string& body,
-                      const HttpTimeouts& timeouts);
+HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers,
+                      const std::string& body, const HttpTimeouts& timeouts);
 
 }  // namespace ent

@@ -33,8 +33,10 @@ std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, 
                                    const std::string& strErr) {
   if (strErr == "0" || document_) {
     WriteLog("SOAP: SEND NON-ERROR RESPONSE.");
-    if (!document_) throw Error(err::kObjectRequired, "Object required: there is no result document to send.");
-    return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, strErr, DocumentXmlText(*document_)});
+    if (!document_)
+      throw Error(err::kObjectRequired, "Object required: there is no result document to send.");
+    return client.Call("sendReport",
+                       {GUID, Passcode, SessionID, ClientID, strErr, DocumentXmlText(*document_)});
   }
   WriteLog("SOAP: SEND ERR::" + strErr);
   return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, TrimAndCut(strErr), ""});

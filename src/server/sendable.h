@@ -4,9 +4,8 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
-
 #include <pugixml.hpp>
+#include <string>
 
 #include "data/recordset.h"
 
@@ -29,7 +28,8 @@ class ISendable {
   virtual bool OnStart() = 0;
   // Calls sendReport with the six texts and returns the service's answer. Failures go to the caller.
   virtual std::string Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
-                           const std::string& SessionID, const std::string& ClientID, const std::string& strErr) = 0;
+                           const std::string& SessionID, const std::string& ClientID,
+                           const std::string& strErr) = 0;
   virtual std::string sql() const = 0;
   virtual int32_t Count() const = 0;
   virtual void SetConnections() = 0;
@@ -40,7 +40,9 @@ class ISendable {
 class clsGenericReport : public ISendable {
  public:
   const std::shared_ptr<pugi::xml_document>& XMLDocument() const override { return document_; }
-  void SetXMLDocument(std::shared_ptr<pugi::xml_document> document) override { document_ = std::move(document); }
+  void SetXMLDocument(std::shared_ptr<pugi::xml_document> document) override {
+    document_ = std::move(document);
+  }
   const std::shared_ptr<Recordset>& rs() const override { return rowset_; }
   void SetRs(std::shared_ptr<Recordset> rowset) override { rowset_ = std::move(rowset); }
   int16_t SERVICENAME() const override { return -1; }
@@ -49,7 +51,8 @@ class clsGenericReport : public ISendable {
   bool OnSucceed() override { return false; }
   bool OnStart() override { return false; }
   std::string Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
-                   const std::string& SessionID, const std::string& ClientID, const std::string& strErr) override;
+                   const std::string& SessionID, const std::string& ClientID,
+                   const std::string& strErr) override;
   std::string sql() const override { return ""; }
   int32_t Count() const override { return -1; }
   void SetConnections() override {}

@@ -1,13 +1,13 @@
 #include "server/soap_client.h"
 
+#include <pugixml.hpp>
 #include <sstream>
 #include <string_view>
-
-#include <pugixml.hpp>
 
 #include "common/error.h"
 #include "server/http_client.h"
 #include "server/wsdl.h"
+#include "server/xml_names.h"
 
 namespace ent {
 
@@ -41,38 +41,26 @@ std::string RequestText(const SoapOperation& op, const std::vector<std::string>&
   return out.str();
 }
 
-std::string LocalName(pugi::xml_node node) {
-  std::string_view name = node.name();
-  size_t colon = name.find(':');
-  return std::string(colon == std::string_view::npos ? name : name.substr(colon + 1));
-}
-
-pugi::xml_node FirstElement(pugi::xml_node parent, std::string_view local = {}) {
-  for (pugi::xml_node c = parent.first_child(); c; c = c.next_sibling()) {
-    if (c.type() == pugi::node_element && (local.empty() || LocalName(c) == local)) return c;
-  }
-  return {};
-}
-
 // The result text of an answer, or a failure for an HTTP error or a SOAP Fault.
 std::string ReadAnswer(const HttpResponse& response, const SoapOperation& op, const std::string& endpoint) {
   pugi::xml_document doc;
   const bool parsed = static_cast<bool>(doc.load_string(response.body.c_str()));
-  pugi::xml_node body = FirstElement(FirstElement(doc, "Envelope"), "Body");
-  pugi::xml_node answer = FirstElement(body);
-  if (answer && LocalName(answer) == "Fault") {
-    std::string text = FirstElement(answer, "faultstring").text().get();
-    std::string code = FirstElement(answer, "faultcode").text().get();
+  pugi::xml_node body = xml::FirstElement(xml::FirstElement(doc, "Envelope"), "Body");
+  pugi::xml_node answer = xml::FirstElement(body);
+  if (answer && xml::LocalName(answer.name()) == "Fault") {
+    std::string text = xml::FirstElement(answer, "faultstring").text().get();
+    std::string code = xml::FirstElement(answer, "faultcode").text().get();
     throw Error(err::kServiceFailure, "The service answered " + op.name + " with a SOAP fault: " + text +
                                           (code.empty() ? "" : " (" + code + ")"));
   }
   if (response.status != 200)
-    throw Error(err::kServiceFailure,
-                "The service at " + endpoint + " answered " + op.name + " with HTTP status " +
-                    std::to_string(response.status) + ".");
+    throw Error(err::kServiceFailure, "The service at " + endpoint + " answered " + op.name +
+                                          " with HTTP status " + std::to_string(response.status) + ".");
   if (!parsed || !answer)
-    throw Error(err::kServiceFailure, "The service at " + endpoint + " gave no SOAP answer to " + op.name + ".");
-  pugi::xml_node result = op.result_element.empty() ? FirstElement(answer) : FirstElement(answer, op.result_element);
+    throw Error(err::kServiceFailure,
+                "The service at " + endpoint + " gave no SOAP answer to " + op.name + ".");
+  pugi::xml_node result =
+      op.result_element.empty() ? xml::FirstElement(answer) : xml::FirstElement(answer, op.result_element);
   return result.text().get();
 }
 
@@ -85,8 +73,8 @@ void SoapClient::Init(const std::string& wsdl_url) {
   wsdl_.reset();
   HttpResponse response = HttpGet(wsdl_url, TimeoutsOf(options_));
   if (response.status != 200)
-    throw Error(err::kServiceFailure,
-                "The WSDL at " + wsdl_url + " cannot be read: HTTP status " + std::to_string(response.status) + ".");
+    throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " cannot be read: HTTP status " +
+                                          std::to_string(response.status) + ".");
   wsdl_ = std::make_unique<Wsdl>(Wsdl::Parse(response.body, wsdl_url));
 }
 
@@ -94,8 +82,9 @@ std::string SoapClient::Call(const std::string& operation, const std::vector<std
   if (!wsdl_) throw Error(err::kServiceFailure, "The SOAP client was not initialised from a WSDL.");
   SoapOperation op = wsdl_->Operation(operation);
   if (arguments.size() != op.parameters.size())
-    throw Error(err::kServiceFailure, "The operation " + operation + " takes " + std::to_string(op.parameters.size()) +
-                                          " arguments; " + std::to_string(arguments.size()) + " were given.");
+    throw Error(err::kServiceFailure, "The operation " + operation + " takes " +
+                                          std::to_string(op.parameters.size()) + " arguments; " +
+                                          std::to_string(arguments.size()) + " were given.");
   const std::vector<std::string> headers = {"Content-Type: text/xml; charset=utf-8",
                                             "SOAPAction: \"" + op.soap_action + "\""};
   HttpResponse response =

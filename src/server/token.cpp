@@ -57,21 +57,26 @@ std::unique_ptr<DbInUseToken> DbInUseToken::Create(const std::string& directory)
   return std::unique_ptr<DbInUseToken>(new DbInUseToken(fd));
 }
 
-DbInUseToken::~DbInUseToken() { ::close(fd_); }
+DbInUseToken::~DbInUseToken() {
+  ::close(fd_);
+}
 
 int DbInUseToken::GetdbInUse() {
   FileLock lock(fd_, LOCK_SH);
   char text[16] = {};
   ssize_t n = ::pread(fd_, text, sizeof text - 1, 0);
-  if (n < 0) throw Error(err::kCannotCreateObject, std::string("the token cannot be read: ") + std::strerror(errno));
+  if (n < 0)
+    throw Error(err::kCannotCreateObject, std::string("the token cannot be read: ") + std::strerror(errno));
   return std::atoi(text);
 }
 
 void DbInUseToken::SetdbInUse(int state) {
   FileLock lock(fd_, LOCK_EX);
   const std::string text = std::to_string(state) + "\n";
-  if (::ftruncate(fd_, 0) != 0 || ::pwrite(fd_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
-    throw Error(err::kCannotCreateObject, std::string("the token cannot be written: ") + std::strerror(errno));
+  if (::ftruncate(fd_, 0) != 0 ||
+      ::pwrite(fd_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
+    throw Error(err::kCannotCreateObject,
+                std::string("the token cannot be written: ") + std::strerror(errno));
 }
 
 }  // namespace ent

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "common/error.h"
+#include "server/xml_names.h"
 
 namespace ent {
 
@@ -12,31 +13,9 @@ constexpr std::string_view kWsdlNs = "http://schemas.xmlsoap.org/wsdl/";
 constexpr std::string_view kSoap11Ns = "http://schemas.xmlsoap.org/wsdl/soap/";
 constexpr std::string_view kSchemaNs = "http://www.w3.org/2001/XMLSchema";
 
-// pugixml keeps prefixed names as they are written; these helpers resolve prefixes through the
-// xmlns attributes in scope, so that any choice of prefixes reads the same.
-struct QName {
-  std::string ns;
-  std::string local;
-};
-
-std::string NamespaceOfPrefix(pugi::xml_node node, std::string_view prefix) {
-  const std::string attribute = prefix.empty() ? std::string("xmlns") : "xmlns:" + std::string(prefix);
-  for (pugi::xml_node n = node; n; n = n.parent()) {
-    if (pugi::xml_attribute a = n.attribute(attribute.c_str())) return a.value();
-  }
-  return "";
-}
-
-// A prefixed name as written in `node`'s scope: an element's own name or a QName attribute value.
-QName Resolve(pugi::xml_node node, std::string_view written) {
-  size_t colon = written.find(':');
-  if (colon == std::string_view::npos) return {NamespaceOfPrefix(node, ""), std::string(written)};
-  return {NamespaceOfPrefix(node, written.substr(0, colon)), std::string(written.substr(colon + 1))};
-}
-
 bool Is(pugi::xml_node node, std::string_view ns, std::string_view local) {
   if (node.type() != pugi::node_element) return false;
-  QName name = Resolve(node, node.name());
+  xml::QName name = xml::NameOf(node);
   return name.ns == ns && name.local == local;
 }
 
@@ -44,14 +23,10 @@ bool Is(pugi::xml_node node, std::string_view ns, std::string_view local) {
 pugi::xml_node Child(pugi::xml_node parent, std::string_view ns, std::string_view local,
                      std::string_view name_attribute = {}) {
   for (pugi::xml_node c = parent.first_child(); c; c = c.next_sibling()) {
-    if (Is(c, ns, local) && (name_attribute.empty() || name_attribute == c.attribute("name").value())) return c;
+    if (Is(c, ns, local) && (name_attribute.empty() || name_attribute == c.attribute("name").value()))
+      return c;
   }
   return {};
-}
-
-std::string LocalPart(std::string_view qname) {
-  size_t colon = qname.find(':');
-  return std::string(colon == std::string_view::npos ? qname : qname.substr(colon + 1));
 }
 
 }  // namespace
@@ -62,8 +37,9 @@ Wsdl Wsdl::Parse(const std::string& text, const std::string& source) {
   wsdl.doc_ = std::make_shared<pugi::xml_document>();
   pugi::xml_parse_result parsed = wsdl.doc_->load_string(text.c_str());
   if (!parsed)
-    throw Error(err::kServiceFailure, "The WSDL at " + source + " is not an XML document: " + parsed.description() +
-                                          " at offset " + std::to_string(parsed.offset) + ".");
+    throw Error(err::kServiceFailure, "The WSDL at " + source +
+                                          " is not an XML document: " + parsed.description() + " at offset " +
+                                          std::to_string(parsed.offset) + ".");
   pugi::xml_node definitions = wsdl.doc_->document_element();
   if (!Is(definitions, kWsdlNs, "definitions"))
     throw Error(err::kServiceFailure, "The document at " + source + " is not a WSDL service description.");
@@ -75,11 +51,12 @@ Wsdl Wsdl::Parse(const std::string& text, const std::string& source) {
     pugi::xml_node address = Child(port, kSoap11Ns, "address");
     if (!Is(port, kWsdlNs, "port") || !address) continue;
     wsdl.endpoint_ = address.attribute("location").value();
-    wsdl.binding_ = Child(definitions, kWsdlNs, "binding", LocalPart(port.attribute("binding").value()));
+    wsdl.binding_ = Child(definitions, kWsdlNs, "binding", xml::LocalName(port.attribute("binding").value()));
   }
   if (!wsdl.binding_ || wsdl.endpoint_.empty())
     throw Error(err::kServiceFailure, "The WSDL at " + source + " describes no SOAP 1.1 service port.");
-  wsdl.port_type_ = Child(definitions, kWsdlNs, "portType", LocalPart(wsdl.binding_.attribute("type").value()));
+  wsdl.port_type_ =
+      Child(definitions, kWsdlNs, "portType", xml::LocalName(wsdl.binding_.attribute("type").value()));
   return wsdl;
 }
 
@@ -96,16 +73,18 @@ SoapOperation Wsdl::Operation(const std::string& name) const {
 
   pugi::xml_node definitions = doc_->document_element();
   // The schema element that carries a message (document/literal: one part naming an element).
-  auto message_element = [&](const char* direction) -> std::pair<QName, pugi::xml_node> {
+  auto message_element = [&](const char* direction) -> std::pair<xml::QName, pugi::xml_node> {
     pugi::xml_node io = Child(abstract, kWsdlNs, direction);
-    pugi::xml_node message = Child(definitions, kWsdlNs, "message", LocalPart(io.attribute("message").value()));
+    pugi::xml_node message =
+        Child(definitions, kWsdlNs, "message", xml::LocalName(io.attribute("message").value()));
     pugi::xml_node part = Child(message, kWsdlNs, "part");
     pugi::xml_attribute element = part.attribute("element");
     if (!element) throw fail(std::string("has no document/literal ") + direction + " message.");
-    QName qname = Resolve(part, element.value());
+    xml::QName qname = xml::Resolve(part, element.value());
     for (pugi::xml_node types = Child(definitions, kWsdlNs, "types"), schema = types.first_child(); schema;
          schema = schema.next_sibling()) {
-      if (!Is(schema, kSchemaNs, "schema") || qname.ns != schema.attribute("targetNamespace").value()) continue;
+      if (!Is(schema, kSchemaNs, "schema") || qname.ns != schema.attribute("targetNamespace").value())
+        continue;
       if (pugi::xml_node e = Child(schema, kSchemaNs, "element", qname.local)) return {qname, e};
     }
     throw fail("refers to the element " + qname.local + ", which its schema does not declare.");
@@ -114,13 +93,14 @@ SoapOperation Wsdl::Operation(const std::string& name) const {
   auto sequence_of = [&](pugi::xml_node element) {
     pugi::xml_node type = Child(element, kSchemaNs, "complexType");
     if (!type && element.attribute("type")) {
-      QName type_name = Resolve(element, element.attribute("type").value());
+      xml::QName type_name = xml::Resolve(element, element.attribute("type").value());
       type = Child(element.parent(), kSchemaNs, "complexType", type_name.local);
     }
     std::vector<std::string> names;
     for (pugi::xml_node e = Child(type, kSchemaNs, "sequence").first_child(); e; e = e.next_sibling()) {
       if (!Is(e, kSchemaNs, "element")) continue;
-      names.push_back(e.attribute("name") ? e.attribute("name").value() : LocalPart(e.attribute("ref").value()));
+      names.push_back(e.attribute("name") ? e.attribute("name").value()
+                                          : xml::LocalName(e.attribute("ref").value()));
     }
     return names;
   };
@@ -128,8 +108,8 @@ SoapOperation Wsdl::Operation(const std::string& name) const {
   auto [request, request_node] = message_element("input");
   op.request_namespace = request.ns;
   op.request_element = request.local;
-  op.qualified_parameters = std::string_view(request_node.parent().attribute("elementFormDefault").value()) ==
-                            "qualified";
+  op.qualified_parameters =
+      std::string_view(request_node.parent().attribute("elementFormDefault").value()) == "qualified";
   op.parameters = sequence_of(request_node);
   if (Child(abstract, kWsdlNs, "output")) {
     std::vector<std::string> results = sequence_of(message_element("output").second);

@@ -5,10 +5,9 @@
 #pragma once
 
 #include <memory>
+#include <pugixml.hpp>
 #include <string>
 #include <vector>
-
-#include <pugixml.hpp>
 
 namespace ent {
 

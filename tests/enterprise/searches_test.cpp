@@ -18,7 +18,8 @@ TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
             (std::vector<std::string>{"company", "FirstName", "LastName", "HomePhone", "BusPhone", "Cusid"}));
   // Customers whose names and phone parts are all present, up to 100.
   const std::string complete = QueryValue(
-      "select count(*) from customer where company is not null and fname is not null and lname is not null and "
+      "select count(*) from customer where company is not null and fname is not null and lname is not null "
+      "and "
       "ahtel is not null and htel is not null and abtel is not null and btel is not null");
   EXPECT_EQ(all.rows.size(), std::min<size_t>(100, std::stoul(complete)));
 
@@ -66,8 +67,8 @@ TEST(SearchesTest, QuotesInValuesAndSortOrdersThatAreNotColumnLists) {
 TEST(SearchesTest, InventorySearchAndACustomersInvoices) {
   test::ReportRun stock = RunReport("ENTINVSRCH", {"Description", "", "", "", "5", "", "true"});
   ASSERT_EQ(stock.status, "0");
-  EXPECT_EQ(stock.columns, (std::vector<std::string>{"Part_Number", "Description", "Manufacturer", "Category", "QOH",
-                                                     "LastList"}));
+  EXPECT_EQ(stock.columns, (std::vector<std::string>{"Part_Number", "Description", "Manufacturer", "Category",
+                                                     "QOH", "LastList"}));
   EXPECT_EQ(stock.rows.size(), 5u);
   for (size_t i = 1; i < stock.rows.size(); ++i)
     EXPECT_LE(stock.rows[i - 1].at("Description"), stock.rows[i].at("Description"));
@@ -82,8 +83,8 @@ TEST(SearchesTest, InventorySearchAndACustomersInvoices) {
   ASSERT_EQ(invoices.status, "0");
   EXPECT_EQ(invoices.columns, (std::vector<std::string>{"InvDate", "InvoiceNum", "JobDesc", "Total"}));
   EXPECT_EQ(invoices.rows.size(),
-            std::stoul(QueryValue("select count(*) from wo where (invoiceid <> 0 or credid <> 0) and cusid = " +
-                                  customer)));
+            std::stoul(QueryValue(
+                "select count(*) from wo where (invoiceid <> 0 or credid <> 0) and cusid = " + customer)));
   EXPECT_EQ(RunReport("ENTCUSTINVOICES", {"", "987654"}).status, "No records found.");
 }
 

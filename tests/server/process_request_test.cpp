@@ -1,6 +1,4 @@
 // One request from its document to the stand-in head office over loopback HTTP, as the host runs it.
-#include "server/cls_process_request.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -9,6 +7,7 @@
 
 #include "common/error.h"
 #include "common/thread_values.h"
+#include "server/cls_process_request.h"
 #include "server/head_office.h"
 #include "server/token.h"
 #include "support/temp_dir.h"
@@ -26,9 +25,10 @@ std::string Request(const std::string& type, const std::string& name, const std:
 class ProcessRequestTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    db_.Exec("create table customer (cusid int primary key, fname varchar(30), lname varchar(30));"
-             "insert into customer values (1, 'Pat', 'O''Brien');"
-             "insert into customer values (2, 'Lee', null);");
+    db_.Exec(
+        "create table customer (cusid int primary key, fname varchar(30), lname varchar(30));"
+        "insert into customer values (1, 'Pat', 'O''Brien');"
+        "insert into customer values (2, 'Lee', null);");
     std::filesystem::create_directory(dir_.file("log"));
     SetLogDirectory(dir_.file("log"));
     port_ = office_.Start("127.0.0.1", 0);
@@ -105,12 +105,13 @@ TEST_F(ProcessRequestTest, WhatReachesTheHeadOfficeInEachOutcome) {
       {Request("2", "", "select * from customer where cusid = 0"), true, "No records found.", "4711"},
       {Request("2", "", "select * from nosuch"), true, "no such table: nosuch", "4711"},
       {Request("1", "NOSUCHCODE", ""), true, "Prebuilt report not found.", "4711"},
-      {Request("1", "transreq", ""), true, "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.",
-       "4711"},
+      {Request("1", "transreq", ""), true,
+       "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.", "4711"},
       {Request("2", "", "select 1"), false, "Target location requires a database compact.", "99"},
       {Request("2", "", "select 1", "<DateProcessed>1/1/2020</DateProcessed>"), true, "", "99"},
       {Request("2", "", ""), true, "", "99"},
-      {"<report><type>2</type></report>", true, "The request document has no //report/clientid element.", "99"},
+      {"<report><type>2</type></report>", true, "The request document has no //report/clientid element.",
+       "99"},
       {"this is not XML", true, "The request document has no //report/type element.", "99"},
   };
   for (const Case& c : cases) {
@@ -171,7 +172,8 @@ TEST_F(ProcessRequestTest, FailedSendsAreLoggedAndTheRequestStillEnds) {
   HeadOffice faulting(refusing);
   Run(Request("2", "", "select 1 as one"), true, faulting.Start("127.0.0.1", 0));
   log = last_lines();
-  EXPECT_TRUE(contains(log, "SEND SOAP ERR:The service answered sendReport with a SOAP fault: Unknown shop."));
+  EXPECT_TRUE(
+      contains(log, "SEND SOAP ERR:The service answered sendReport with a SOAP fault: Unknown shop."));
   EXPECT_TRUE(contains(log, "Report Sent Failed or Nothing to send"));
   EXPECT_EQ(log.back(), "EXIT MAIN SUB");
 

@@ -77,7 +77,8 @@ TEST(SoapClientTest, FailuresHaveClearDescriptions) {
   office.Start("127.0.0.1", 0);
   SoapClient client({5, 10});
   client.Init(office.WsdlUrl());
-  EXPECT_EQ(Failure(client), "The service answered sendReport with a SOAP fault: Shop is not registered. (soap:Server)");
+  EXPECT_EQ(Failure(client),
+            "The service answered sendReport with a SOAP fault: Shop is not registered. (soap:Server)");
   EXPECT_EQ(Failure(client, {"too", "few"}), "The operation sendReport takes 6 arguments; 2 were given.");
   try {
     client.Call("deleteEverything", kSix);

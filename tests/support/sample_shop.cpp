@@ -57,7 +57,8 @@ ReportRun RunReport(const std::string& code, const std::vector<std::string>& par
     run.columns.push_back(column.node().attribute("name").value());
   for (const pugi::xpath_node& row : doc.select_nodes("//rs:data/z:row")) {
     std::map<std::string, std::string> values;
-    for (pugi::xml_attribute a = row.node().first_attribute(); a; a = a.next_attribute()) values[a.name()] = a.value();
+    for (pugi::xml_attribute a = row.node().first_attribute(); a; a = a.next_attribute())
+      values[a.name()] = a.value();
     run.rows.push_back(std::move(values));
   }
   return run;

@@ -23,36 +23,41 @@ const std::string kYear = "'2024-01-01 00:00:00' and '2024-12-31 00:00:00'";
 TEST(InvoiceRevenueTest, ColumnsSwitchesRowsAndTotalLine) {
   test::ReportRun plain = RunReport("INVSUM01", {"1/1/2024", "12/31/2024"});
   ASSERT_EQ(plain.status, "0");
-  EXPECT_EQ(plain.columns, (std::vector<std::string>{"Repair_Order", "RO_Date", "Parts", "Labor", "Other_Charges",
-                                                     "Levy", "Discounts", "Subtotal", "Tax1", "Tax2", "Tax_Total",
-                                                     "Total"}));
-  const std::string where = " from wo inner join customer on customer.cusid = wo.cusid where wodeleted <> 1 and "
-                            "(invoiceid <> 0 or credid <> 0) and latestdate between " + kYear;
+  EXPECT_EQ(plain.columns,
+            (std::vector<std::string>{"Repair_Order", "RO_Date", "Parts", "Labor", "Other_Charges", "Levy",
+                                      "Discounts", "Subtotal", "Tax1", "Tax2", "Tax_Total", "Total"}));
+  const std::string where =
+      " from wo inner join customer on customer.cusid = wo.cusid where wodeleted <> 1 and "
+      "(invoiceid <> 0 or credid <> 0) and latestdate between " +
+      kYear;
   ASSERT_EQ(plain.rows.size(), std::stoul(QueryValue("select count(*)" + where)) + 1);
   const auto& total = plain.rows.back();
   EXPECT_EQ(total.at("Repair_Order"), "[b]TOTAL");
   EXPECT_NEAR(Amount(total.at("Total")), std::stod(QueryValue("select sum(screentotal)" + where)), 0.005);
   EXPECT_NEAR(Amount(total.at("Parts")),
               std::stod(QueryValue("select sum(screenparts + screentotpartsdisc)" + where)), 0.005);
-  EXPECT_NEAR(Amount(total.at("Tax_Total")), std::stod(QueryValue("select sum(screentx1 + screentx2)" + where)),
-              0.005);
+  EXPECT_NEAR(Amount(total.at("Tax_Total")),
+              std::stod(QueryValue("select sum(screentx1 + screentx2)" + where)), 0.005);
   // Amounts are shown with two decimals and thousands separators; dates as en-US text.
   EXPECT_NE(total.at("Total").find(','), std::string::npos);
   EXPECT_EQ(plain.rows.front().at("RO_Date"), "1/2/2024");
 
   // A work-order summary longer than the 50 characters of a result column abandons the whole copy.
   ASSERT_EQ(QueryValue("select max(length(summary)) > 50 from wo where latestdate between " + kYear), "1");
-  EXPECT_EQ(RunReport("INVSUM01", {"1/1/2024", "12/31/2024", "false", "false", "true"}).status, "No records found.");
+  EXPECT_EQ(RunReport("INVSUM01", {"1/1/2024", "12/31/2024", "false", "false", "true"}).status,
+            "No records found.");
 
-  const std::string short_summaries = "select count(*) from wo where length(summary) > 50 and latestdate between "
-                                      "'2024-01-01' and '2024-11-30 00:00:00'";
+  const std::string short_summaries =
+      "select count(*) from wo where length(summary) > 50 and latestdate between "
+      "'2024-01-01' and '2024-11-30 00:00:00'";
   ASSERT_EQ(QueryValue(short_summaries), "0");
   test::ReportRun all = RunReport("INVSUM01", {"1/1/2024", "11/30/2024", "true", "TRUE", "1"});
   ASSERT_EQ(all.status, "0");
-  EXPECT_EQ(all.columns, (std::vector<std::string>{"Repair_Order", "RO_Date", "Summary", "Parts", "Labor",
-                                                   "Other_Charges", "Levy", "Discounts", "Subtotal", "Tax1", "Tax2",
-                                                   "Tax_Total", "Total", "Company", "First_Name", "Last_Name", "Year",
-                                                   "Make", "Model", "Unit_Number"}));
+  EXPECT_EQ(all.columns,
+            (std::vector<std::string>{"Repair_Order",  "RO_Date",   "Summary",   "Parts",    "Labor",
+                                      "Other_Charges", "Levy",      "Discounts", "Subtotal", "Tax1",
+                                      "Tax2",          "Tax_Total", "Total",     "Company",  "First_Name",
+                                      "Last_Name",     "Year",      "Make",      "Model",    "Unit_Number"}));
   // Work orders without a vehicle stay in (left join).
   EXPECT_EQ(all.rows.size(), RunReport("INVSUM01", {"1/1/2024", "11/30/2024"}).rows.size());
 
@@ -64,17 +69,25 @@ TEST(InvoiceRevenueTest, ColumnsSwitchesRowsAndTotalLine) {
 TEST(InvoiceRevenueTest, PaymentsSpreadOverTheirMethodColumns) {
   test::ReportRun run = RunReport("PAYREC01", {"1/1/2025", "3/31/2025"});
   ASSERT_EQ(run.status, "0");
-  EXPECT_EQ(run.columns, (std::vector<std::string>{"Payment_Date", "Invoice_ID", "WorkOrder_ID", "Cash", "Cheque",
-                                                   "VISA", "Master_Card", "AMEX", "Other_Card", "Debit_Card", "AR"}));
-  const std::string where = " from wopaymentadv inner join wo on wopaymentadv.id = wo.woid where "
-                            "wopaymentadv.trandate >= '2025-01-01 00:00:00' and wopaymentadv.trandate <= "
-                            "'2025-03-31 00:00:00'";
+  EXPECT_EQ(run.columns,
+            (std::vector<std::string>{"Payment_Date", "Invoice_ID", "WorkOrder_ID", "Cash", "Cheque", "VISA",
+                                      "Master_Card", "AMEX", "Other_Card", "Debit_Card", "AR"}));
+  const std::string where =
+      " from wopaymentadv inner join wo on wopaymentadv.id = wo.woid where "
+      "wopaymentadv.trandate >= '2025-01-01 00:00:00' and wopaymentadv.trandate <= "
+      "'2025-03-31 00:00:00'";
   ASSERT_EQ(run.rows.size(), std::stoul(QueryValue("select count(*)" + where)) + 1);
-  const std::vector<std::pair<std::string, std::string>> methods = {
-      {"Cash", "cdCASH"},      {"Cheque", "cdCheque"},        {"VISA", "cdVISA"},           {"Master_Card", "cdMasterCard"},
-      {"AMEX", "cdAmex"},      {"Other_Card", "cdOtherCard"}, {"Debit_Card", "cdDebitCard"}, {"AR", "A/R"}};
+  const std::vector<std::pair<std::string, std::string>> methods = {{"Cash", "cdCASH"},
+                                                                    {"Cheque", "cdCheque"},
+                                                                    {"VISA", "cdVISA"},
+                                                                    {"Master_Card", "cdMasterCard"},
+                                                                    {"AMEX", "cdAmex"},
+                                                                    {"Other_Card", "cdOtherCard"},
+                                                                    {"Debit_Card", "cdDebitCard"},
+                                                                    {"AR", "A/R"}};
   for (const auto& [column, type] : methods) {
-    const std::string sum = QueryValue("select coalesce(sum(payment), 0)" + where + " and type = '" + type + "'");
+    const std::string sum =
+        QueryValue("select coalesce(sum(payment), 0)" + where + " and type = '" + type + "'");
     EXPECT_NEAR(Amount(run.rows.back().at(column)), std::stod(sum), 0.005) << column;
   }
   // Each payment shows its amount in one column and "0.00" in the other seven.
@@ -96,7 +109,8 @@ TEST(InvoiceRevenueTest, AveragesAlwaysCountCreditInvoices) {
   const std::string where =
       " from wo where wodeleted <> 1 and (invoiceid <> 0 or credid <> 0) and latestdate between " + kYear;
   EXPECT_EQ(run.rows[0].at("Invoice_Count"), QueryValue("select count(*)" + where));
-  EXPECT_NEAR(Amount(run.rows[0].at("Avg_Total")), std::stod(QueryValue("select avg(screentotal)" + where)), 0.005);
+  EXPECT_NEAR(Amount(run.rows[0].at("Avg_Total")), std::stod(QueryValue("select avg(screentotal)" + where)),
+              0.005);
 
   // An empty range still gives its one row: a count of 0 and no averages.
   test::ReportRun empty = RunReport("AVGINV01", {"1/1/1990", "12/31/1990"});
