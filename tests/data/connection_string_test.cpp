@@ -32,7 +32,7 @@ TEST(ConnectionString, MalformedStringsAreRejectedWithThePosition) {
       ConnectionString::Parse(bad);
       FAIL() << bad;
     } catch (const ent::Error& e) {
-      EXPECT_NE(e.description().find("starting at index"), std::string::npos) << bad;
+      EXPECT_NE(e.description().find("malformed at index"), std::string::npos) << bad;
     }
   }
 }
