@@ -1,11 +1,10 @@
-#include <signal.h>
-
 #include <iostream>
 
 #include "commands.h"
 #include "common/error.h"
 #include "options.h"
 #include "server/head_office.h"
+#include "serving.h"
 
 namespace ent::cli {
 
@@ -43,40 +42,28 @@ int RunHeadOffice(const Args& args) {
       std::cout << kHelp;
       return 0;
     }
-    const std::string listen = options.Get("--listen");
-    const size_t colon = listen.rfind(':');
-    if (colon == std::string::npos || !options.positional().empty()) {
+    if (!options.Has("--listen") || !options.positional().empty()) {
       std::cerr << kHelp;
       return 2;
     }
-    host = listen.substr(0, colon);
-    size_t used = 0;
-    port = std::stoi(listen.substr(colon + 1), &used);
-    if (used != listen.size() - colon - 1 || port < 0 || port > 65535)
-      throw std::invalid_argument("--listen takes HOST:PORT with a port from 0 to 65535");
+    ParseListen(options.Get("--listen"), host, port);
     settings.out_dir = options.Get("--out");
     settings.answer = options.Get("--answer", settings.answer);
     settings.fault = options.Get("--fault");
     settings.target_namespace = options.Get("--namespace", settings.target_namespace);
     settings.service_path = options.Get("--service-path", settings.service_path);
-    settings.delay_ms = std::stoi(options.Get("--delay-ms", "0"));
+    settings.delay_ms = static_cast<int>(options.GetNumber("--delay-ms", 0, 0));
   } catch (const std::exception& e) {
     std::cerr << "entprcreq headoffice: " << e.what() << "\n";
     return 2;
   }
 
-  // Signals are taken by sigwait below, not by whichever thread happens to run.
-  sigset_t stop_signals;
-  sigemptyset(&stop_signals);
-  sigaddset(&stop_signals, SIGINT);
-  sigaddset(&stop_signals, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &stop_signals, nullptr);
+  BlockStopSignals();
   try {
     HeadOffice office(settings);
     port = office.Start(host, port);
     std::cout << "listening on http://" << host << ":" << port << "/EntHost/service.asmx" << std::endl;
-    int signal_number = 0;
-    sigwait(&stop_signals, &signal_number);
+    WaitForStopSignal();
     office.Stop();
   } catch (const Error& e) {
     std::cerr << "entprcreq headoffice: " << e.description() << "\n";

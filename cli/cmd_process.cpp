@@ -48,24 +48,16 @@ std::string ReadRequest(const std::string& source) {
   return text.str();
 }
 
-long Seconds(const Options& options, const std::string& name, long fallback) {
-  std::string text = options.Get(name);
-  if (text.empty()) return fallback;
-  size_t used = 0;
-  long value = std::stol(text, &used);
-  if (used != text.size() || value <= 0) throw std::invalid_argument(name + " takes a number of seconds");
-  return value;
-}
-
 }  // namespace
 
 int RunProcess(const Args& args) {
   std::unique_ptr<clsProcessRequest> request;
   try {
-    Options options(args,
-                    {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode",
-                     "--client-id", "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout"},
-                    {"--debug", "--db-size", "--help"});
+    Options options(
+        args,
+        {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode", "--client-id",
+         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout"},
+        {"--debug", "--db-size", "--help"});
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
@@ -87,8 +79,8 @@ int RunProcess(const Args& args) {
     if (options.Has("--db-size")) request->set_DBSize(true);
     request->set_TokenDirectory(options.Get("--token-dir"));
     SoapOptions soap;
-    soap.connect_timeout_seconds = Seconds(options, "--connect-timeout", soap.connect_timeout_seconds);
-    soap.total_timeout_seconds = Seconds(options, "--timeout", soap.total_timeout_seconds);
+    soap.connect_timeout_seconds = options.GetNumber("--connect-timeout", soap.connect_timeout_seconds);
+    soap.total_timeout_seconds = options.GetNumber("--timeout", soap.total_timeout_seconds);
     request->set_SoapOptions(soap);
     request->setDomDocument(ReadRequest(options.Get("--request")));
   } catch (const std::exception& e) {

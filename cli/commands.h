@@ -14,5 +14,6 @@ int RunQuery(const Args& args);       // preview the document of a free SQL text
 int RunSampleDb(const Args& args);    // create the embedded sample shop
 int RunHeadOffice(const Args& args);  // stand-in head-office SOAP service
 int RunToken(const Args& args);       // the administrator's side of the database-in-use token
+int RunServe(const Args& args);       // take the host's requests over HTTP
 
 }  // namespace ent::cli

@@ -14,6 +14,7 @@ const char kUsage[] =
     "  sample-db   create a sample shop database (SQLite)\n"
     "  headoffice  run a stand-in head-office web service for demos and tests\n"
     "  token       read or set the database-in-use token (administrators)\n"
+    "  serve       take the host service's requests over HTTP, several at once\n"
     "\n"
     "'entprcreq <command> --help' explains a command's options.\n";
 
@@ -31,6 +32,7 @@ int main(int argc, char** argv) {
   if (command == "sample-db") return ent::cli::RunSampleDb(args);
   if (command == "headoffice") return ent::cli::RunHeadOffice(args);
   if (command == "token") return ent::cli::RunToken(args);
+  if (command == "serve") return ent::cli::RunServe(args);
   if (command == "--help" || command == "-h" || command == "help") {
     std::cout << kUsage;
     return 0;

@@ -39,4 +39,19 @@ std::string Options::Get(const std::string& name, const std::string& fallback) c
   return it == values_.end() ? fallback : it->second;
 }
 
+long Options::GetNumber(const std::string& name, long fallback, long minimum) const {
+  const std::string text = Get(name);
+  if (text.empty()) return fallback;
+  size_t used = 0;
+  long value = 0;
+  try {
+    value = std::stol(text, &used);
+  } catch (const std::exception&) {
+    used = 0;
+  }
+  if (used != text.size() || value < minimum)
+    throw std::invalid_argument(name + " takes a whole number of at least " + std::to_string(minimum));
+  return value;
+}
+
 }  // namespace ent::cli

@@ -17,6 +17,8 @@ class Options {
 
   bool Has(const std::string& name) const { return values_.count(name) || flags_.count(name); }
   std::string Get(const std::string& name, const std::string& fallback = "") const;
+  // A whole number of at least `minimum`; the fallback when absent. Raises std::invalid_argument.
+  long GetNumber(const std::string& name, long fallback, long minimum = 1) const;
   const std::vector<std::string>& positional() const { return positional_; }
 
  private:

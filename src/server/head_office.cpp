@@ -1,7 +1,5 @@
 #include "server/head_office.h"
 
-#include <httplib.h>
-
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +10,7 @@
 #include <thread>
 
 #include "common/error.h"
+#include "server/http_serving.h"
 #include "server/xml_names.h"
 
 namespace ent {
@@ -270,12 +269,7 @@ int HeadOffice::Start(const std::string& host, int port) {
     s.HandlePost(request, response);
   });
   s.host = host;
-  s.port = port == 0 ? s.server.bind_to_any_port(host) : (s.server.bind_to_port(host, port) ? port : -1);
-  if (s.port <= 0)
-    throw Error(err::kServiceFailure, "cannot listen on " + host + ":" + std::to_string(port) + ".");
-  s.thread = std::thread([&s] { s.server.listen_after_bind(); });
-  // Stop only takes effect on a running server: wait until it is.
-  while (!s.server.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  s.port = StartServing(s.server, host, port, s.thread);
   return s.port;
 }
 

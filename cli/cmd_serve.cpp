@@ -1,0 +1,107 @@
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "commands.h"
+#include "common/error.h"
+#include "common/thread_values.h"
+#include "options.h"
+#include "server/host_server.h"
+#include "serving.h"
+
+namespace ent::cli {
+
+namespace {
+
+const char kHelp[] =
+    "usage: entprcreq serve [--listen HOST:PORT] [options]\n"
+    "\n"
+    "Takes report requests from the host service over HTTP, several at once, and runs each one as\n"
+    "'entprcreq process' would. Each call is a POST to /requests with a JSON object of the request's\n"
+    "settings and its document:\n"
+    "  {\"ApplicationPath\": \"Provider=SQLite;Data Source=/srv/shop.db\", \"HostAddress\": \"ho.example\",\n"
+    "   \"HostPort\": \"80\", \"GUID\": \"...\", \"Passcode\": \"...\", \"ClientID\": \"7\", \"SessionID\": "
+    "\"S1\",\n"
+    "   \"bDebug\": false, \"DBSize\": true, \"SizeErr\": \"\", \"XMLPath\": \"\", \"Request\": "
+    "\"<report>...</report>\"}\n"
+    "The answer, once the result has been posted to the head office, is {\"KillFlag\": true}; when the\n"
+    "database-in-use token cannot be used it is HTTP 500 with the reason. GET /health shows the load.\n"
+    "SIGTERM or Ctrl-C stops taking requests; those in progress finish and post first.\n"
+    "\n"
+    "  --listen HOST:PORT    where to listen (default 127.0.0.1:8420; port 0 picks a free port)\n"
+    "  --workers N           requests that run at once (default 4)\n"
+    "  --queue N             requests that may wait for a worker (default 16); more are refused\n"
+    "                        with HTTP 503 and Retry-After\n"
+    "  --token-dir DIR       where the database-in-use token is kept (as for 'process')\n"
+    "  --log-dir DIR         where log files go (as for 'process')\n"
+    "  --connect-timeout S   seconds to wait for the head office to accept a connection (default 10)\n"
+    "  --timeout S           seconds one exchange with the head office may take (default 60)\n"
+    "  --allow-remote        allow listening on an address other than loopback; needs a secret\n"
+    "  --secret-file FILE    a shared secret (the file's first line) that every call must send as\n"
+    "                        'Authorization: Bearer <secret>'; $ENTPRCREQ_SECRET works too\n";
+
+std::string ReadSecret(const std::string& file) {
+  if (file.empty()) {
+    const char* from_environment = std::getenv("ENTPRCREQ_SECRET");
+    return from_environment ? from_environment : "";
+  }
+  std::ifstream in(file);
+  if (!in) throw std::invalid_argument("cannot read the secret file " + file);
+  std::string line;
+  std::getline(in, line);
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  if (line.empty()) throw std::invalid_argument("the secret file " + file + " is empty");
+  return line;
+}
+
+}  // namespace
+
+int RunServe(const Args& args) {
+  HostServerOptions settings;
+  std::string host;
+  int port = 0;
+  try {
+    Options options(args,
+                    {"--listen", "--workers", "--queue", "--token-dir", "--log-dir", "--connect-timeout",
+                     "--timeout", "--secret-file"},
+                    {"--allow-remote", "--help"});
+    if (options.Has("--help")) {
+      std::cout << kHelp;
+      return 0;
+    }
+    if (!options.positional().empty()) {
+      std::cerr << kHelp;
+      return 2;
+    }
+    ParseListen(options.Get("--listen", "127.0.0.1:8420"), host, port);
+    settings.workers = static_cast<int>(options.GetNumber("--workers", settings.workers));
+    settings.queue = static_cast<int>(options.GetNumber("--queue", settings.queue, 0));
+    settings.token_dir = options.Get("--token-dir");
+    settings.soap.connect_timeout_seconds =
+        options.GetNumber("--connect-timeout", settings.soap.connect_timeout_seconds);
+    settings.soap.total_timeout_seconds = options.GetNumber("--timeout", settings.soap.total_timeout_seconds);
+    settings.allow_remote = options.Has("--allow-remote");
+    settings.secret = ReadSecret(options.Get("--secret-file"));
+    if (options.Has("--log-dir")) SetLogDirectory(options.Get("--log-dir"));
+  } catch (const std::exception& e) {
+    std::cerr << "entprcreq serve: " << e.what() << "\n";
+    return 2;
+  }
+
+  BlockStopSignals();
+  try {
+    HostServer server(settings);
+    port = server.Start(host, port);
+    std::cout << "serving on http://" << host << ":" << port << "/requests" << std::endl;
+    WaitForStopSignal();
+    std::cout << "stopping: requests in progress finish first" << std::endl;
+    server.Stop();
+  } catch (const Error& e) {
+    std::cerr << "entprcreq serve: " << e.description() << "\n";
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace ent::cli

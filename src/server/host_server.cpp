@@ -1,0 +1,171 @@
+#include "server/host_server.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <nlohmann/json.hpp>
+
+#include "common/error.h"
+#include "server/cls_process_request.h"
+#include "server/host_call.h"
+#include "server/http_serving.h"
+
+namespace ent {
+
+namespace {
+
+const char kJson[] = "application/json";
+
+bool IsLoopback(const std::string& host) {
+  return host == "localhost" || host == "::1" || host.rfind("127.", 0) == 0;
+}
+
+// Equal texts, compared in a time that does not depend on where they differ.
+bool SameSecret(const std::string& given, const std::string& secret) {
+  if (secret.empty() || given.size() != secret.size()) return false;
+  unsigned char difference = 0;
+  for (size_t i = 0; i < given.size(); ++i) difference |= static_cast<unsigned char>(given[i] ^ secret[i]);
+  return difference == 0;
+}
+
+void Answer(httplib::Response& response, int status, const nlohmann::json& body) {
+  response.status = status;
+  response.set_content(body.dump() + "\n", kJson);
+}
+
+// Up to `workers` calls run; up to `queue` more wait for one of them; the rest are turned away.
+class Admission {
+ public:
+  Admission(int workers, int queue) : workers_(workers), queue_(queue) {}
+
+  bool Enter() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (running_ >= workers_) {
+      if (waiting_ >= queue_) return false;
+      ++waiting_;
+      free_.wait(lock, [&] { return running_ < workers_; });
+      --waiting_;
+    }
+    ++running_;
+    return true;
+  }
+  void Leave() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    --running_;
+    free_.notify_one();
+  }
+  nlohmann::json Load() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return {{"workers", workers_}, {"running", running_}, {"waiting", waiting_}, {"queue", queue_}};
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable free_;
+  const int workers_;
+  const int queue_;
+  int running_ = 0;
+  int waiting_ = 0;
+};
+
+class Slot {
+ public:
+  explicit Slot(Admission& admission) : admission_(admission), held_(admission.Enter()) {}
+  ~Slot() {
+    if (held_) admission_.Leave();
+  }
+  Slot(const Slot&) = delete;
+  Slot& operator=(const Slot&) = delete;
+  bool held() const { return held_; }
+
+ private:
+  Admission& admission_;
+  bool held_;
+};
+
+}  // namespace
+
+struct HostServer::Impl {
+  explicit Impl(HostServerOptions o) : options(std::move(o)), admission(options.workers, options.queue) {}
+
+  bool Authorised(const httplib::Request& request, httplib::Response& response) const {
+    if (options.secret.empty()) return true;
+    const std::string header = request.get_header_value("Authorization");
+    const std::string prefix = "Bearer ";
+    if (header.rfind(prefix, 0) == 0 && SameSecret(header.substr(prefix.size()), options.secret)) return true;
+    Answer(response, 401, {{"error", "this server needs the shared secret: Authorization: Bearer <secret>"}});
+    return false;
+  }
+
+  void Run(const httplib::Request& http, httplib::Response& response) {
+    if (!Authorised(http, response)) return;
+    HostCall call;
+    try {
+      call = ParseHostCall(http.body);
+    } catch (const std::invalid_argument& e) {
+      return Answer(response, 400, {{"error", e.what()}});
+    }
+    Slot slot(admission);
+    if (!slot.held()) {
+      response.set_header("Retry-After", "5");
+      return Answer(response, 503,
+                    {{"error", "all workers are busy and the queue is full; try again later"}});
+    }
+    clsProcessRequest request;
+    ApplyHostCall(call, request);
+    request.set_TokenDirectory(options.token_dir);
+    request.set_SoapOptions(options.soap);
+    try {
+      request.prepareDBReport();
+    } catch (const Error& e) {
+      return Answer(response, 500, {{"error", e.description()}, {"KillFlag", request.KillFlag}});
+    }
+    Answer(response, 200, {{"KillFlag", request.KillFlag}});
+  }
+
+  HostServerOptions options;
+  Admission admission;
+  httplib::Server server;
+  std::thread thread;
+};
+
+HostServer::HostServer(HostServerOptions options) : impl_(std::make_unique<Impl>(std::move(options))) {}
+
+HostServer::~HostServer() {
+  Stop();
+}
+
+int HostServer::Start(const std::string& host, int port) {
+  Impl& s = *impl_;
+  if (!IsLoopback(host) && (!s.options.allow_remote || s.options.secret.empty()))
+    throw Error(err::kServiceFailure, "listening on " + host +
+                                          " would open the server beyond this machine: that needs the remote "
+                                          "switch and a shared secret");
+  if (s.options.workers < 1 || s.options.queue < 0)
+    throw Error(err::kServiceFailure, "the server needs at least one worker and a queue of zero or more");
+  // Threads for the workers, the calls waiting for them and a few more that answer /health and 503.
+  const size_t threads = static_cast<size_t>(s.options.workers + s.options.queue + 4);
+  s.server.new_task_queue = [threads] { return new httplib::ThreadPool(threads); };
+  s.server.set_payload_max_length(64u << 20);
+  s.server.Post("/requests", [&s](const httplib::Request& request, httplib::Response& response) {
+    s.Run(request, response);
+  });
+  s.server.Get("/health", [&s](const httplib::Request& request, httplib::Response& response) {
+    if (!s.Authorised(request, response)) return;
+    nlohmann::json load = s.admission.Load();
+    load["status"] = "running";
+    Answer(response, 200, load);
+  });
+  const int bound = StartServing(s.server, host, port, s.thread);
+  return bound;
+}
+
+void HostServer::Stop() {
+  impl_->server.stop();
+  Wait();
+}
+
+void HostServer::Wait() {
+  if (impl_->thread.joinable()) impl_->thread.join();
+}
+
+}  // namespace ent
