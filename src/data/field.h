@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace ent {
 
@@ -32,8 +33,8 @@ struct Field {
   int64_t defined_size = 50;  // characters for text; bytes for fixed-size types
   int precision = 0;
   int scale = 0;
-  bool may_be_null = true;     // the column can hold null
-  bool appended = false;       // appended to a free-standing rowset (no source)
+  bool may_be_null = true;  // the column can hold null
+  bool appended = false;    // appended to a free-standing rowset (no source)
   // Where a query column comes from; empty for computed columns and appended fields.
   std::string base_catalog;
   std::string base_table;
@@ -47,5 +48,9 @@ bool IsTextType(DataType type);
 
 // A field appended to a free-standing rowset: fixed-length text of `size` characters by default.
 Field AppendedField(std::string name, DataType type = DataType::kChar, int64_t size = 50);
+
+// The field of a column of a SQL Server type given by name ("money", "varchar", "decimal"), with the
+// declared length or precision (0 when none was given) and scale. Unknown names give nvarchar(4000).
+Field FieldOfSqlServerType(std::string_view name, int64_t size_or_precision = 0, int scale = 0);
 
 }  // namespace ent

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "common/error.h"
+#include "data/column_values.h"
 #include "data/sql_format_function.h"
 #include "data/tsql_adapter.h"
 
@@ -32,143 +33,26 @@ using StmtHandle = std::unique_ptr<sqlite3_stmt, StmtFinalizer>;
   if (message.rfind("no such table", 0) == 0)
     number = err::kTableNotFound;
   else if (message.find("syntax error") != std::string::npos || message.rfind("no such column", 0) == 0 ||
-           message.rfind("no such function", 0) == 0 || message.find("wrong number of arguments") != std::string::npos)
+           message.rfind("no such function", 0) == 0 ||
+           message.find("wrong number of arguments") != std::string::npos)
     number = err::kSyntaxError;
   throw Error(number, message, "sqlite");
-}
-
-// The field a declared SQL Server type describes.
-Field FieldFromDeclaredType(const tsql::DeclaredType& t) {
-  Field f;
-  const std::string& n = t.name;
-  auto set = [&](DataType type, int64_t size, int precision = 0) {
-    f.type = type;
-    f.defined_size = size;
-    f.precision = precision;
-  };
-  if (n == "int" || n == "integer") set(DataType::kInteger, 4, 10);
-  else if (n == "bigint") set(DataType::kBigInt, 8, 19);
-  else if (n == "smallint") set(DataType::kSmallInt, 2, 5);
-  else if (n == "tinyint") set(DataType::kTinyInt, 1, 3);
-  else if (n == "bit") set(DataType::kBoolean, 2);
-  else if (n == "money") set(DataType::kCurrency, 8, 19);
-  else if (n == "smallmoney") set(DataType::kCurrency, 8, 10);
-  else if (n == "float" || n == "double") set(DataType::kDouble, 8, 15);
-  else if (n == "real") set(DataType::kSingle, 4, 7);
-  else if (n == "decimal" || n == "numeric") {
-    set(DataType::kNumeric, 19, t.size_or_precision > 0 ? t.size_or_precision : 18);
-    f.scale = t.scale;
-  } else if (n == "datetime" || n == "smalldatetime" || n == "date" || n == "datetime2") {
-    set(DataType::kDateTime, 16, 23);
-    f.scale = 3;
-  } else if (n == "char") set(DataType::kChar, t.size_or_precision > 0 ? t.size_or_precision : 1);
-  else if (n == "nchar") set(DataType::kWChar, t.size_or_precision > 0 ? t.size_or_precision : 1);
-  else if (n == "varchar") set(DataType::kVarChar, t.size_or_precision > 0 ? t.size_or_precision : 8000);
-  else if (n == "nvarchar") set(DataType::kVarWChar, t.size_or_precision > 0 ? t.size_or_precision : 4000);
-  else if (n == "text") set(DataType::kLongVarChar, 2147483647);
-  else if (n == "ntext") set(DataType::kLongVarWChar, 1073741823);
-  else if (n == "uniqueidentifier") set(DataType::kGuid, 16);
-  else set(DataType::kVarWChar, 4000);
-  return f;
-}
-
-// A computed column has no declared type: its values decide. Whole numbers give int (bigint beyond
-// its range); fractions give money when every value has at most four decimals (sums and differences of
-// amounts), float otherwise; text gives nvarchar.
-Field FieldFromValues(const std::vector<std::vector<Variant>>& rows, size_t column) {
-  bool any_real = false, any_text = false, big = false, all_money_like = true;
-  for (const auto& row : rows) {
-    const Variant& v = row[column];
-    switch (v.kind()) {
-      case Variant::Kind::kLongLong:
-        if (v.whole() > std::numeric_limits<int32_t>::max() || v.whole() < std::numeric_limits<int32_t>::min())
-          big = true;
-        break;
-      case Variant::Kind::kDouble: {
-        any_real = true;
-        double scaled = v.floating() * 10000;
-        if (std::fabs(scaled) > 9e14 || std::fabs(scaled - std::nearbyint(scaled)) > 1e-6 * std::max(1.0, std::fabs(scaled)))
-          all_money_like = false;
-        break;
-      }
-      case Variant::Kind::kString:
-        any_text = true;
-        break;
-      default:
-        break;
-    }
-  }
-  tsql::DeclaredType t;
-  if (any_text) t.name = "nvarchar";
-  else if (any_real) t.name = all_money_like ? "money" : "float";
-  else t.name = big ? "bigint" : "int";
-  return FieldFromDeclaredType(t);
 }
 
 // The raw SQLite value of a column.
 Variant RawValue(sqlite3_stmt* stmt, int col) {
   switch (sqlite3_column_type(stmt, col)) {
-    case SQLITE_NULL: return Variant::Null();
-    case SQLITE_INTEGER: return Variant::LongLong(sqlite3_column_int64(stmt, col));
-    case SQLITE_FLOAT: return Variant(sqlite3_column_double(stmt, col));
+    case SQLITE_NULL:
+      return Variant::Null();
+    case SQLITE_INTEGER:
+      return Variant::LongLong(sqlite3_column_int64(stmt, col));
+    case SQLITE_FLOAT:
+      return Variant(sqlite3_column_double(stmt, col));
     default: {
       const unsigned char* text = sqlite3_column_text(stmt, col);
-      return Variant(std::string(reinterpret_cast<const char*>(text), static_cast<size_t>(sqlite3_column_bytes(stmt, col))));
+      return Variant(std::string(reinterpret_cast<const char*>(text),
+                                 static_cast<size_t>(sqlite3_column_bytes(stmt, col))));
     }
-  }
-}
-
-// The raw value as the field's type; a value SQLite holds in another form than the type stays as it is.
-Variant Typed(const Field& f, Variant raw) {
-  using K = Variant::Kind;
-  if (raw.IsNull()) return raw;
-  const bool whole = raw.kind() == K::kLongLong, real = raw.kind() == K::kDouble;
-  switch (f.type) {
-    case DataType::kInteger:
-      if (whole && raw.whole() >= std::numeric_limits<int32_t>::min() && raw.whole() <= std::numeric_limits<int32_t>::max())
-        return Variant::Long(static_cast<int32_t>(raw.whole()));
-      if (real && std::nearbyint(raw.floating()) == raw.floating() && std::fabs(raw.floating()) < 2147483648.0)
-        return Variant::Long(static_cast<int32_t>(raw.floating()));
-      return raw;
-    case DataType::kSmallInt:
-      if (whole) return Variant::Integer(static_cast<int16_t>(raw.whole()));
-      return raw;
-    case DataType::kTinyInt:
-      if (whole) return Variant::Byte(static_cast<uint8_t>(raw.whole()));
-      return raw;
-    case DataType::kBigInt:
-      return raw;
-    case DataType::kBoolean:
-      if (whole || real) return Variant(raw.ToDouble() != 0);
-      return raw;
-    case DataType::kCurrency:
-      if (whole || real) return Variant(raw.ToCurrency());
-      return raw;
-    case DataType::kDouble:
-      if (whole) return Variant(static_cast<double>(raw.whole()));
-      return raw;
-    case DataType::kSingle:
-      if (whole || real) return Variant::Single(static_cast<float>(raw.ToDouble()));
-      return raw;
-    case DataType::kNumeric:
-      if (whole || real) {
-        Currency c = raw.ToCurrency();  // the shop's decimals have at most four places
-        std::string text = c.ToString();
-        size_t point = text.find('.');
-        int have = point == std::string::npos ? 0 : static_cast<int>(text.size() - point - 1);
-        if (f.scale > 0 && point == std::string::npos) text += '.';
-        for (int i = have; i < f.scale; ++i) text += '0';
-        return Variant::FromDecimal(Decimal{text, f.scale});
-      }
-      return raw;
-    case DataType::kDateTime:
-      if (raw.IsString()) {
-        if (auto d = DateTime::Parse(raw.text())) return Variant(*d);
-      }
-      return raw;
-    default:  // text types
-      if (raw.IsString()) return raw;
-      return Variant(raw.ToText());
   }
 }
 
@@ -239,16 +123,30 @@ class SqliteConnection : public Connection {
   static void Bind(sqlite3_stmt* stmt, int index, const Variant& v) {
     using K = Variant::Kind;
     switch (v.kind()) {
-      case K::kEmpty: case K::kNull: sqlite3_bind_null(stmt, index); break;
-      case K::kBoolean: sqlite3_bind_int(stmt, index, v.boolean() ? 1 : 0); break;
-      case K::kByte: case K::kInteger: case K::kLong: case K::kLongLong: sqlite3_bind_int64(stmt, index, v.whole()); break;
+      case K::kEmpty:
+      case K::kNull:
+        sqlite3_bind_null(stmt, index);
+        break;
+      case K::kBoolean:
+        sqlite3_bind_int(stmt, index, v.boolean() ? 1 : 0);
+        break;
+      case K::kByte:
+      case K::kInteger:
+      case K::kLong:
+      case K::kLongLong:
+        sqlite3_bind_int64(stmt, index, v.whole());
+        break;
       case K::kDate: {
         std::string text = v.date().StoredText();
         sqlite3_bind_text(stmt, index, text.c_str(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
         break;
       }
-      case K::kString: sqlite3_bind_text(stmt, index, v.text().c_str(), static_cast<int>(v.text().size()), SQLITE_TRANSIENT); break;
-      default: sqlite3_bind_double(stmt, index, v.ToDouble()); break;
+      case K::kString:
+        sqlite3_bind_text(stmt, index, v.text().c_str(), static_cast<int>(v.text().size()), SQLITE_TRANSIENT);
+        break;
+      default:
+        sqlite3_bind_double(stmt, index, v.ToDouble());
+        break;
     }
   }
 
@@ -260,7 +158,8 @@ class SqliteConnection : public Connection {
       Field f;
       const char* decl = sqlite3_column_decltype(stmt, c);
       if (decl) {
-        f = FieldFromDeclaredType(tsql::ParseDeclaredType(decl));
+        const tsql::DeclaredType t = tsql::ParseDeclaredType(decl);
+        f = FieldOfSqlServerType(t.name, t.size_or_precision, t.scale);
         declared[static_cast<size_t>(c)] = true;
       }
       f.name = sqlite3_column_name(stmt, c);
@@ -278,11 +177,11 @@ class SqliteConnection : public Connection {
     for (size_t c = 0; c < result.fields.size(); ++c) {
       Field& f = result.fields[c];
       if (!declared[c]) {
-        Field typed = FieldFromValues(result.rows, c);
+        Field typed = FieldFromRawValues(result.rows, c);
         typed.name = std::move(f.name);
         f = std::move(typed);
       }
-      for (auto& row : result.rows) row[c] = Typed(f, std::move(row[c]));
+      for (auto& row : result.rows) row[c] = TypedValue(f, std::move(row[c]));
     }
     return result;
   }
@@ -312,7 +211,9 @@ class SqliteConnection : public Connection {
 }  // namespace
 
 std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path) {
-  if (path.empty()) throw Error(err::kDatabaseError, "The connection string names no Data Source (the shop database file).", "sqlite");
+  if (path.empty())
+    throw Error(err::kDatabaseError, "The connection string names no Data Source (the shop database file).",
+                "sqlite");
   sqlite3* raw = nullptr;
   int rc = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   DbHandle db(raw);

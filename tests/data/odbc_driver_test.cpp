@@ -1,0 +1,147 @@
+// The ODBC driver through unixODBC, with the SQLite ODBC driver standing in for SQL Server: the same
+// requests give the same documents as through the native SQLite driver.
+#include "data/odbc_driver.h"
+
+#include <gtest/gtest.h>
+
+#include "common/error.h"
+#include "common/thread_values.h"
+#include "report/cls_prebuilt_report.h"
+#include "report/result_document.h"
+#include "server/sendable.h"
+#include "support/sample_shop.h"
+#include "support/test_db.h"
+
+namespace ent {
+namespace {
+
+std::string OdbcFor(const std::string& path) {
+  return "Driver=SQLite3;Database=" + path + ";LoadExt=" + ENTPRCREQ_SQLITE_EXTENSION;
+}
+
+OdbcTarget TargetOf(const std::string& text) {
+  std::optional<OdbcTarget> target = OdbcTargetOf(ConnectionString::Parse(text));
+  EXPECT_TRUE(target.has_value()) << text;
+  return target.value_or(OdbcTarget{});
+}
+
+// The status and the document text a job posts on the given shop connection.
+std::pair<std::string, std::string> Posted(const std::string& connection, const std::string& code,
+                                           const std::vector<std::string>& params,
+                                           const std::string& sql = "") {
+  SetShopConnectionString(connection);
+  clsPrebuiltReport job;
+  job.CustomReport = !sql.empty();
+  job.sqlString = sql;
+  job.reportName = code;
+  for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
+  auto result = job.generateDOC();
+  return {job.StatusStr, result && result->XMLDocument() ? DocumentXmlText(*result->XMLDocument()) : ""};
+}
+
+TEST(OdbcConnectionStringTest, SqlServerProvidersMapToFreeTds) {
+  EXPECT_EQ(TargetOf("Provider=SQLOLEDB.1;Data Source=SHOP01\\SQLEXPRESS;Initial Catalog=Ent;User ID=sa;"
+                     "Password='p;w}d';Persist Security Info=False")
+                .connection_string,
+            "Driver=FreeTDS;Server=SHOP01\\SQLEXPRESS;Database=Ent;UID=sa;PWD={p;w}}d};TDS_Version=7.4;"
+            "ClientCharset=UTF-8");
+  OdbcTarget with_port =
+      TargetOf("provider=msoledbsql;server=10.0.0.5,1433;database=Ent;uid=u;pwd=p;Connect Timeout=3");
+  EXPECT_EQ(with_port.connection_string,
+            "Driver=FreeTDS;Server=10.0.0.5;Port=1433;Database=Ent;UID=u;PWD=p;TDS_Version=7.4;ClientCharset="
+            "UTF-8");
+  EXPECT_EQ(with_port.login_timeout_seconds, 3);
+  EXPECT_EQ(TargetOf("Data Source=(local);User ID=u").connection_string.substr(0, 32),
+            "Driver=FreeTDS;Server=127.0.0.1;");
+  EXPECT_EQ(TargetOf("Provider=SQLNCLI11;Data Source=.").login_timeout_seconds, 15);
+  // ODBC strings pass as they are, without the provider.
+  EXPECT_EQ(TargetOf("Provider=MSDASQL;DSN=shop;UID=u").connection_string, "DSN=shop;UID=u");
+  EXPECT_EQ(TargetOf("Driver={SQLite3};Database=/srv/shop.db").connection_string,
+            "Driver={SQLite3};Database=/srv/shop.db");
+  EXPECT_FALSE(OdbcTargetOf(ConnectionString::Parse("Provider=SQLite;Data Source=shop.db")));
+
+  for (const char* bad :
+       {"Provider=sqloledb;Data Source=s;Integrated Security=SSPI", "Provider=sqloledb;User ID=u",
+        "Provider=sqloledb;Data Source=s;Connect Timeout=soon"}) {
+    try {
+      OdbcTargetOf(ConnectionString::Parse(bad));
+      ADD_FAILURE() << bad;
+    } catch (const Error& e) {
+      EXPECT_FALSE(e.description().empty());
+    }
+  }
+}
+
+TEST(OdbcDriverTest, ReportsGiveTheSameDocumentsThroughBothDrivers) {
+  const std::string native = "Provider=SQLite;Data Source=" + test::SmallSampleShop();
+  const std::string odbc = OdbcFor(test::SmallSampleShop());
+  struct Request {
+    std::string code;
+    std::vector<std::string> params;
+    std::string sql;
+  };
+  const std::vector<Request> requests = {
+      {"",
+       {},
+       "select top 20 woid, cusid, latestdate, screentotal, wodeleted, summary from wo order by woid"},
+      {"", {}, "select top 10 * from customer order by cusid"},
+      {"", {}, "select count(*) as n, sum(screentotal) as total from wo where invoiceid <> 0"},
+      {"INVSUM01", {"1/1/2024", "6/30/2024", "true", "true", "false"}, ""},
+      {"PAYREC01", {"1/1/2025", "3/31/2025"}, ""},
+      {"AVGINV01", {"1/1/2023", "12/31/2025"}, ""},
+      {"ENTCUSTSRCH", {"", "", "", "", "30"}, ""},
+      {"ENTINVSRCH", {"Description", "", "", "", "30"}, ""},
+      {"", {}, "select * from nosuch"},
+  };
+  for (const Request& r : requests) {
+    auto expected = Posted(native, r.code, r.params, r.sql);
+    auto actual = Posted(odbc, r.code, r.params, r.sql);
+    EXPECT_EQ(actual.second, expected.second) << r.code << r.sql;
+    if (!expected.second.empty()) {
+      EXPECT_EQ(actual.first, expected.first) << r.code << r.sql;
+    }
+  }
+}
+
+TEST(OdbcDriverTest, EditableRowsetsInsertAndTypesRoundTrip) {
+  test::TestDb db;
+  db.Exec(
+      "create table t (id int primary key, amt money, d datetime, b bit, f float, v varchar(20), n text)");
+  auto connection = OpenConnection(OdbcFor(db.path()));
+  connection->InsertRow("t", {"id", "amt", "d", "b", "f", "v", "n"},
+                        {Variant::Long(1), Variant(Currency::FromDecimalText("12.3456")),
+                         Variant(DateTime::FromParts(2024, 3, 5, 14, 30, 0)), Variant(true), Variant(0.1),
+                         Variant("O'Brien"), Variant::Null()});
+  QueryResult result = connection->Query("select * from t");
+  ASSERT_EQ(result.rows.size(), 1u);
+  const auto& row = result.rows[0];
+  EXPECT_EQ(row[0].kind(), Variant::Kind::kLong);
+  EXPECT_EQ(row[1].currency().raw(), 123456);
+  EXPECT_EQ(row[2].date().IsoText(), "2024-03-05T14:30:00");
+  EXPECT_TRUE(row[3].boolean());
+  EXPECT_EQ(row[4].floating(), 0.1);
+  EXPECT_EQ(row[5].text(), "O'Brien");
+  EXPECT_TRUE(row[6].IsNull());
+  EXPECT_TRUE(result.fields[0].key_column);
+  EXPECT_EQ(result.fields[1].type, DataType::kCurrency);
+  EXPECT_EQ(result.fields[6].type, DataType::kLongVarChar);
+
+  try {
+    connection->Query("select * from nosuch");
+    ADD_FAILURE();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), err::kTableNotFound);
+  }
+}
+
+TEST(OdbcDriverTest, AnUnreachableSqlServerFailsWithAClearStatus) {
+  auto posted = Posted(
+      "Provider=sqloledb;Data Source=127.0.0.1,1;Initial Catalog=Ent;User ID=u;Password=p;"
+      "Connect Timeout=2",
+      "INVSUM01", {"1/1/2024", "12/31/2024"});
+  EXPECT_EQ(posted.first.rfind("Cannot connect to the shop database: ", 0), 0u) << posted.first;
+  EXPECT_EQ(posted.second, "");
+}
+
+}  // namespace
+}  // namespace ent
