@@ -13,6 +13,7 @@
 
 #include "common/error.h"
 #include "data/column_values.h"
+#include "data/sql_text.h"
 #include "data/tsql_adapter.h"
 
 namespace ent {
@@ -171,14 +172,7 @@ class OdbcConnection : public Connection {
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
-    std::string sql = "INSERT INTO [" + table + "] (";
-    std::string marks;
-    for (size_t i = 0; i < columns.size(); ++i) {
-      sql += (i ? ", [" : "[") + columns[i] + "]";
-      marks += i ? ", ?" : "?";
-    }
-    sql += ") VALUES (" + marks + ")";
-    if (columns.empty()) sql = "INSERT INTO [" + table + "] DEFAULT VALUES";
+    std::string sql = InsertStatement(table, columns);
     Handle stmt(SQL_HANDLE_STMT, dbc()->get());
     // Every value goes as text; the database converts it to the column's type.
     std::vector<std::string> texts(values.size());

@@ -76,4 +76,15 @@ std::optional<std::string> CheckSortOrder(std::string_view order_by) {
   }
 }
 
+std::string InsertStatement(const std::string& table, const std::vector<std::string>& columns) {
+  if (columns.empty()) return "INSERT INTO [" + table + "] DEFAULT VALUES";
+  std::string sql = "INSERT INTO [" + table + "] (";
+  std::string marks;
+  for (size_t i = 0; i < columns.size(); ++i) {
+    sql += (i ? ", [" : "[") + columns[i] + "]";
+    marks += i ? ", ?" : "?";
+  }
+  return sql + ") VALUES (" + marks + ")";
+}
+
 }  // namespace ent

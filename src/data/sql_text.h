@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ent {
 
@@ -15,5 +16,9 @@ std::string SqlQuote(std::string_view value);
 // separated by commas, each optionally followed by ASC or DESC. Returns the failure text for
 // anything else, nothing when the order is acceptable.
 std::optional<std::string> CheckSortOrder(std::string_view order_by);
+
+// "INSERT INTO [table] ([a], [b]) VALUES (?, ?)": one row with a parameter per column (DEFAULT
+// VALUES for no columns).
+std::string InsertStatement(const std::string& table, const std::vector<std::string>& columns);
 
 }  // namespace ent

@@ -8,6 +8,7 @@
 
 #include "common/error.h"
 #include "data/column_values.h"
+#include "data/sql_text.h"
 #include "data/sql_format_function.h"
 #include "data/tsql_adapter.h"
 
@@ -92,14 +93,7 @@ class SqliteConnection : public Connection {
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
-    std::string sql = "INSERT INTO [" + table + "] (";
-    std::string marks;
-    for (size_t i = 0; i < columns.size(); ++i) {
-      sql += (i ? ", [" : "[") + columns[i] + "]";
-      marks += i ? ", ?" : "?";
-    }
-    sql += ") VALUES (" + marks + ")";
-    if (columns.empty()) sql = "INSERT INTO [" + table + "] DEFAULT VALUES";
+    std::string sql = InsertStatement(table, columns);
     StmtHandle stmt = Prepare(sql.c_str(), nullptr);
     for (size_t i = 0; i < values.size(); ++i) Bind(stmt.get(), static_cast<int>(i + 1), values[i]);
     if (sqlite3_step(stmt.get()) != SQLITE_DONE) Raise(db());
