@@ -1,0 +1,34 @@
+// An empty shop database with the shop schema for the parts, inventory and technician reports, the
+// report engine connected to it, and a compact way to insert rows and read results.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "data/cls_rs.h"
+#include "support/test_db.h"
+
+namespace ent::test {
+
+class PartsShop {
+ public:
+  PartsShop();
+  // Inserts one row; columns not named that cannot be null get 0 ("No" for woparts.skip). Values are
+  // SQL literals ("'A-1'", "12.5").
+  void Insert(const std::string& table, const std::map<std::string, std::string>& values);
+  void Exec(const std::string& sql) { db_.Exec(sql); }
+  clsRS& engine() { return engine_; }
+
+ private:
+  TestDb db_;
+  clsRS engine_;
+};
+
+// The rows of a result as texts (null as ""), first row first, column by column.
+std::vector<std::vector<std::string>> Cells(Recordset& rs);
+// One column of a result, first row first.
+std::vector<std::string> ColumnOf(Recordset& rs, const std::string& name);
+
+}  // namespace ent::test
