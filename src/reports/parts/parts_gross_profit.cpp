@@ -21,6 +21,18 @@ std::string Amount(const Variant& value) {
   return parts::TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
 }
 
+// The first row's value of `column` as text; the empty text when there is none or it is null.
+std::string FirstText(clsRS& engine, const std::string& sql, const char* column) {
+  try {
+    std::string err;
+    std::unique_ptr<Recordset> rs = engine.runQuery(sql, err, false);
+    if (!rs || rs->IsEof()) return "";
+    return Text(rs->Get(column));
+  } catch (const Error&) {
+    return "";
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate, const std::string& EndDate,
@@ -83,28 +95,14 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
 }
 
 std::string clsRS::getSupplierName(int32_t supplierId) {
-  try {
-    std::string err;
-    std::unique_ptr<Recordset> rs =
-        runQuery("SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId), err, false);
-    if (!rs || rs->IsEof()) return "";
-    return Text(rs->Get("Company"));
-  } catch (const Error&) {
-    return "";
-  }
+  return FirstText(*this, "SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId),
+                   "Company");
 }
 
 std::string clsRS::getJobNumber(int32_t jobId) {
   if (jobId == 0) return "";
-  try {
-    std::string err;
-    std::unique_ptr<Recordset> rs =
-        runQuery("SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId), err, false);
-    if (!rs || rs->IsEof()) return "";
-    return Text(rs->Get("jobnum"));
-  } catch (const Error&) {
-    return "";
-  }
+  return FirstText(*this, "SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId),
+                   "jobnum");
 }
 
 Currency clsRS::getSalesClassMargin(Currency cost, const std::string& salesClass) {

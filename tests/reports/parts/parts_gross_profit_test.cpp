@@ -9,41 +9,21 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
+const char kLineColumns[] =
+    "wopartsid, woid, credid, description, qty, invcost, partsea, totparts, margpartsper, invsupid, "
+    "SalesClass, "
+    "presetjobid, presetpkg, presetheader, skip";
+
 class PartsGrossProfitTest : public ::testing::Test {
  protected:
   PartsGrossProfitTest() {
-    shop.Insert("supplier", {{"supid", "1"}, {"company", "'Acme Parts'"}});
-    shop.Insert("jobheader", {{"jobid", "7"}, {"jobnum", "' J-7 '"}});
-    Band(1, "'BRAKES'", "0", "10", "40");
-    Band(2, "'BRAKES'", "10.01", "50", "30");
-    Band(3, "'OIL'", "1", "100", "20");
-    Order(1, 11, 0, "'ON-11'", "'2024-05-10'");
-    Order(2, 0, 5, "'CR-5'", "'2024-05-20'");
-    Order(3, 12, 0, "'ON-12'", "'2024-06-01'");
-  }
-  void Band(int id, const std::string& sales_class, const std::string& from, const std::string& to,
-            const std::string& margin) {
-    shop.Insert("SalesClassInventoryIndexPricing", {{"pricingid", std::to_string(id)},
-                                                    {"salesclass", sales_class},
-                                                    {"CostFrom", from},
-                                                    {"CostTo", to},
-                                                    {"profitMargin", margin}});
-  }
-  void Order(int woid, int invoice, int credit, const std::string& number, const std::string& date) {
-    shop.Insert("wo", {{"woid", std::to_string(woid)},
-                       {"invoiceid", std::to_string(invoice)},
-                       {"credid", std::to_string(credit)},
-                       {"stateandnumber", number},
-                       {"latestdate", date}});
-  }
-  // A line of work order `woid` (credit invoice `credit`): {column, literal} pairs beyond the ids.
-  void Line(int id, int woid, int credit, std::map<std::string, std::string> values) {
-    values["wopartsid"] = std::to_string(id);
-    values["woid"] = std::to_string(woid);
-    values["credid"] = std::to_string(credit);
-    if (!values.count("invsupid")) values["invsupid"] = "1";
-    if (!values.count("SalesClass")) values["SalesClass"] = "'BRAKES'";
-    shop.Insert("woparts", values);
+    shop.Insert("supplier", "supid, company", {"1, 'Acme Parts'"});
+    shop.Insert("jobheader", "jobid, jobnum", {"7, ' J-7 '"});
+    shop.Insert("SalesClassInventoryIndexPricing", "pricingid, salesclass, CostFrom, CostTo, profitMargin",
+                {"1, 'BRAKES', 0, 10, 40", "2, 'BRAKES', 10.01, 50, 30", "3, 'OIL', 1, 100, 20"});
+    shop.Insert("wo", "woid, invoiceid, credid, stateandnumber, latestdate",
+                {"1, 11, 0, 'ON-11', '2024-05-10'", "2, 0, 5, 'CR-5', '2024-05-20'",
+                 "3, 12, 0, 'ON-12', '2024-06-01'"});
   }
   Rows Run(const std::string& from, const std::string& to, std::string& err) {
     auto rs = shop.engine().getPartsGPReport(from, to, err);
@@ -54,51 +34,18 @@ class PartsGrossProfitTest : public ::testing::Test {
 };
 
 TEST_F(PartsGrossProfitTest, ListsInvoiceLinesWithACostAndEveryCreditLine) {
-  Line(1, 1, 0,
-       {{"description", "'Brake pad'"},
-        {"qty", "2"},
-        {"invcost", "20"},
-        {"partsea", "25"},
-        {"totparts", "50"},
-        {"margpartsper", "60"},
-        {"presetjobid", "7"}});
-  // Unit cost 10.01 is where the second band starts; the supplier has no row; no preset job.
-  Line(2, 1, 0,
-       {{"description", "'Rotor'"},
-        {"qty", "1"},
-        {"invcost", "10.01"},
-        {"partsea", "15"},
-        {"totparts", "15"},
-        {"margpartsper", "33.27"},
-        {"invsupid", "99"}});
-  Line(3, 1, 0, {{"description", "'Free sample'"}, {"qty", "1"}, {"invcost", "0"}, {"partsea", "0"}});
-  // Quantity 0: no division, unit cost 0.00, below the only OIL band.
-  Line(4, 1, 0,
-       {{"description", "'Zero qty'"},
-        {"qty", "0"},
-        {"invcost", "5"},
-        {"partsea", "9"},
-        {"SalesClass", "'OIL'"}});
-  Line(5, 1, 0, {{"description", "'Kit bolt'"}, {"qty", "1"}, {"invcost", "5"}, {"presetpkg", "1"}});
-  Line(6, 1, 0,
-       {{"description", "'Brake kit'"},
-        {"qty", "1"},
-        {"invcost", "30"},
-        {"partsea", "60"},
-        {"totparts", "60"},
-        {"margpartsper", "50"},
-        {"presetpkg", "1"},
-        {"presetheader", "1"},
-        {"presetjobid", "7"}});
-  Line(7, 2, 5,
-       {{"description", "'Returned pad'"},
-        {"qty", "1"},
-        {"invcost", "0"},
-        {"partsea", "25"},
-        {"totparts", "-25"}});
-  Line(8, 1, 0, {{"description", "'Skipped'"}, {"qty", "1"}, {"invcost", "10"}, {"skip", "'Yes'"}});
-  Line(9, 3, 0, {{"description", "'Next month'"}, {"qty", "1"}, {"invcost", "10"}});
-
+  shop.Insert("woparts", kLineColumns,
+              {"1, 1, 0, 'Brake pad', 2, 20, 25, 50, 60, 1, 'BRAKES', 7, 0, 0, 'No'",
+               // Unit cost 10.01 opens the second band; supplier 99 has no row.
+               "2, 1, 0, 'Rotor', 1, 10.01, 15, 15, 33.27, 99, 'BRAKES', 0, 0, 0, 'No'",
+               "3, 1, 0, 'Free sample', 1, 0, 0, 0, 0, 1, 'BRAKES', 0, 0, 0, 'No'",
+               // Quantity 0: unit cost 0.00, below the only OIL band.
+               "4, 1, 0, 'Zero qty', 0, 5, 9, 0, 0, 1, 'OIL', 0, 0, 0, 'No'",
+               "5, 1, 0, 'Kit bolt', 1, 5, 0, 0, 0, 1, 'BRAKES', 0, 1, 0, 'No'",
+               "6, 1, 0, 'Brake kit', 1, 30, 60, 60, 50, 1, 'BRAKES', 7, 1, 1, 'No'",
+               "7, 2, 5, 'Returned pad', 1, 0, 25, -25, 0, 1, 'BRAKES', 0, 0, 0, 'No'",
+               "8, 1, 0, 'Skipped', 1, 10, 0, 0, 0, 1, 'BRAKES', 0, 0, 0, 'Yes'",
+               "9, 3, 0, 'Next month', 1, 10, 0, 0, 0, 1, 'BRAKES', 0, 0, 0, 'No'"});
   std::string err;
   EXPECT_EQ(Run("5/1/2024", "5/31/2024", err),
             (Rows{{"ON-11", "5/10/2024", "Brake pad", "10.00", "25.00", "2.00", "50.00", "60.00", "40.00",
@@ -121,7 +68,7 @@ TEST_F(PartsGrossProfitTest, ListsInvoiceLinesWithACostAndEveryCreditLine) {
 }
 
 TEST_F(PartsGrossProfitTest, AMissingOrOverlongValueEndsTheReport) {
-  Line(1, 1, 0, {{"description", "null"}, {"qty", "1"}, {"invcost", "3"}});
+  shop.Insert("woparts", kLineColumns, {"1, 1, 0, null, 1, 3, 0, 0, 0, 1, 'BRAKES', 0, 0, 0, 'No'"});
   std::string err;
   EXPECT_EQ(Run("5/1/2024", "5/31/2024", err), (Rows{{"<none>"}}));
   EXPECT_EQ(err, "Invalid use of Null");

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <cctype>
 #include <stdexcept>
 
 #include "common/thread_values.h"
@@ -17,8 +19,12 @@ PartsShop::PartsShop() {
   engine_.openConnections();
 }
 
-void PartsShop::Insert(const std::string& table, const std::map<std::string, std::string>& values) {
-  std::map<std::string, std::string> row = values;
+void PartsShop::Insert(const std::string& table, const std::string& columns,
+                       const std::vector<std::string>& rows) {
+  std::string lower = "," + columns + ",";
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  lower.erase(std::remove(lower.begin(), lower.end(), ' '), lower.end());
+  std::string more_columns, more_values;
   sqlite3* db = nullptr;
   if (sqlite3_open_v2(db_.path().c_str(), &db, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
     sqlite3_close(db);
@@ -27,18 +33,16 @@ void PartsShop::Insert(const std::string& table, const std::map<std::string, std
   sqlite3_stmt* info = nullptr;
   sqlite3_prepare_v2(db, ("pragma table_info(" + table + ")").c_str(), -1, &info, nullptr);
   while (sqlite3_step(info) == SQLITE_ROW) {
-    const std::string name = reinterpret_cast<const char*>(sqlite3_column_text(info, 1));
-    if (sqlite3_column_int(info, 3) == 0 || row.count(name)) continue;
-    row[name] = name == "skip" ? "'No'" : "0";
+    std::string name = reinterpret_cast<const char*>(sqlite3_column_text(info, 1));
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (sqlite3_column_int(info, 3) == 0 || lower.find("," + name + ",") != std::string::npos) continue;
+    more_columns += ", " + name;
+    more_values += name == "skip" ? ", 'No'" : ", 0";
   }
   sqlite3_finalize(info);
   sqlite3_close(db);
-  std::string columns, literals;
-  for (const auto& [name, literal] : row) {
-    columns += (columns.empty() ? "" : ", ") + name;
-    literals += (literals.empty() ? "" : ", ") + literal;
-  }
-  db_.Exec("insert into " + table + " (" + columns + ") values (" + literals + ")");
+  for (const std::string& row : rows)
+    db_.Exec("insert into " + table + " (" + columns + more_columns + ") values (" + row + more_values + ")");
 }
 
 std::vector<std::vector<std::string>> Cells(Recordset& rs) {

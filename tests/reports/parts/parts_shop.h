@@ -2,7 +2,6 @@
 // report engine connected to it, and a compact way to insert rows and read results.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,9 +14,9 @@ namespace ent::test {
 class PartsShop {
  public:
   PartsShop();
-  // Inserts one row; columns not named that cannot be null get 0 ("No" for woparts.skip). Values are
-  // SQL literals ("'A-1'", "12.5").
-  void Insert(const std::string& table, const std::map<std::string, std::string>& values);
+  // Inserts rows given as SQL tuples for the named columns ("1, 'A-1', 12.5" for "id, part, cost");
+  // columns not named that cannot be null get 0 ("No" for woparts.skip).
+  void Insert(const std::string& table, const std::string& columns, const std::vector<std::string>& rows);
   void Exec(const std::string& sql) { db_.Exec(sql); }
   clsRS& engine() { return engine_; }
 

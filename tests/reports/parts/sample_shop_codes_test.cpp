@@ -52,16 +52,6 @@ TEST(PartsCodesOnSampleShop, EveryCodeAnswersForSensibleParameters) {
 }
 
 TEST(PartsCodesOnSampleShop, TotalsAgreeWithTheDatabase) {
-  test::ReportRun inventory = RunReport("INVVAL01", {});
-  ASSERT_EQ(inventory.status, "0");
-  EXPECT_NEAR(Amount(inventory.rows.back().at("TotalCost")),
-              std::stod(QueryValue("select sum(qty * (costea + coresea)) from invtrans where qty > 0")),
-              0.005);
-
-  test::ReportRun purchases = RunReport("TOTALSUPPURCH01", {"1/1/2024", "12/31/2024"});
-  ASSERT_EQ(purchases.status, "0");
-  EXPECT_EQ(purchases.rows.size(), std::stoul(QueryValue("select count(*) from supplier")) + 1);
-
   test::ReportRun gross = RunReport("PARTGP01", {"3/1/2024", "3/31/2024"});
   ASSERT_EQ(gross.status, "0");
   const std::string lines =
