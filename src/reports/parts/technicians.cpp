@@ -207,10 +207,8 @@ void clsRS::getTechClockHours(const std::string& userID, const std::string& date
   const std::string invoice_date = replace_all("wo.LatestDate");
   const std::string clock_date = replace_all("timeclock.thedate");
   const std::string user = SqlQuote(userID);
-  std::string sql =
-      "SELECT Sum(hrs) AS tothrs, Sum(hrs*thehourlyrate) AS tothrsdollars FROM wo LEFT JOIN timeclock ON "
-      "wo.woid = "
-      "timeclock.woid ";
+  std::string sql = "SELECT Sum(hrs) AS tothrs, Sum(hrs*thehourlyrate) AS tothrsdollars ";
+  sql += "FROM wo LEFT JOIN timeclock ON wo.woid = timeclock.woid ";
   if (includeVoid) {
     // Voided work orders count by the clock's date, invoices by the invoice date.
     sql += "WHERE (((wo.chkVoid)=1) AND ((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
