@@ -60,6 +60,35 @@ class clsRS {
   std::unique_ptr<Recordset> getAvgInvoiceData(const std::string& dtStart, const std::string& dtEnd,
                                                bool bIncCredInvoices, std::string& innerErr);
 
+  // Inventory and suppliers (reports/parts/inventory.cpp). Empty filters are rewritten in place to
+  // "%"; filters may use the LIKE wildcards. Results end with a "[b]TOTAL" line.
+  std::unique_ptr<Recordset> getInvValue(std::string& sPartNum, std::string& sDesc, std::string& sCategory,
+                                         std::string& strErr);
+  std::unique_ptr<Recordset> getInvList(std::string& sPartNum, std::string& sDesc, std::string& sCategory,
+                                        std::string& sSupp, std::string& sLoc, std::string& strErr);
+  std::unique_ptr<Recordset> getPartsSalesPerformance(const std::string& sDateStart,
+                                                      const std::string& sDateEnd, std::string& sPartNum,
+                                                      std::string& sDesc, std::string& sCategory,
+                                                      bool bIncVoidWOs, std::string& strErr);
+  // One row per supplier with its purchases in the range. A supplier whose purchase table cannot be
+  // read raises Error (with the database's text also in sErr).
+  std::unique_ptr<Recordset> GetSupplierExpenseSummary(const std::string& sDTFrom, const std::string& sDTTo,
+                                                       std::string& sErr);
+
+  // Parts gross profit (reports/parts/parts_gross_profit.cpp): every part line of the invoices and
+  // credit invoices in the range, with the margin its sales-class pricing band prescribes.
+  std::unique_ptr<Recordset> getPartsGPReport(const std::string& startDate, const std::string& EndDate,
+                                              std::string& strErr);
+
+  // Technicians (reports/parts/technicians.cpp): one row per technician with the lines credited to
+  // them in the range. chkIncNonPend adds estimates no longer pending, chkVoidWO voided work orders,
+  // chkHours takes hours and hourly pay from the time clock. getTechCost raises Error on a failed query.
+  std::unique_ptr<Recordset> getTechPerf(const std::string& startDate, const std::string& EndDate,
+                                         bool chkIncNonPend, bool chkVoidWO, std::string& strErr);
+  std::unique_ptr<Recordset> getTechCost(const std::string& startDate, const std::string& EndDate,
+                                         bool chkIncNonPend, bool chkVoidWO, bool chkHours,
+                                         std::string& strErr);
+
   // The head office's searches (enterprise/searches.cpp). Text parameters are rewritten in place with
   // their defaults and patterns.
   std::unique_ptr<Recordset> getEnterpriseCustomer(std::string& sOrderBy, std::string& sCompany,
@@ -73,6 +102,20 @@ class clsRS {
                                                            std::string& strErr);
 
  private:
+  // Inventory and suppliers: the plain average of a column's non-blank cells (0 when there is none);
+  // leaves the rowset on its first row.
+  static double averageColumn(Recordset* rs, const std::string& columnName);
+
+  // Parts gross profit lookups; each gives the empty text or 0 when nothing is found.
+  std::string getSupplierName(int32_t supplierId);
+  std::string getJobNumber(int32_t jobId);
+  Currency getSalesClassMargin(Currency cost, const std::string& salesClass);
+
+  // Technicians: the time-clock hours and pay of a user under a condition on "thedate". On a failure
+  // the outputs are left as they stand.
+  void getTechClockHours(const std::string& userID, const std::string& dateCondition, Currency& hours,
+                         Currency& dollars, bool includeVoid);
+
   std::shared_ptr<Connection> conn_;
 };
 

@@ -59,6 +59,11 @@ const std::vector<Entry>& Catalogue() {
   static const std::vector<Entry> entries = {
       {"TRANSROREQ", nullptr, kOldClient},
       {"TRANSREQ", nullptr, kOldClient},
+      {"TOTALSUPPURCH01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string from = p.T(0), to = p.T(1);
+         return Rows(rs.GetSupplierExpenseSummary(from, to, status));
+       }},
       {"ENTCUSTSRCH",
        [](clsRS& rs, Params& p, std::string& status) {
          std::string order = p.T(0), company = p.T(1), first = p.T(2), last = p.T(3);
@@ -95,6 +100,39 @@ const std::vector<Entry>& Catalogue() {
        [](clsRS& rs, Params& p, std::string& status) {
          std::string start = p.T(0), end = p.T(1);
          return Rows(rs.getAvgInvoiceData(start, end, true, status));
+       }},
+      {"INVVAL01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string part = p.T(0), desc = p.T(1), category = p.T(2);
+         return Rows(rs.getInvValue(part, desc, category, status));
+       }},
+      {"INVLIST01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string part = p.T(0), desc = p.T(1), category = p.T(2), supplier = p.T(3), location = p.T(4);
+         return Rows(rs.getInvList(part, desc, category, supplier, location, status));
+       }},
+      {"PARTSALPER01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1), part = p.T(2), desc = p.T(3), category = p.T(4);
+         bool voided = p.B(5);
+         return Rows(rs.getPartsSalesPerformance(start, end, part, desc, category, voided, status));
+       }},
+      {"TECHPERF01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         bool not_pending = p.B(2), voided = p.B(3);
+         return Rows(rs.getTechPerf(start, end, not_pending, voided, status));
+       }},
+      {"TECHCOST01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         bool not_pending = p.B(2), voided = p.B(3), clock = p.B(4);
+         return Rows(rs.getTechCost(start, end, not_pending, voided, clock, status));
+       }},
+      {"PARTGP01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getPartsGPReport(start, end, status));
        }},
   };
   return entries;

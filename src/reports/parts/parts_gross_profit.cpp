@@ -1,0 +1,126 @@
+// Parts gross profit (PARTGP01): every part line sold on an invoice or credit invoice in a range, with
+// the margin recorded on the line beside the margin its sales-class pricing band aims at.
+#include "common/error.h"
+#include "common/format.h"
+#include "common/thread_values.h"
+#include "data/cls_rs.h"
+#include "data/sql_text.h"
+#include "reports/parts/result_rowset.h"
+
+namespace ent {
+
+namespace {
+
+// The cell's text; a null cell raises "Invalid use of Null".
+std::string Text(const Variant& value) {
+  return value.ToText();
+}
+
+// An amount cell of the report: the value as text, formatted and trimmed.
+std::string Amount(const Variant& value) {
+  return parts::TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
+}
+
+// The first row's value of `column` as text; the empty text when there is none or it is null.
+std::string FirstText(clsRS& engine, const std::string& sql, const char* column) {
+  try {
+    std::string err;
+    std::unique_ptr<Recordset> rs = engine.runQuery(sql, err, false);
+    if (!rs || rs->IsEof()) return "";
+    return Text(rs->Get(column));
+  } catch (const Error&) {
+    return "";
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate, const std::string& EndDate,
+                                                   std::string& strErr) {
+  const std::string from = SqlQuote(startDate), to = SqlQuote(EndDate);
+  // Invoice lines with a cost, and every credit-invoice line; of a preset package only its header.
+  std::string sql =
+      "SELECT wo.stateandnumber AS Invoice, wo.LatestDate AS Invoice_Date, woparts.description AS "
+      "Part_Description, ";
+  sql +=
+      " iif(woparts.qty = 0, 0, ([woparts].[invcost]/[woparts].[qty])) AS PartCost, woparts.partsea AS "
+      "Sold_For, "
+      "woparts.qty AS QTYSold,";
+  sql +=
+      "woparts.totparts, woparts.margpartsper AS WO_Profit_Margin, 'Sales_Class_And_Part_Cost' as "
+      "Sales_Class_Profit_Margin, ";
+  sql += "woparts.invsupid AS SuppID, woparts.SalesClass, woparts.presetjobid ";
+  sql += "FROM woparts INNER JOIN wo ON (woparts.credid = wo.credid) AND (woparts.woid = wo.woid) ";
+  sql += "WHERE (((wo.LatestDate)>='" + from + "' And (wo.LatestDate)<='" + to +
+         "') AND ((wo.invoiceid)<>0) AND ((woparts.skip)<>'Yes') AND (NOT ([presetpkg]=1 And "
+         "[presetheader]=0)) ";
+  sql += " AND ((woparts.invcost)>0)) ";
+  sql +=
+      "OR (((wo.LatestDate)>='" + from + "' And (wo.LatestDate)<='" + to +
+      "') AND ((woparts.skip)<>'Yes') AND (NOT ([presetpkg]=1 And [presetheader]=0)) AND ((wo.credid)<>0));";
+
+  std::unique_ptr<Recordset> query = runQuery(sql, strErr, false);
+  YieldToPendingWork();
+  if (!query) return nullptr;
+  try {
+    std::unique_ptr<Recordset> result = parts::NewResultRowset(
+        {"Invoice", "Invoice_Date", "Part_Description", "Part_Cost", "Sold_For", "QTY_Sold", "Total_Parts",
+         "WO_Profit_Margin", "Sales_Class_Profit_Margin", "Supplier_Name", "Sales_Class", "Job_Number"});
+    while (!query->IsEof()) {
+      result->AddNew();
+      result->Set("Invoice", Variant(parts::TrimBlanks(Text(query->Get("Invoice")))));
+      result->Set("Invoice_Date", Variant(parts::TrimBlanks(Text(query->Get("Invoice_Date")))));
+      result->Set("Part_Description", Variant(parts::TrimBlanks(Text(query->Get("Part_Description")))));
+      result->Set("Part_Cost", Variant(Amount(query->Get("PartCost"))));
+      result->Set("Sold_For", Variant(Amount(query->Get("Sold_For"))));
+      result->Set("QTY_Sold", Variant(Amount(query->Get("QTYSold"))));
+      result->Set("Total_Parts", Variant(Amount(query->Get("totparts"))));
+      result->Set("WO_Profit_Margin", Variant(Amount(query->Get("WO_Profit_Margin"))));
+      const Currency margin =
+          getSalesClassMargin(query->Get("PartCost").ToCurrency(), Text(query->Get("SalesClass")));
+      result->Set("Sales_Class_Profit_Margin", Variant(Amount(Variant(margin))));
+      result->Set("Supplier_Name", Variant(getSupplierName(query->Get("SuppID").ToLong())));
+      result->Set("Sales_Class", Variant(parts::TrimBlanks(Text(query->Get("SalesClass")))));
+      result->Set("Job_Number", Variant(parts::TrimBlanks(getJobNumber(query->Get("presetjobid").ToLong()))));
+      result->Update();
+      query->MoveNext();
+    }
+    appendTotalRow(*result, {"Part_Cost", "Sold_For", "QTY_Sold", "Total_Parts", ""});
+    strErr = "0";
+    return result;
+  } catch (const Error& e) {
+    strErr = e.description();
+    return nullptr;
+  }
+}
+
+std::string clsRS::getSupplierName(int32_t supplierId) {
+  return FirstText(*this, "SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId),
+                   "Company");
+}
+
+std::string clsRS::getJobNumber(int32_t jobId) {
+  if (jobId == 0) return "";
+  return FirstText(*this, "SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId),
+                   "jobnum");
+}
+
+Currency clsRS::getSalesClassMargin(Currency cost, const std::string& salesClass) {
+  try {
+    // The cost is written with a decimal point whatever the system's number format.
+    const std::string amount = cost.ToString();
+    std::string err;
+    std::unique_ptr<Recordset> rs = runQuery(
+        "SELECT profitMargin From SalesClassInventoryIndexPricing WHERE "
+        "(SalesClassInventoryIndexPricing.CostFrom <= " +
+            amount + " AND SalesClassInventoryIndexPricing.CostTo >= " + amount +
+            ") AND (SalesClassInventoryIndexPricing.salesclass = '" + SqlQuote(salesClass) + "');",
+        err, false);
+    if (!rs || rs->IsEof()) return Currency();
+    return rs->Get("profitMargin").ToCurrency();
+  } catch (const Error&) {
+    return Currency();
+  }
+}
+
+}  // namespace ent

@@ -1,0 +1,85 @@
+// The parts, inventory and technician codes answer on the sample shop through the catalogue, and
+// their totals agree with SQL of our own over the same file.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/sample_shop.h"
+
+namespace ent {
+namespace {
+
+using test::QueryValue;
+using test::RunReport;
+
+double Amount(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), ','), text.end());
+  return text.empty() ? 0 : std::stod(text);
+}
+
+TEST(PartsCodesOnSampleShop, EveryCodeAnswersForSensibleParameters) {
+  const std::vector<std::pair<std::string, std::vector<std::string>>> requests = {
+      {"INVVAL01", {}},
+      {"INVVAL01", {"", "", "zz-no-such-category"}},
+      {"INVLIST01", {"", "", "", "", ""}},
+      {"INVLIST01", {"%1%", "", "", "", "A%"}},
+      {"PARTSALPER01", {"1/1/2024", "12/31/2024", "", "", "", "false"}},
+      {"PARTSALPER01", {"1/1/2023", "6/30/2023", "", "", "", "true"}},
+      {"TOTALSUPPURCH01", {"1/1/2025", "12/31/2025"}},
+      {"PARTGP01", {"3/1/2024", "3/31/2024"}},
+      {"PARTGP01", {"1/1/1999", "1/31/1999"}},
+  };
+  for (const auto& [code, params] : requests) {
+    test::ReportRun run = RunReport(code, params);
+    EXPECT_TRUE(run.status == "0" || run.status == "No records found.") << code << ": " << run.status;
+  }
+  for (const std::string code : {"TECHPERF01", "TECHCOST01"}) {
+    for (int switches = 0; switches < 8; ++switches) {
+      std::vector<std::string> params = {"1/1/2024", "6/30/2024", switches & 1 ? "true" : "false",
+                                         switches & 2 ? "true" : "false", switches & 4 ? "true" : "false"};
+      test::ReportRun run = RunReport(code, params);
+      EXPECT_EQ(run.status, "0") << code << " " << switches;
+      // One row per technician, then the total line.
+      EXPECT_EQ(
+          run.rows.size(),
+          std::stoul(QueryValue("select count(*) from usertable inner join mechanic on usertable.userid = "
+                                "mechanic.userid where usertype in ('Service Advisor/Technician', "
+                                "'Technician')")) +
+              1)
+          << code;
+    }
+  }
+}
+
+TEST(PartsCodesOnSampleShop, TotalsAgreeWithTheDatabase) {
+  test::ReportRun gross = RunReport("PARTGP01", {"3/1/2024", "3/31/2024"});
+  ASSERT_EQ(gross.status, "0");
+  const std::string lines =
+      " from woparts inner join wo on woparts.credid = wo.credid and woparts.woid = wo.woid where "
+      "wo.latestdate between '2024-03-01 00:00:00' and '2024-03-31 00:00:00' and woparts.skip <> 'Yes' and "
+      "not "
+      "(presetpkg = 1 and presetheader = 0) and ((wo.invoiceid <> 0 and woparts.invcost > 0) or wo.credid <> "
+      "0)";
+  ASSERT_EQ(gross.rows.size(), std::stoul(QueryValue("select count(*)" + lines)) + 1);
+  EXPECT_NEAR(Amount(gross.rows.back().at("Total_Parts")),
+              std::stod(QueryValue("select sum(totparts)" + lines)), 0.005);
+
+  test::ReportRun technicians = RunReport("TECHPERF01", {"1/1/2024", "6/30/2024", "false", "false"});
+  ASSERT_EQ(technicians.status, "0");
+  const std::string credited =
+      " from woparts inner join wo on wo.invoiceid = woparts.invoiceid and wo.credid = woparts.credid where "
+      "(woparts.invoiceid <> 0 or woparts.credid <> 0) and (presetpkg = 0 or presetheader = 1) and wodeleted "
+      "<> 1 "
+      "and skip <> 'Yes' and latestdate between '2024-01-01 00:00:00' and '2024-06-30 00:00:00' and "
+      "mechuserid in "
+      "(select usertable.userid from usertable inner join mechanic on usertable.userid = mechanic.userid "
+      "where "
+      "usertype in ('Service Advisor/Technician', 'Technician'))";
+  const double labour = std::stod(QueryValue("select sum(labour)" + credited));
+  ASSERT_GT(labour, 0);
+  EXPECT_NEAR(Amount(technicians.rows.back().at("Total_Labor")), labour, 0.005);
+  EXPECT_EQ(technicians.rows.back().at("First_Name"), "[b]TOTAL");
+}
+
+}  // namespace
+}  // namespace ent
