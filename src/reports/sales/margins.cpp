@@ -66,7 +66,7 @@ bool IsTotalLine(const Recordset& rs) {
 
 std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate, const std::string& EndDate,
                                                    std::string& strErr) {
-  try {
+  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     const std::string range =
         "where wodeleted = 0 and (invoiceid > 0 or credid > 0) and latestdate between '" +
         SqlQuote(startDate) + "' and '" + SqlQuote(EndDate) + "' order by latestdate, invoiceid, credid";
@@ -92,10 +92,7 @@ std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate,
     sales::Required(result, "The invoices could not be copied.");
     strErr = "0";
     return result;
-  } catch (const Error& e) {
-    strErr = e.description();
-    return nullptr;
-  }
+  });
 }
 
 std::unique_ptr<Recordset> clsRS::addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,

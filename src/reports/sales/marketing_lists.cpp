@@ -59,7 +59,7 @@ void CopyCustomers(Recordset& from, Recordset& to, size_t columns, bool yield) {
 std::unique_ptr<Recordset> clsRS::getPostCardLOF(const std::string& startDate, const std::string& EndDate,
                                                  const std::string& startDate2, const std::string& EndDate2,
                                                  std::string& strErr) {
-  try {
+  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     std::string sql =
         "SELECT DISTINCT customer.company, customer.fname, customer.lname, customer.street, customer.city, "
         "customer.postal, vehicle.Year , vehicle.Make, vehicle.Model, wo.latestdate, jobheader.jobnum, "
@@ -100,16 +100,13 @@ std::unique_ptr<Recordset> clsRS::getPostCardLOF(const std::string& startDate, c
     CopyCustomers(*customers, *result, customers->fields().size() - 1, true);
     strErr = "0";
     return result;
-  } catch (const Error& e) {
-    strErr = e.description();
-    return nullptr;
-  }
+  });
 }
 
 std::unique_ptr<Recordset> clsRS::getPostcardNONLOF(const std::string& startDate, const std::string& EndDate,
                                                     const std::string& startDate2,
                                                     const std::string& EndDate2, std::string& strErr) {
-  try {
+  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     const std::string from = SqlQuote(startDate), to = SqlQuote(EndDate);
     std::string sql =
         "SELECT DISTINCT customer.company, customer.fname, customer.lname, customer.street, customer.city, "
@@ -160,16 +157,13 @@ std::unique_ptr<Recordset> clsRS::getPostcardNONLOF(const std::string& startDate
     CopyCustomers(*customers, *result, customers->fields().size() - 2, false);
     strErr = "0";
     return result;
-  } catch (const Error& e) {
-    strErr = e.description();
-    return nullptr;
-  }
+  });
 }
 
 std::unique_ptr<Recordset> clsRS::getLoyaltyReport(const std::string& startDate, const std::string& EndDate,
                                                    int32_t lInvCount, Currency cSubTot, int32_t lVehYear,
                                                    std::string& strErr) {
-  try {
+  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     std::string sql =
         "SELECT customer.Company, customer.FName as First_Name, customer.LName as Last_Name,customer.Postal, "
         "Count(wo.invoiceid) AS Invoice_Count, (format(sum(wo.screensubtotal), '###,###,##0.00')) AS "
@@ -193,10 +187,7 @@ std::unique_ptr<Recordset> clsRS::getLoyaltyReport(const std::string& startDate,
     std::unique_ptr<Recordset> copy = copyRS(&rs);
     if (copy) appendTotalRow(*copy, {"Sub_Total", "Total", ""});
     return copy;
-  } catch (const Error& e) {
-    strErr = e.description();
-    return nullptr;
-  }
+  });
 }
 
 }  // namespace ent

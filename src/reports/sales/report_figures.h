@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "common/currency.h"
+#include "common/error.h"
 #include "data/recordset.h"
 
 namespace ent::sales {
@@ -32,5 +33,16 @@ std::string Trim(std::string_view text);
 
 // The query's rowset; a query that did not run fails with its own failure text.
 Recordset& Required(const std::unique_ptr<Recordset>& rs, const std::string& failure);
+
+// Runs a report that traps its failures: a failure gives nothing and its description as the status.
+template <class Report>
+std::unique_ptr<Recordset> Trapped(std::string& strErr, Report report) {
+  try {
+    return report();
+  } catch (const Error& e) {
+    strErr = e.description();
+    return nullptr;
+  }
+}
 
 }  // namespace ent::sales

