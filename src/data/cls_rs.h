@@ -3,12 +3,15 @@
 // their reports (src/reports/..., src/enterprise/...); the shared rowset helpers in data/.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "common/currency.h"
+#include "common/date_time.h"
 #include "common/variant.h"
 #include "data/connection.h"
 #include "data/recordset.h"
@@ -60,6 +63,39 @@ class clsRS {
   std::unique_ptr<Recordset> getAvgInvoiceData(const std::string& dtStart, const std::string& dtEnd,
                                                bool bIncCredInvoices, std::string& innerErr);
 
+  // Sales classes (reports/sales/sales_class.cpp). Failures go to the caller.
+  std::unique_ptr<Recordset> getSalesClassReport2(const std::string& dtStart, const std::string& dtEnd,
+                                                  bool chkIncludeTechCosts, std::string& innerErr);
+
+  // Sales comparison of two ranges and car count (reports/sales/sales_comparison.cpp).
+  std::unique_ptr<Recordset> getSalesComp(const std::string& startDate, const std::string& EndDate,
+                                          const std::string& startDate2, const std::string& EndDate2,
+                                          std::string& strErr);
+  std::unique_ptr<Recordset> getCarCount(const std::string& startDate, const std::string& EndDate,
+                                         std::string& strErr);
+
+  // Margins per invoice and per vehicle make (reports/sales/margins.cpp).
+  std::unique_ptr<Recordset> getGenMargReport(const std::string& startDate, const std::string& EndDate,
+                                              std::string& strErr);
+  // Failures go to the caller.
+  std::unique_ptr<Recordset> getMarginByMake(const std::string& dtStart, const std::string& dtEnd,
+                                             std::string& innerErr);
+
+  // Daily sales recap (reports/sales/daily_recap.cpp). An unreadable day goes to the caller.
+  std::unique_ptr<Recordset> getDailySalesRecap(const std::string& dDateAsOf, bool bDisFinSumm,
+                                                std::string& strErr);
+
+  // Marketing lists (reports/sales/marketing_lists.cpp).
+  std::unique_ptr<Recordset> getPostCardLOF(const std::string& startDate, const std::string& EndDate,
+                                            const std::string& startDate2, const std::string& EndDate2,
+                                            std::string& strErr);
+  std::unique_ptr<Recordset> getPostcardNONLOF(const std::string& startDate, const std::string& EndDate,
+                                               const std::string& startDate2, const std::string& EndDate2,
+                                               std::string& strErr);
+  std::unique_ptr<Recordset> getLoyaltyReport(const std::string& startDate, const std::string& EndDate,
+                                              int32_t lInvCount, Currency cSubTot, int32_t lVehYear,
+                                              std::string& strErr);
+
   // Inventory and suppliers (reports/parts/inventory.cpp). Empty filters are rewritten in place to
   // "%"; filters may use the LIKE wildcards. Results end with a "[b]TOTAL" line.
   std::unique_ptr<Recordset> getInvValue(std::string& sPartNum, std::string& sDesc, std::string& sCategory,
@@ -102,6 +138,25 @@ class clsRS {
                                                            std::string& strErr);
 
  private:
+  // The daily recap's figures of one period: units, sales, cost, margin percent.
+  struct ClassTotals {
+    Currency units, sales, cost, margin;
+  };
+  // One summary category's figures: units, units month-to-date, units year-to-date, cost (day, MTD,
+  // YTD), sales (day, MTD, YTD).
+  using CategoryFigures = std::array<Currency, 9>;
+
+  // The lines of one sales class ("UNCLASSIFIED": lines without a class) dated from..to.
+  ClassTotals getClassTotals(std::string salesClass, const DateTime& from, const DateTime& to);
+  // (sales - cost) / sales * 100; 0 without sales.
+  static Currency calcMarginPct(Currency sales, Currency cost);
+  // Adds the figures into the category of the class; categories in the order PARTS, LABOUR, TIRES,
+  // OTHER, WHEELS.
+  static void addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
+                                 std::array<CategoryFigures, 5>& categories);
+  // A copy of the invoice rowset ending with its total line, whose margins are weighted by the costs.
+  static std::unique_ptr<Recordset> addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
+                                                    Currency otherCost, Currency totalCost);
   // Inventory and suppliers: the plain average of a column's non-blank cells (0 when there is none);
   // leaves the rowset on its first row.
   static double averageColumn(Recordset* rs, const std::string& columnName);

@@ -96,10 +96,26 @@ const std::vector<Entry>& Catalogue() {
          std::string start = p.T(0), end = p.T(1);
          return Rows(rs.getRepairOrderPaymentRecon(start, end, status));
        }},
+      {"GENMARG01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getGenMargReport(start, end, status));
+       }},
       {"AVGINV01",
        [](clsRS& rs, Params& p, std::string& status) {
          std::string start = p.T(0), end = p.T(1);
          return Rows(rs.getAvgInvoiceData(start, end, true, status));
+       }},
+      {"PROFBYVEH01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getMarginByMake(start, end, status));
+       }},
+      {"SC01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         bool tech_costs = p.B(2);
+         return Rows(rs.getSalesClassReport2(start, end, tech_costs, status));
        }},
       {"INVVAL01",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -129,10 +145,44 @@ const std::vector<Entry>& Catalogue() {
          bool not_pending = p.B(2), voided = p.B(3), clock = p.B(4);
          return Rows(rs.getTechCost(start, end, not_pending, voided, clock, status));
        }},
+      {"SALESCOMP01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1), start2 = p.T(2), end2 = p.T(3);
+         return Rows(rs.getSalesComp(start, end, start2, end2, status));
+       }},
+      {"LOYAL01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         int32_t invoices = p.W(2);
+         Currency subtotal = p.C(3);
+         int32_t year = p.W(4);
+         return Rows(rs.getLoyaltyReport(start, end, invoices, subtotal, year, status));
+       }},
       {"PARTGP01",
        [](clsRS& rs, Params& p, std::string& status) {
          std::string start = p.T(0), end = p.T(1);
          return Rows(rs.getPartsGPReport(start, end, status));
+       }},
+      {"CARCOUNT01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getCarCount(start, end, status));
+       }},
+      {"POSTCARDLOF01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1), start2 = p.T(2), end2 = p.T(3);
+         return Rows(rs.getPostCardLOF(start, end, start2, end2, status));
+       }},
+      {"POSTCARDNONLOF01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1), start2 = p.T(2), end2 = p.T(3);
+         return Rows(rs.getPostcardNONLOF(start, end, start2, end2, status));
+       }},
+      {"DSR01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string day = p.T(0);
+         bool summary = p.B(1);
+         return Rows(rs.getDailySalesRecap(day, summary, status));
        }},
   };
   return entries;

@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+
+#include "reports/sales/sales_shop.h"
+
+namespace ent {
+namespace {
+
+using Row = std::map<std::string, std::string>;
+
+// Sold, cost, profit, margin of one group of a row.
+std::vector<std::string> Group(Row& row, const std::string& prefix) {
+  return {row[prefix + "_Sold"], row[prefix + "_Cost"], row[prefix + "_Profit"], row[prefix + "_Margin"]};
+}
+using V = std::vector<std::string>;
+
+class SalesClassReport : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* c : {"'BRAKE PARTS'", "'OIL'", "'UNCLASSIFIED'", "'TOWING'", "null"})
+      shop_.SalesClass(c);
+    shop_.WorkOrder(1, 101, 0, "3/5/2024");
+    shop_.WorkOrder(2, 102, 0, "4/2/2024");  // after the range
+    shop_.WorkOrder(3, 0, 0, "3/6/2024");    // still open
+    // Parts sold at a loss.
+    shop_.Line(
+        1, {{"SalesClass", "'BRAKE PARTS'"}, {"totparts", "100"}, {"invcost", "120"}, {"mechpartstot", "5"}});
+    shop_.Line(1, {{"SalesClass", "'OIL'"},
+                   {"totparts", "50"},
+                   {"discpart", "5"},
+                   {"invcost", "20"},
+                   {"mechpartstot", "2"},
+                   {"labour", "250"},
+                   {"marglabdol", "150"},
+                   {"otherchargeid", "1"},
+                   {"otherchargeamt", "10"},
+                   {"othCHRGcost", "4"}});
+    shop_.Line(1, {{"SalesClass", "''"}, {"labour", "80"}});
+    // Left out: a skipped line, a package's content line, a line out of range, an open work order.
+    shop_.Line(1, {{"SalesClass", "'OIL'"}, {"totparts", "999"}, {"skip", "'Yes'"}});
+    shop_.Line(1, {{"SalesClass", "'OIL'"}, {"totparts", "888"}, {"presetpkg", "1"}});
+    shop_.Line(2, {{"SalesClass", "'OIL'"}, {"totparts", "1000"}});
+    shop_.Line(3, {{"SalesClass", "'OIL'"}, {"totparts", "1000"}});
+  }
+  std::unique_ptr<Recordset> Run(bool techCosts) {
+    std::string status;
+    auto rs = shop_.engine().getSalesClassReport2("3/1/2024", "3/31/2024", techCosts, status);
+    EXPECT_EQ(status, "0");
+    return rs;
+  }
+  test::SalesShop shop_;
+};
+
+TEST_F(SalesClassReport, WithoutTechnicianCostsLabourIsAllProfit) {
+  auto rs = Run(false);
+  ASSERT_TRUE(rs);
+  EXPECT_EQ(rs->fields().size(), 17u);
+  EXPECT_EQ(test::Column(*rs, "Sales_Class"),
+            (V{"BRAKE PARTS", "OIL", "TOWING", "UNCLASSIFIED", "[b]TOTAL"}));
+
+  Row brakes = test::RowOf(*rs, "BRAKE PARTS");
+  EXPECT_EQ(Group(brakes, "Parts"), (V{"100.00", "120.00", "-20.00", "0.00"}));  // a loss shows no margin
+
+  Row oil = test::RowOf(*rs, "OIL");
+  EXPECT_EQ(Group(oil, "Parts"), (V{"45.00", "20.00", "25.00", "55.56"}));
+  EXPECT_EQ(Group(oil, "Labor"), (V{"250.00", "0.00", "250.00", "100.00"}));
+  EXPECT_EQ(Group(oil, "Other_Charge"), (V{"10.00", "4.00", "6.00", "60.00"}));
+  EXPECT_EQ(Group(oil, "Total"), (V{"305.00", "24.00", "281.00", "92.13"}));
+
+  Row unclassified = test::RowOf(*rs, "UNCLASSIFIED");  // the lines without a sales class
+  EXPECT_EQ(Group(unclassified, "Labor"), (V{"80.00", "0.00", "80.00", "100.00"}));
+
+  Row towing = test::RowOf(*rs, "TOWING");  // no lines
+  EXPECT_EQ(Group(towing, "Total"), (V{"0.00", "0.00", "0.00", "0.00"}));
+
+  Row total = test::RowOf(*rs, "[b]TOTAL");
+  EXPECT_EQ(Group(total, "Parts"), (V{"145.00", "140.00", "5.00", "<null>"}));
+  EXPECT_EQ(Group(total, "Labor"), (V{"330.00", "0.00", "330.00", "<null>"}));
+  EXPECT_EQ(Group(total, "Total"), (V{"485.00", "144.00", "341.00", "<null>"}));
+}
+
+TEST_F(SalesClassReport, WithTechnicianCostsTheStoredLabourMarginIsTheProfit) {
+  auto rs = Run(true);
+  ASSERT_TRUE(rs);
+  Row brakes = test::RowOf(*rs, "BRAKE PARTS");
+  EXPECT_EQ(Group(brakes, "Parts"), (V{"100.00", "125.00", "-25.00", "0.00"}));
+
+  Row oil = test::RowOf(*rs, "OIL");
+  EXPECT_EQ(Group(oil, "Parts"), (V{"45.00", "22.00", "23.00", "51.11"}));
+  EXPECT_EQ(Group(oil, "Labor"), (V{"250.00", "100.00", "150.00", "60.00"}));
+  EXPECT_EQ(Group(oil, "Total"), (V{"305.00", "126.00", "179.00", "58.69"}));
+
+  // No stored labour margin: all of the labour is cost.
+  Row unclassified = test::RowOf(*rs, "UNCLASSIFIED");
+  EXPECT_EQ(Group(unclassified, "Labor"), (V{"80.00", "80.00", "0.00", "0.00"}));
+
+  Row total = test::RowOf(*rs, "[b]TOTAL");
+  EXPECT_EQ(Group(total, "Labor"), (V{"330.00", "180.00", "150.00", "<null>"}));
+  EXPECT_EQ(Group(total, "Total"), (V{"485.00", "331.00", "154.00", "<null>"}));
+}
+
+}  // namespace
+}  // namespace ent
