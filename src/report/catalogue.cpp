@@ -64,7 +64,8 @@ const std::vector<Entry>& Catalogue() {
          std::string order = p.T(0), company = p.T(1), first = p.T(2), last = p.T(3);
          int32_t max_records = p.W(4);
          std::string home = p.T(5), business = p.T(6);
-         return Rows(rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
+         return Rows(
+             rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
        }},
       {"ENTINVSRCH",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -72,7 +73,8 @@ const std::vector<Entry>& Catalogue() {
          int32_t count = p.W(4);
          std::string maker = p.T(5);
          bool on_hand_only = p.B(6);
-         return Rows(rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
+         return Rows(
+             rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
        }},
       {"ENTCUSTINVOICES",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -96,12 +98,40 @@ const std::vector<Entry>& Catalogue() {
          std::string start = p.T(0), end = p.T(1);
          return Rows(rs.getAvgInvoiceData(start, end, true, status));
        }},
+      {"TB01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string end = p.T(0);
+         return Rows(rs.getTrialBalance(end, status));
+       }},
+      {"BL01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string as_of = p.T(0);
+         return Rows(rs.getBalanceSheet(as_of, status));
+       }},
+      {"PROFALOSS01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getProfitLoss(start, end, status));
+       }},
+      {"AP01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         int32_t payables = 1;
+         std::string end = p.T(0);
+         return Rows(rs.getAPARSummary(payables, status, end));
+       }},
+      {"AR01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         int32_t receivables = 0;
+         std::string end = p.T(0);
+         return Rows(rs.getAPARSummary(receivables, status, end));
+       }},
   };
   return entries;
 }
 
 std::string Upper(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  std::transform(s.begin(), s.end(), s.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
   return s;
 }
 
