@@ -44,6 +44,8 @@ class TrialBalanceBooks : public ::testing::Test {
 TEST_F(TrialBalanceBooks, PlacesBalancesWithPathsRetainedEarningsAndClassBreaks) {
   clsRS engine;
   engine.openConnections();
+  // Whatever order the database gives a table read without ordering, the lines keep theirs.
+  engine.connection()->Execute("PRAGMA reverse_unordered_selects = 1");
   std::string end = "6/30/2024", status;
   auto rs = engine.getTrialBalance(end, status);
   ASSERT_EQ(status, "0");
