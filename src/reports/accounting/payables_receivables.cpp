@@ -89,25 +89,21 @@ bool clsRS::fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtE
 
 std::string clsRS::getReceivablesSQL(const std::string& dtEnd) {
   const std::string d = SqlQuote(dtEnd);
+  const std::string party = " select company, fname, lname, ahtel, htel, abtel, btel, customer.cusid, ";
+  const std::string work_orders = " INNER JOIN  wo ON wo.cusid = customer.cusid";
   const std::string group = " GROUP BY company, fname, lname, ahtel, htel, abtel, btel, customer.cusid";
   std::string sql =
       " select Company, fname As FirstName, lname as LastName, round(sum(sumpur), 2) as Balance from ( ";
   // Postings made directly against the customer.
-  sql +=
-      " select company, fname, lname, ahtel, htel, abtel, btel, customer.cusid, sum(amt) as sumpur from "
-      "customer ";
+  sql += party + "sum(amt) as sumpur from customer ";
   sql +=
       " INNER JOIN  chartofaccountsglpostingtable ON customer.cusid =  chartofaccountsglpostingtable.srcid2 ";
   sql += " WHERE chid = 9 AND (transdate <= '" + d + "') and (srcmod like 'AR%' or srcmod like 'NSF%') ";
   sql += group + " HAVING sum(amt) <> 0";
   sql += " UNION ALL ";
   // Invoices.
-  sql +=
-      " select company, fname, lname, ahtel, htel, abtel, btel, customer.cusid, sum(amt) as sumpur FROM "
-      "customer ";
-  sql +=
-      " INNER JOIN  wo ON wo.cusid = customer.cusid INNER JOIN chartofaccountsglpostingtable c ON c.srcid = "
-      "wo.invoiceid ";
+  sql += party + "sum(amt) as sumpur FROM customer ";
+  sql += work_orders + " INNER JOIN chartofaccountsglpostingtable c ON c.srcid = wo.invoiceid ";
   sql += " WHERE chid = 9 AND  archive <> 1 and invoiceid <> 0 AND ";
   sql += "  (transdate <= '" + d +
          "') and (srcmod = 'INVOICE' or srcmod = 'CREDINVOLD' or srcmod = 'INVOICE-DT') and ";
@@ -115,24 +111,18 @@ std::string clsRS::getReceivablesSQL(const std::string& dtEnd) {
   sql += group + " HAVING sum(amt) <> 0";
   sql += " UNION ALL ";
   // The insurance deductible part of invoices, where the customer is its own insurer.
-  sql +=
-      " select company, fname, lname, ahtel, htel, abtel, btel, customer.cusid, isnull( sum(amt), "
-      "totalinsurenceinvamt ) as sumpur FROM customer ";
-  sql +=
-      " INNER JOIN  wo ON wo.cusid = customer.cusid AND wo.insurencecusid = customer.cusid INNER JOIN "
-      "chartofaccountsglpostingtable c ON c.srcid = wo.invoiceid ";
+  sql += party + "isnull( sum(amt), totalinsurenceinvamt ) as sumpur FROM customer ";
+  sql += work_orders +
+         " AND wo.insurencecusid = customer.cusid INNER JOIN chartofaccountsglpostingtable c ON c.srcid = "
+         "wo.invoiceid ";
   sql += " WHERE archive <>1 and invoiceid <> 0 AND latestdate <= '" + d + "'";
   sql += " AND chid = 9 AND (transdate <= '" + d + "') and (srcmod = 'INVOICE_DED')";
   sql += group + ", totalinsurenceinvamt";
   sql += " HAVING isnull( sum(amt), totalinsurenceinvamt ) <> 0 ";
   sql += " UNION ALL ";
   // Credit invoices.
-  sql +=
-      " select company, fname, lname, ahtel, htel, abtel, btel, customer.cusid,  sum(amt) as sumpur FROM "
-      "customer ";
-  sql +=
-      " INNER JOIN  wo ON wo.cusid = customer.cusid INNER JOIN chartofaccountsglpostingtable c ON c.srcid = "
-      "wo.credid ";
+  sql += party + " sum(amt) as sumpur FROM customer ";
+  sql += work_orders + " INNER JOIN chartofaccountsglpostingtable c ON c.srcid = wo.credid ";
   sql += " WHERE archive <>1  and credid <> 0 AND latestdate <= '" + d + "'";
   sql += " AND chid = 9 and (transdate <= '" + d + "') and (srcmod = 'CREDINVOICE')";
   sql += group + " HAVING sum(amt) <> 0";
