@@ -27,27 +27,7 @@ std::string FiscalYearWhere(const std::string& d) {
          "' and fiscalyearenddate >= '" + d + "'";
 }
 
-std::string Trim(const std::string& s) {
-  const size_t first = s.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  return s.substr(first, s.find_last_not_of(' ') - first + 1);
-}
-
 }  // namespace
-
-namespace accounting {
-
-Recordset& Rows(const std::unique_ptr<Recordset>& rs) {
-  if (!rs) throw Error(91, "Object variable or With block variable not set");
-  return *rs;
-}
-
-Currency SumOf(clsRS& engine, const std::string& sql, const char* column, std::string& status) {
-  std::unique_ptr<Recordset> rs = engine.runQuery(sql, status, false);
-  return clsRS::toCurrency(Rows(rs).Get(column));
-}
-
-}  // namespace accounting
 
 void clsRS::getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtFor) {
   std::string status;
@@ -96,14 +76,14 @@ std::string clsRS::getAccountPath(int32_t& lAccountNumber) {
     std::string status;
     std::unique_ptr<Recordset> rs =
         runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
-    path = Trim(getAccountName(c)) + ": " + path;
+    path = accounting::TrimBlanks(getAccountName(c)) + ": " + path;
     c = accounting::Rows(rs).Get("parentid").ToLong();
   } while (c != 0);
   if (!path.empty() && path.front() == ':') {
-    path = Trim(path.substr(1));
+    path = accounting::TrimBlanks(path.substr(1));
     if (!path.empty()) path.pop_back();
   } else {
-    path = Trim(path.substr(0, path.size() - 2));
+    path = accounting::TrimBlanks(path.substr(0, path.size() - 2));
   }
   return path;
 }

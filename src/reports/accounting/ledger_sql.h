@@ -1,4 +1,4 @@
-// Small pieces the accounting statements share for reading query rowsets.
+// Small pieces the accounting statements share: reading query rowsets and sums, trimming names.
 #pragma once
 
 #include <memory>
@@ -17,5 +17,8 @@ Recordset& Rows(const std::unique_ptr<Recordset>& rs);
 // The named column of the first row of a sum query, as currency (null counts as 0). The query reports
 // into status.
 Currency SumOf(clsRS& engine, const std::string& sql, const char* column, std::string& status);
+
+// The text without blanks at either end.
+std::string TrimBlanks(const std::string& s);
 
 }  // namespace ent::accounting

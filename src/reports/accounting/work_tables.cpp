@@ -27,18 +27,13 @@ void Recreate(Connection& connection, const std::string& drop, const std::string
   connection.Execute(create);
 }
 
-bool ReadsAsNumber(const std::string& text) {
-  return IsNumericText(text);
-}
-
+// The first n characters (UTF-8 sequences are kept whole).
 std::string Left(const std::string& s, size_t n) {
-  return s.size() <= n ? s : s.substr(0, n);
-}
-
-std::string Trim(const std::string& s) {
-  const size_t first = s.find_first_not_of(' ');
-  if (first == std::string::npos) return {};
-  return s.substr(first, s.find_last_not_of(' ') - first + 1);
+  size_t chars = 0;
+  for (size_t i = 0; i < s.size(); ++i) {
+    if ((static_cast<unsigned char>(s[i]) & 0xC0) != 0x80 && chars++ == n) return s.substr(0, i);
+  }
+  return s;
 }
 
 }  // namespace
@@ -93,9 +88,9 @@ void clsRS::addTrialBalanceLine(std::string& sName, std::string& sDebit, std::st
   table.AddNew();
   table.Set("ACCOUNTNAME", Variant(sName));
   table.Set("cDebit",
-            Variant(ReadsAsNumber(sDebit) ? Format(Variant(sDebit), kAmountPattern) : std::string()));
+            Variant(IsNumericText(sDebit) ? Format(Variant(sDebit), kAmountPattern) : std::string()));
   table.Set("cCredit",
-            Variant(ReadsAsNumber(sCredit) ? Format(Variant(sCredit), kAmountPattern) : std::string()));
+            Variant(IsNumericText(sCredit) ? Format(Variant(sCredit), kAmountPattern) : std::string()));
   table.Set("rowid", Variant(lRowID));
   table.Update();
 }
@@ -116,7 +111,7 @@ void clsRS::addAPARLine(std::string& sCompany, std::string& sContact, Currency& 
   Recordset& table = accounting::Rows(rs);
   table.AddNew();
   table.Set("Company", Variant(Left(sCompany, 100)));
-  if (Trim(sContact) == ",") sContact.clear();
+  if (accounting::TrimBlanks(sContact) == ",") sContact.clear();
   table.Set("contact", Variant(Left(sContact, 100)));
   table.Set("cAmt", Variant(cAmt));
   table.Update();
