@@ -18,6 +18,11 @@
 
 namespace ent {
 
+namespace accounting {
+struct StatementEntry;
+struct StatementPeriod;
+}  // namespace accounting
+
 class clsRS {
  public:
   clsRS() = default;
@@ -128,14 +133,28 @@ class clsRS {
   // The head office's searches (enterprise/searches.cpp). Text parameters are rewritten in place with
   // their defaults and patterns.
   std::unique_ptr<Recordset> getEnterpriseCustomer(std::string& sOrderBy, std::string& sCompany,
-                                                   std::string& sFName, std::string& sLname, int32_t& lMaxRecords,
-                                                   std::string& sHomePhone, std::string& sBusPhone,
-                                                   std::string& strErr);
+                                                   std::string& sFName, std::string& sLname,
+                                                   int32_t& lMaxRecords, std::string& sHomePhone,
+                                                   std::string& sBusPhone, std::string& strErr);
   std::unique_ptr<Recordset> getEnterpriseInventory(std::string& sOrderBy, std::string& sPartNum,
                                                     std::string& sDesc, std::string& sCat, int32_t& lRecCount,
                                                     std::string& sMfg, bool bQOHOnly, std::string& strErr);
   std::unique_ptr<Recordset> generateEnterpriseInvoiceList(std::string& sOrderBy, int32_t lCusID,
                                                            std::string& strErr);
+
+  // Accounting statements (reports/accounting/...). Each fills its work table in the shop database and
+  // reads it back; runs that fill a work table are serialized per shop database within the process.
+  // Date parameters are date texts as received. A status of "0" means success.
+  //
+  // Balance sheet as of dtAsOf (empty: today, and dtAsOf then holds today's date text).
+  std::unique_ptr<Recordset> getBalanceSheet(std::string& dtAsOf, std::string& innerErr);
+  // Profit and loss from dtStart to dtEnd, both days included.
+  std::unique_ptr<Recordset> getProfitLoss(std::string& dtStart, std::string& dtEnd, std::string& innerErr);
+  // Trial balance at dtEnd, in the order its lines were written.
+  std::unique_ptr<Recordset> getTrialBalance(std::string& dtEnd, std::string& innerErr);
+  // Receivables (eTyp 0) or payables (eTyp 1) per party at dtEnd, with a total line. An end date that
+  // is not a date raises on the payables side.
+  std::unique_ptr<Recordset> getAPARSummary(int32_t& eTyp, std::string& innerErr, std::string& dtEnd);
 
  private:
   // The daily recap's figures of one period: units, sales, cost, margin percent.
@@ -170,6 +189,44 @@ class clsRS {
   // the outputs are left as they stand.
   void getTechClockHours(const std::string& userID, const std::string& dateCondition, Currency& hours,
                          Currency& dollars, bool includeVoid);
+
+  // Accounting statements: chart of accounts and fiscal years (reports/accounting/chart_of_accounts.cpp).
+  // dtFor is a date (written as a short date), a date text (written as received) or null (today).
+  void getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtFor);
+  bool isInFiscalYear(DateTime& dtFor);
+  int32_t getChidByAccountNumber(int32_t& lAccountNumber);
+  std::string getAccountName(int32_t lChid);
+  std::string getAccountPath(int32_t& lAccountNumber);
+  Currency getRetainedEarnings(DateTime& dtFor);
+  Currency getNetIncome(DateTime& dtFor);
+
+  // Work tables (reports/accounting/work_tables.cpp). addStatementLine prefixes sName with its
+  // indentation, formats sAmount and returns lLevel one higher; addAPARLine empties a bare "," contact.
+  bool createStatementTable(bool& bPL, std::string& innerErr);
+  void addStatementLine(std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
+                        bool& bPL);
+  bool createTrialBalanceTable();
+  void addTrialBalanceLine(std::string& sName, std::string& sDebit, std::string& sCredit, int32_t& lRowID);
+  bool createAPARTable();
+  void addAPARLine(std::string& sCompany, std::string& sContact, Currency& cAmt);
+
+  // Statement sections shared by the balance sheet and the profit and loss
+  // (reports/accounting/statement_sections.cpp).
+  std::vector<accounting::StatementEntry> collectStatementEntries(const std::string& accountSql,
+                                                                  const accounting::StatementPeriod& period,
+                                                                  std::string& innerErr);
+  Currency getGroupSum(const Variant& accountType, int32_t accountNumber, int32_t subLevel,
+                       const accounting::StatementPeriod& period, std::string& innerErr);
+  void writeStatementEntries(std::vector<accounting::StatementEntry>& entries, int sign, Currency& total,
+                             int32_t& r, bool bPL);
+  // Writes one heading, total or empty line at level 0.
+  void writeStatementLine(const std::string& label, const std::string& amount, int32_t rowID, bool bPL);
+
+  void computeBalanceSheet(std::string& dtAsOf, std::string& innerErr);
+  bool computeProfitLoss(std::string& dtStart, std::string& dtEnd, std::string& innerErr);
+  void computeTrialBalance(std::string& dtEnd, std::string& innerErr);
+  bool fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtEnd);
+  static std::string getReceivablesSQL(const std::string& dtEnd);
 
   std::shared_ptr<Connection> conn_;
 };

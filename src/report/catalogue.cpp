@@ -69,7 +69,8 @@ const std::vector<Entry>& Catalogue() {
          std::string order = p.T(0), company = p.T(1), first = p.T(2), last = p.T(3);
          int32_t max_records = p.W(4);
          std::string home = p.T(5), business = p.T(6);
-         return Rows(rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
+         return Rows(
+             rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
        }},
       {"ENTINVSRCH",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -77,7 +78,8 @@ const std::vector<Entry>& Catalogue() {
          int32_t count = p.W(4);
          std::string maker = p.T(5);
          bool on_hand_only = p.B(6);
-         return Rows(rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
+         return Rows(
+             rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
        }},
       {"ENTCUSTINVOICES",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -116,6 +118,33 @@ const std::vector<Entry>& Catalogue() {
          std::string start = p.T(0), end = p.T(1);
          bool tech_costs = p.B(2);
          return Rows(rs.getSalesClassReport2(start, end, tech_costs, status));
+       }},
+      {"TB01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string end = p.T(0);
+         return Rows(rs.getTrialBalance(end, status));
+       }},
+      {"BL01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string as_of = p.T(0);
+         return Rows(rs.getBalanceSheet(as_of, status));
+       }},
+      {"PROFALOSS01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         std::string start = p.T(0), end = p.T(1);
+         return Rows(rs.getProfitLoss(start, end, status));
+       }},
+      {"AP01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         int32_t payables = 1;
+         std::string end = p.T(0);
+         return Rows(rs.getAPARSummary(payables, status, end));
+       }},
+      {"AR01",
+       [](clsRS& rs, Params& p, std::string& status) {
+         int32_t receivables = 0;
+         std::string end = p.T(0);
+         return Rows(rs.getAPARSummary(receivables, status, end));
        }},
       {"INVVAL01",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -189,7 +218,8 @@ const std::vector<Entry>& Catalogue() {
 }
 
 std::string Upper(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  std::transform(s.begin(), s.end(), s.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
   return s;
 }
 

@@ -1,0 +1,113 @@
+// Look-ups into the chart of accounts, the fiscal years and the ledger that the statements share.
+#include <string>
+
+#include "common/error.h"
+#include "data/cls_rs.h"
+#include "data/sql_text.h"
+#include "reports/accounting/ledger_sql.h"
+
+namespace ent {
+
+namespace {
+
+// The profit (revenue and expenses, each sign reversed) of the postings a date clause selects.
+const char kClassSumHead[] =
+    "select sum(amt) as [TOTAMT] from ChartOfAccountsGLPOSTINGTABLE INNER JOIN chartofaccounts ON "
+    "ChartOfAccountsGLPOSTINGTABLE.chid = chartofaccounts.chid WHERE ";
+
+// How a date goes between the quotes of a look-up: a date as its short date, a date text as received.
+std::string DateForSql(const Variant& dtFor) {
+  if (dtFor.IsNull() || dtFor.IsEmpty()) return DateTime::Today().ShortDate();
+  if (dtFor.IsString()) return SqlQuote(dtFor.text());
+  return dtFor.ToDate().ShortDate();
+}
+
+std::string FiscalYearWhere(const std::string& d) {
+  return " from ChartOfAccountsFiscalYearRange where fiscalyearstartdate <= '" + d +
+         "' and fiscalyearenddate >= '" + d + "'";
+}
+
+}  // namespace
+
+void clsRS::getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtFor) {
+  std::string status;
+  std::unique_ptr<Recordset> rs = runQuery(
+      "select fiscalyearstartdate,fiscalyearenddate" + FiscalYearWhere(DateForSql(dtFor)), status, false);
+  Recordset& years = accounting::Rows(rs);
+  if (!years.IsEof()) {
+    dtStart = years.Get("FiscalYearStartDate").ToDate();
+    dtEnd = years.Get("FiscalYearEndDate").ToDate();
+  }
+}
+
+bool clsRS::isInFiscalYear(DateTime& dtFor) {
+  std::string status;
+  std::unique_ptr<Recordset> rs = runQuery("select *" + FiscalYearWhere(dtFor.ShortDate()), status, false);
+  return !accounting::Rows(rs).IsEof();
+}
+
+int32_t clsRS::getChidByAccountNumber(int32_t& lAccountNumber) {
+  std::string status;
+  std::unique_ptr<Recordset> rs =
+      runQuery("select chid from chartofaccounts where AccountNumber = " + std::to_string(lAccountNumber),
+               status, false);
+  return accounting::Rows(rs).Get("CHID").ToLong();
+}
+
+std::string clsRS::getAccountName(int32_t lChid) {
+  try {
+    std::string status;
+    std::unique_ptr<Recordset> rs = runQuery(
+        "SELECT accountName FROM chartofaccounts WHERE chid = " + std::to_string(lChid), status, false);
+    Recordset& names = accounting::Rows(rs);
+    if (names.IsEof()) return {};
+    const Variant& name = names.Get("ACCOUNTNAME");
+    if (name.IsNull()) return {};
+    return name.ToText();
+  } catch (const Error&) {
+    return {};
+  }
+}
+
+std::string clsRS::getAccountPath(int32_t& lAccountNumber) {
+  int32_t c = getChidByAccountNumber(lAccountNumber);
+  std::string path;
+  do {
+    std::string status;
+    std::unique_ptr<Recordset> rs =
+        runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
+    path = accounting::TrimBlanks(getAccountName(c)) + ": " + path;
+    c = accounting::Rows(rs).Get("parentid").ToLong();
+  } while (c != 0);
+  if (!path.empty() && path.front() == ':') {
+    path = accounting::TrimBlanks(path.substr(1));
+    if (!path.empty()) path.pop_back();
+  } else {
+    path = accounting::TrimBlanks(path.substr(0, path.size() - 2));
+  }
+  return path;
+}
+
+Currency clsRS::getRetainedEarnings(DateTime& dtFor) {
+  DateTime start, end;
+  getFiscalYear(start, end, Variant(dtFor));
+  const std::string head =
+      std::string(kClassSumHead) + "transdate < '" + start.ShortDate() + "' and fivetypename = '";
+  std::string scratch;
+  const Currency revenue = accounting::SumOf(*this, head + "R'", "TotAmt", scratch);
+  const Currency expenses = accounting::SumOf(*this, head + "E'", "TotAmt", scratch);
+  return -revenue - expenses;
+}
+
+Currency clsRS::getNetIncome(DateTime& dtFor) {
+  DateTime start, end;
+  getFiscalYear(start, end, Variant(dtFor));
+  const std::string head = std::string(kClassSumHead) + "transdate >= '" + start.ShortDate() +
+                           "' and transdate <= '" + dtFor.ShortDate() + "' and fivetypename = '";
+  std::string scratch;
+  const Currency revenue = accounting::SumOf(*this, head + "R'", "TotAmt", scratch);
+  const Currency expenses = accounting::SumOf(*this, head + "E'", "TotAmt", scratch);
+  return -revenue - expenses;
+}
+
+}  // namespace ent

@@ -1,0 +1,82 @@
+// Profit and loss (PROFALOSS01): revenue and expenses of a period with group subtotals and section
+// totals, and the net figure, written into entPLShtRPT and read back.
+#include "common/error.h"
+#include "common/thread_values.h"
+#include "data/sql_text.h"
+#include "reports/accounting/statement_sections.h"
+#include "reports/accounting/work_table_lock.h"
+
+namespace ent {
+
+namespace {
+
+const char kReadBack[] =
+    "select AccountName as hide_Account_Name,cTot5 as hide_cTot5,cTot4 as hide_cTot4,cTot3 as hide_cTot3, "
+    "cTot2 as "
+    "hide_cTot2, cTot as hide_Total from entPLShtRPT ORDER BY rowid";
+
+accounting::StatementPeriod Period(const std::string& start, const std::string& end) {
+  const std::string head =
+      "select sum(amt) as [Ftot] from ChartOfAccountsGLPOSTINGTABLE inner join chartofaccounts on "
+      "ChartOfAccountsGLPOSTINGTABLE.chid = chartofaccounts.chid WHERE   accountnumber > ";
+  accounting::StatementPeriod period;
+  period.balance_clause = " and transdate >= '" + start + "' and transdate <= '" + end + "'";
+  period.group_open = head;
+  period.group_closed = head;
+  period.group_clause = period.balance_clause;
+  return period;
+}
+
+}  // namespace
+
+std::unique_ptr<Recordset> clsRS::getProfitLoss(std::string& dtStart, std::string& dtEnd,
+                                                std::string& innerErr) {
+  accounting::WorkTableLock lock(ShopConnectionString());
+  try {
+    bool bPL = true;
+    if (!createStatementTable(bPL, innerErr)) return nullptr;
+    if (!computeProfitLoss(dtStart, dtEnd, innerErr)) return nullptr;
+    std::unique_ptr<Recordset> rs = runQuery(kReadBack, innerErr, false);
+    if (innerErr.empty()) innerErr = "0";
+    return rs;
+  } catch (const Error&) {
+    return nullptr;
+  }
+}
+
+bool clsRS::computeProfitLoss(std::string& dtStart, std::string& dtEnd, std::string& innerErr) {
+  std::string scratch;
+  try {
+    const bool bPL = true;
+    const accounting::StatementPeriod period = Period(SqlQuote(dtStart), SqlQuote(dtEnd));
+    Currency total_revenue, total_expenses;
+    int32_t r = 2;
+    conn_->Execute("delete from entPLShtRPT");
+
+    std::vector<accounting::StatementEntry> revenue =
+        collectStatementEntries(accounting::StatementAccountsSql('R'), period, scratch);
+    writeStatementLine("[b]REVENUE", "", 0, bPL);
+    writeStatementEntries(revenue, -1, total_revenue, r, bPL);
+    ++r;
+    writeStatementLine("[b]TOTAL REVENUE", total_revenue.ToString(), r++, bPL);
+    writeStatementLine("", "", r++, bPL);
+    writeStatementLine("[b]EXPENSES", "", r++, bPL);
+
+    std::vector<accounting::StatementEntry> expenses =
+        collectStatementEntries(accounting::StatementAccountsSql('E'), period, scratch);
+    writeStatementEntries(expenses, 1, total_expenses, r, bPL);
+    writeStatementLine("[b]TOTAL EXPENSES", total_expenses.ToString(), r++, bPL);
+    writeStatementLine("", "", r++, bPL);
+    writeStatementLine("[b]NET REVENUE", (total_revenue - total_expenses).ToString(), r, bPL);
+    innerErr.clear();
+    return true;
+  } catch (const Error& e) {
+    if (!scratch.empty() && scratch != "0")
+      innerErr = scratch;
+    else
+      innerErr = std::to_string(e.number()) + " - " + e.description();
+    return false;
+  }
+}
+
+}  // namespace ent
