@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <pugixml.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,14 +64,21 @@ class clsRS {
   // The head office's searches (enterprise/searches.cpp). Text parameters are rewritten in place with
   // their defaults and patterns.
   std::unique_ptr<Recordset> getEnterpriseCustomer(std::string& sOrderBy, std::string& sCompany,
-                                                   std::string& sFName, std::string& sLname, int32_t& lMaxRecords,
-                                                   std::string& sHomePhone, std::string& sBusPhone,
-                                                   std::string& strErr);
+                                                   std::string& sFName, std::string& sLname,
+                                                   int32_t& lMaxRecords, std::string& sHomePhone,
+                                                   std::string& sBusPhone, std::string& strErr);
   std::unique_ptr<Recordset> getEnterpriseInventory(std::string& sOrderBy, std::string& sPartNum,
                                                     std::string& sDesc, std::string& sCat, int32_t& lRecCount,
                                                     std::string& sMfg, bool bQOHOnly, std::string& strErr);
   std::unique_ptr<Recordset> generateEnterpriseInvoiceList(std::string& sOrderBy, int32_t lCusID,
                                                            std::string& strErr);
+
+  // One invoice as a finished RepairOrder document (enterprise/invoice_document.cpp); "Cr" as the
+  // state asks for a credit invoice. Returns the document and "0", or nothing and the failure's
+  // number, " - " and description. Loads through a connection of its own, not the shop connection.
+  std::unique_ptr<pugi::xml_document> generateEnterpriseInvoice(int32_t lInvoiceId,
+                                                                const std::string& sInvState,
+                                                                std::string& strErr);
 
  private:
   std::shared_ptr<Connection> conn_;
