@@ -4,10 +4,11 @@
 #pragma once
 
 #include <memory>
-#include <pugixml.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <pugixml.hpp>
 
 #include "common/currency.h"
 #include "common/variant.h"
@@ -64,9 +65,9 @@ class clsRS {
   // The head office's searches (enterprise/searches.cpp). Text parameters are rewritten in place with
   // their defaults and patterns.
   std::unique_ptr<Recordset> getEnterpriseCustomer(std::string& sOrderBy, std::string& sCompany,
-                                                   std::string& sFName, std::string& sLname,
-                                                   int32_t& lMaxRecords, std::string& sHomePhone,
-                                                   std::string& sBusPhone, std::string& strErr);
+                                                   std::string& sFName, std::string& sLname, int32_t& lMaxRecords,
+                                                   std::string& sHomePhone, std::string& sBusPhone,
+                                                   std::string& strErr);
   std::unique_ptr<Recordset> getEnterpriseInventory(std::string& sOrderBy, std::string& sPartNum,
                                                     std::string& sDesc, std::string& sCat, int32_t& lRecCount,
                                                     std::string& sMfg, bool bQOHOnly, std::string& strErr);

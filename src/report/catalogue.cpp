@@ -72,8 +72,7 @@ const std::vector<Entry>& Catalogue() {
          std::string order = p.T(0), company = p.T(1), first = p.T(2), last = p.T(3);
          int32_t max_records = p.W(4);
          std::string home = p.T(5), business = p.T(6);
-         return Rows(
-             rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
+         return Rows(rs.getEnterpriseCustomer(order, company, first, last, max_records, home, business, status));
        }},
       {"ENTINVSRCH",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -81,8 +80,7 @@ const std::vector<Entry>& Catalogue() {
          int32_t count = p.W(4);
          std::string maker = p.T(5);
          bool on_hand_only = p.B(6);
-         return Rows(
-             rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
+         return Rows(rs.getEnterpriseInventory(order, part, desc, category, count, maker, on_hand_only, status));
        }},
       {"ENTCUSTINVOICES",
        [](clsRS& rs, Params& p, std::string& status) {
@@ -111,8 +109,7 @@ const std::vector<Entry>& Catalogue() {
 }
 
 std::string Upper(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
   return s;
 }
 
