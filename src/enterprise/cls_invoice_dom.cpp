@@ -1,6 +1,7 @@
 #include "enterprise/cls_invoice_dom.h"
 
 #include <exception>
+#include <initializer_list>
 
 #include "common/error.h"
 #include "common/number_format.h"
@@ -27,6 +28,31 @@ void addAttribute(pugi::xml_node element, const char* name, const std::string& v
   pugi::xml_attribute attribute = element.attribute(name);
   if (!attribute) attribute = element.append_attribute(name);
   attribute.set_value(value.c_str());
+}
+
+struct Attribute {
+  const char* name = nullptr;  // none when null
+  std::string value;
+};
+
+// A child element of a section, with at most one attribute.
+struct Child {
+  const char* name;
+  std::string text;
+  Attribute attribute{};
+};
+
+// Appends a section to the root, then its children in the order given, each attribute right after
+// its element.
+void addSection(pugi::xml_document& doc, const char* name, std::initializer_list<Child> children,
+                const Attribute& attribute = {}) {
+  pugi::xml_node section = addElement(doc, kRoot, name, "");
+  if (attribute.name) addAttribute(section, attribute.name, attribute.value);
+  const std::string path = kRoot + "/" + name;
+  for (const Child& child : children) {
+    pugi::xml_node element = addElement(doc, path, child.name, child.text);
+    if (child.attribute.name) addAttribute(element, child.attribute.name, child.attribute.value);
+  }
 }
 
 std::string Flag(bool value) {
@@ -77,56 +103,52 @@ std::unique_ptr<pugi::xml_document> clsInvoiceDOM::buildDocument() {
 
 void clsInvoiceDOM::addCompanyInfo(pugi::xml_document& doc) {
   const clsRO& ro = *record_;
-  addElement(doc, kRoot, "CompanyInfo", "");
-  const std::string section = kRoot + "/CompanyInfo";
-  addElement(doc, section, "Name", ro.companyName);
-  addElement(doc, section, "Address", ro.companyAddress);
-  addElement(doc, section, "CityProv", ro.companyCityProv);
-  addElement(doc, section, "PostalCode", ro.companyPostal);
-  addElement(doc, section, "TelNo", ro.companyBTel);
-  addElement(doc, section, "FaxNo", ro.companyFTel);
+  addSection(doc, "CompanyInfo",
+             {{"Name", ro.companyName},
+              {"Address", ro.companyAddress},
+              {"CityProv", ro.companyCityProv},
+              {"PostalCode", ro.companyPostal},
+              {"TelNo", ro.companyBTel},
+              {"FaxNo", ro.companyFTel}});
 }
 
 void clsInvoiceDOM::addCustomerVehicleAdmin(pugi::xml_document& doc) {
   const clsRO& ro = *record_;
   const clsCustomer& cust = *ro.oCust;
-  addElement(doc, kRoot, "Customer", "");
-  std::string section = kRoot + "/Customer";
-  addElement(doc, section, "Company", cust.Company);
-  addElement(doc, section, "FName", cust.FName);
-  addElement(doc, section, "LName", cust.LName);
-  addElement(doc, section, "Street", cust.Street);
-  addElement(doc, section, "City", cust.Address);
-  addElement(doc, section, "Prov", cust.Address2);
-  addElement(doc, section, "Postal", cust.Postal);
-  addElement(doc, section, "hTel", cust.TelNo);
-  addElement(doc, section, "bTel", cust.BusNo);
+  addSection(doc, "Customer",
+             {{"Company", cust.Company},
+              {"FName", cust.FName},
+              {"LName", cust.LName},
+              {"Street", cust.Street},
+              {"City", cust.Address},
+              {"Prov", cust.Address2},
+              {"Postal", cust.Postal},
+              {"hTel", cust.TelNo},
+              {"bTel", cust.BusNo}});
 
   const clsVehicle& veh = *ro.oVeh;
-  pugi::xml_node vehicle = addElement(doc, kRoot, "Vehicle", "");
-  addAttribute(vehicle, "PartsWo", "False");
-  section = kRoot + "/Vehicle";
-  addElement(doc, section, "Year", veh.Year);
-  addElement(doc, section, "Make", veh.Make);
-  addElement(doc, section, "Model", veh.Model);
-  addElement(doc, section, "Plate", veh.Plate);
-  addElement(doc, section, "Odo", veh.odo);
-  addElement(doc, section, "VIN", veh.VIN);
-  addElement(doc, section, "Unit", veh.Unit);
-  addElement(doc, section, "Engine", veh.Eng);
+  addSection(doc, "Vehicle",
+             {{"Year", veh.Year},
+              {"Make", veh.Make},
+              {"Model", veh.Model},
+              {"Plate", veh.Plate},
+              {"Odo", veh.odo},
+              {"VIN", veh.VIN},
+              {"Unit", veh.Unit},
+              {"Engine", veh.Eng}},
+             {"PartsWo", "False"});
 
-  addElement(doc, kRoot, "InvoiceAdmin", "");
-  section = kRoot + "/InvoiceAdmin";
-  addElement(doc, section, "RONum", std::to_string(ro.invoiceNumber));
-  addElement(doc, section, "Date", ro.invoiceDate);
-  addAttribute(addElement(doc, section, "InvTime", ro.InvoiceTime), "Display", Flag(ro.DisplayInvoiceTime));
-  addElement(doc, section, "PO", ro.InvoicePO);
-  addElement(doc, section, "Reg", ro.CompanyReg);
-  addElement(doc, section, "Mech", ro.InvoiceMech);
-  addElement(doc, section, "ServAdv", ro.InvoiceServAdv);
-  addElement(doc, section, "WOID", std::to_string(ro.woID));
-  addElement(doc, section, "WODate", ro.woDate);
-  addElement(doc, section, "WOTime", ro.woTime);
+  addSection(doc, "InvoiceAdmin",
+             {{"RONum", std::to_string(ro.invoiceNumber)},
+              {"Date", ro.invoiceDate},
+              {"InvTime", ro.InvoiceTime, {"Display", Flag(ro.DisplayInvoiceTime)}},
+              {"PO", ro.InvoicePO},
+              {"Reg", ro.CompanyReg},
+              {"Mech", ro.InvoiceMech},
+              {"ServAdv", ro.InvoiceServAdv},
+              {"WOID", std::to_string(ro.woID)},
+              {"WODate", ro.woDate},
+              {"WOTime", ro.woTime}});
 }
 
 void clsInvoiceDOM::addItems(pugi::xml_document& doc) {
@@ -134,59 +156,67 @@ void clsInvoiceDOM::addItems(pugi::xml_document& doc) {
   addAttribute(items, "dispOKNEEDSKIP", "False");
   addAttribute(items, "dispPartNum", Flag(record_->DisplayPartnumbers));
 
+  // Attribute, column, and whether the value is written as a number.
+  static const struct {
+    const char* attribute;
+    const char* column;
+    bool number;
+  } kItemAttributes[] = {
+      {"Qty", "qty", true},
+      {"Hrs", "hrs", true},
+      {"Desc", "description", false},
+      {"PartNum", "partnum", false},
+      {"PartsEa", "partsea", true},
+      {"PartsTot", "totparts", true},
+      {"Lab", "labour", true},
+      {"TX", "tx", false},
+      {"Total", "total", true},
+      {"C", "c", false},
+      {"OK", "ok", false},
+      {"Need", "needed", false},
+      {"Skip", "skip", false},
+      {"PresetPkgItem", "pkgpresetjobitem", false},
+      {"PresetHeader", "pkgpresetjobheader", false},
+      {"MiscID", "miscid", false},
+  };
+
   std::unique_ptr<Recordset> parts = record_->RSParts();
   if (parts->IsBof() || parts->IsEof()) return;
   const std::string section = kRoot + "/Items";
   for (; !parts->IsEof(); parts->MoveNext()) {
     pugi::xml_node item = addElement(doc, section, "item", "");
-    const Recordset& row = *parts;
-    addAttribute(item, "Qty", NumberOf(row.Get("qty")));
-    addAttribute(item, "Hrs", NumberOf(row.Get("hrs")));
-    addAttribute(item, "Desc", SafeString(row.Get("description")));
-    addAttribute(item, "PartNum", SafeString(row.Get("partnum")));
-    addAttribute(item, "PartsEa", NumberOf(row.Get("partsea")));
-    addAttribute(item, "PartsTot", NumberOf(row.Get("totparts")));
-    addAttribute(item, "Lab", NumberOf(row.Get("labour")));
-    addAttribute(item, "TX", SafeString(row.Get("tx")));
-    addAttribute(item, "Total", NumberOf(row.Get("total")));
-    addAttribute(item, "C", SafeString(row.Get("c")));
-    addAttribute(item, "OK", SafeString(row.Get("ok")));
-    addAttribute(item, "Need", SafeString(row.Get("needed")));
-    addAttribute(item, "Skip", SafeString(row.Get("skip")));
-    addAttribute(item, "PresetPkgItem", SafeString(row.Get("pkgpresetjobitem")));
-    addAttribute(item, "PresetHeader", SafeString(row.Get("pkgpresetjobheader")));
-    addAttribute(item, "MiscID", SafeString(row.Get("miscid")));
+    for (const auto& a : kItemAttributes) {
+      const Variant& value = parts->Get(a.column);
+      addAttribute(item, a.attribute, a.number ? NumberOf(value) : SafeString(value));
+    }
   }
 }
 
 void clsInvoiceDOM::addTotals(pugi::xml_document& doc) {
   const clsRO& ro = *record_;
-  addElement(doc, kRoot, "Totals", "");
-  const std::string section = kRoot + "/Totals";
-  addElement(doc, section, "PartDiscount", Number(ro.PartDiscount));
-  addElement(doc, section, "LabDiscount", Number(ro.LabDiscount));
-  addElement(doc, section, "TotDiscount", Number(ro.TotDiscount));
-  addElement(doc, section, "SubParts", Number(ro.subParts));
-  addElement(doc, section, "SubLab", Number(ro.subLab));
-  addElement(doc, section, "SubTot", Number(ro.SubTot));
-  addAttribute(addElement(doc, section, "TX1", Number(ro.TX1)), "name", ro.Tax1Name);
-  addAttribute(addElement(doc, section, "TX2", Number(ro.TX2)), "name", ro.Tax2Name);
-  addElement(doc, section, "Deductible", Number(ro.Deduct));
-  addElement(doc, section, "Total", Number(ro.Total));
+  addSection(doc, "Totals",
+             {{"PartDiscount", Number(ro.PartDiscount)},
+              {"LabDiscount", Number(ro.LabDiscount)},
+              {"TotDiscount", Number(ro.TotDiscount)},
+              {"SubParts", Number(ro.subParts)},
+              {"SubLab", Number(ro.subLab)},
+              {"SubTot", Number(ro.SubTot)},
+              {"TX1", Number(ro.TX1), {"name", ro.Tax1Name}},
+              {"TX2", Number(ro.TX2), {"name", ro.Tax2Name}},
+              {"Deductible", Number(ro.Deduct)},
+              {"Total", Number(ro.Total)}});
 }
 
 void clsInvoiceDOM::addMessages(pugi::xml_document& doc) {
   const clsRO& ro = *record_;
-  addElement(doc, kRoot, "Messages", "");
+  addSection(doc, "Messages",
+             {{"CustTX1Num", ro.oCust->tax1No, {"Display", Flag(ro.DisplayCustTX1No)}},
+              {"CustTX2Num", ro.oCust->tax2No, {"Display", Flag(ro.DisplayCustTX2No)}},
+              {"CustReq", ro.CustReqs, {"Display", Flag(ro.DisplayRequests)}},
+              {"NoteToCust", ro.NoteToCust, {"Display", "true"}},
+              {"DefMsg", ro.DefMessage, {"Display", Flag(ro.DisplayDefMsg)}},
+              {"PaidByMsg", "Paid By:...", {"Display", "true"}}});
   const std::string section = kRoot + "/Messages";
-  addAttribute(addElement(doc, section, "CustTX1Num", ro.oCust->tax1No), "Display",
-               Flag(ro.DisplayCustTX1No));
-  addAttribute(addElement(doc, section, "CustTX2Num", ro.oCust->tax2No), "Display",
-               Flag(ro.DisplayCustTX2No));
-  addAttribute(addElement(doc, section, "CustReq", ro.CustReqs), "Display", Flag(ro.DisplayRequests));
-  addAttribute(addElement(doc, section, "NoteToCust", ro.NoteToCust), "Display", "true");
-  addAttribute(addElement(doc, section, "DefMsg", ro.DefMessage), "Display", Flag(ro.DisplayDefMsg));
-  addAttribute(addElement(doc, section, "PaidByMsg", "Paid By:..."), "Display", "true");
   if (ro.Payments) {
     for (const std::string& line : *ro.Payments) addElement(doc, section + "/PaidByMsg", "PayDetails", line);
   }
