@@ -81,9 +81,17 @@ class InvoiceDocumentTest : public ::testing::Test {
     sampledb::Database db(dir_.file("shop.db"));
     db.Exec(sql);
   }
+  // The document of an invoice that is expected to load; an empty document when it does not.
+  const pugi::xml_document& Load(int32_t number, const std::string& state) {
+    Invoice inv = Generate(number, state);
+    EXPECT_EQ(inv.status, "0");
+    loaded_ = inv.doc ? std::move(inv.doc) : std::make_unique<pugi::xml_document>();
+    return *loaded_;
+  }
 
  private:
   test::TempDir dir_;
+  std::unique_ptr<pugi::xml_document> loaded_;
 };
 
 TEST_F(InvoiceDocumentTest, OneSampleInvoiceAsTheJobPostsIt) {
@@ -106,10 +114,7 @@ TEST_F(InvoiceDocumentTest, NormalInvoiceLinesPaymentsAndElementOrder) {
   Exec(
       "insert into wopaymentadv (payid, id, trandate, type, payment) values (9001, 6, '2023-02-03 00:00:00', "
       "'cdMasterCard Business Plus', 1234.5)");
-  Invoice inv = Generate(100006, "");
-  ASSERT_EQ(inv.status, "0");
-  ASSERT_TRUE(inv.doc);
-  const pugi::xml_document& doc = *inv.doc;
+  const pugi::xml_document& doc = Load(100006, "");
   pugi::xml_node root = doc.child("RepairOrder");
 
   using Names = std::vector<std::string>;
@@ -162,10 +167,7 @@ TEST_F(InvoiceDocumentTest, NormalInvoiceLinesPaymentsAndElementOrder) {
 
 TEST_F(InvoiceDocumentTest, CreditInvoiceNegatesLinesAndHasNoWorkOrderOrPayments) {
   const std::string credit = QueryValue("select min(credid) from wo where credid > 0");
-  Invoice inv = Generate(std::stoi(credit), "Cr");
-  ASSERT_EQ(inv.status, "0");
-  ASSERT_TRUE(inv.doc);
-  const pugi::xml_document& doc = *inv.doc;
+  const pugi::xml_document& doc = Load(std::stoi(credit), "Cr");
   EXPECT_EQ(Attr(doc, "/RepairOrder", "InvoiceType"), "Cr");
   EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/RONum"), credit);
   EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WOID"), "0");
@@ -207,10 +209,7 @@ TEST_F(InvoiceDocumentTest, NoLinesUnknownCustomerAndNoVehicle) {
   Exec("delete from woparts where invoiceid = 100002");
   Exec("update wo set cusid = 99999, vehid = 0 where invoiceid = 100002");
   Exec("delete from wopaymentadv where id = 2");
-  Invoice inv = Generate(100002, "");
-  ASSERT_EQ(inv.status, "0");
-  ASSERT_TRUE(inv.doc);
-  const pugi::xml_document& doc = *inv.doc;
+  const pugi::xml_document& doc = Load(100002, "");
   pugi::xml_node items = doc.select_node("/RepairOrder/Items").node();
   EXPECT_EQ(AttributeNames(items), (std::vector<std::string>{"dispOKNEEDSKIP", "dispPartNum"}));
   EXPECT_TRUE(items.first_child().empty());
@@ -234,10 +233,7 @@ TEST_F(InvoiceDocumentTest, DisplayFlagsAndShopSettings) {
   Exec("update GlobalVars2 set COMPaHtel = ' ', COMPhTel = null");
   Exec("update customer set tx1exempt = 'EX-1', tx2exempt = 'EX-2' where cusid = 6");
   Exec("delete from machine");
-  Invoice inv = Generate(100002, "");
-  ASSERT_EQ(inv.status, "0");
-  ASSERT_TRUE(inv.doc);
-  const pugi::xml_document& doc = *inv.doc;
+  const pugi::xml_document& doc = Load(100002, "");
   EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustTX1Num", "Display"), "True");
   EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustTX1Num"), "EX-1");
   EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustTX2Num", "Display"), "False");
@@ -258,12 +254,11 @@ TEST_F(InvoiceDocumentTest, DisplayFlagsAndShopSettings) {
   // Without settings rows the document still comes, with empty texts and every flag off.
   Exec("delete from globalvars");
   Exec("delete from GlobalVars2");
-  inv = Generate(100002, "");
-  ASSERT_TRUE(inv.doc);
-  EXPECT_EQ(Attr(*inv.doc, "/RepairOrder/InvoiceAdmin/InvTime", "Display"), "False");
-  EXPECT_EQ(Attr(*inv.doc, "/RepairOrder/Messages/Disclaimer", "FontSize"), "0");
-  EXPECT_EQ(Text(*inv.doc, "/RepairOrder/Messages/DefMsg"), "");
-  EXPECT_EQ(Text(*inv.doc, "/RepairOrder/CompanyInfo/Address"), "");
+  const pugi::xml_document& bare = Load(100002, "");
+  EXPECT_EQ(Attr(bare, "/RepairOrder/InvoiceAdmin/InvTime", "Display"), "False");
+  EXPECT_EQ(Attr(bare, "/RepairOrder/Messages/Disclaimer", "FontSize"), "0");
+  EXPECT_EQ(Text(bare, "/RepairOrder/Messages/DefMsg"), "");
+  EXPECT_EQ(Text(bare, "/RepairOrder/CompanyInfo/Address"), "");
 }
 
 TEST_F(InvoiceDocumentTest, UnknownInvoiceNumberGivesNumberedErrorAndNoDocument) {
