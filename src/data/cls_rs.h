@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include <pugixml.hpp>
+
 #include "common/currency.h"
 #include "common/date_time.h"
 #include "common/variant.h"
@@ -155,6 +157,13 @@ class clsRS {
   // Receivables (eTyp 0) or payables (eTyp 1) per party at dtEnd, with a total line. An end date that
   // is not a date raises on the payables side.
   std::unique_ptr<Recordset> getAPARSummary(int32_t& eTyp, std::string& innerErr, std::string& dtEnd);
+
+  // One invoice as a finished RepairOrder document (enterprise/invoice_document.cpp); "Cr" as the
+  // state asks for a credit invoice. Returns the document and "0", or nothing and the failure's
+  // number, " - " and description. Loads through a connection of its own, not the shop connection.
+  std::unique_ptr<pugi::xml_document> generateEnterpriseInvoice(int32_t lInvoiceId,
+                                                                const std::string& sInvState,
+                                                                std::string& strErr);
 
  private:
   // The daily recap's figures of one period: units, sales, cost, margin percent.

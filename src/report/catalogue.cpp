@@ -64,6 +64,14 @@ const std::vector<Entry>& Catalogue() {
          std::string from = p.T(0), to = p.T(1);
          return Rows(rs.GetSupplierExpenseSummary(from, to, status));
        }},
+      {"ENTINVOICE",
+       [](clsRS& rs, Params& p, std::string& status) {
+         int32_t invoice = p.W(0);
+         std::string state = p.T(1);
+         ReportOutput output;
+         output.document = rs.generateEnterpriseInvoice(invoice, state, status);
+         return output;
+       }},
       {"ENTCUSTSRCH",
        [](clsRS& rs, Params& p, std::string& status) {
          std::string order = p.T(0), company = p.T(1), first = p.T(2), last = p.T(3);

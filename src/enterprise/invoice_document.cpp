@@ -1,0 +1,29 @@
+// The invoice look-up (ENTINVOICE): one invoice as a finished RepairOrder document.
+#include <exception>
+
+#include "data/cls_rs.h"
+#include "enterprise/cls_invoice_dom.h"
+
+namespace ent {
+
+std::unique_ptr<pugi::xml_document> clsRS::generateEnterpriseInvoice(int32_t lInvoiceId,
+                                                                     const std::string& sInvState,
+                                                                     std::string& strErr) {
+  try {
+    clsInvoiceDOM builder;
+    builder.InvoiceID = lInvoiceId;
+    builder.InvoiceState = sInvState;
+    std::unique_ptr<pugi::xml_document> document = builder.createDom();
+    if (!builder.errString().empty()) {
+      strErr = builder.errString();
+      return nullptr;
+    }
+    strErr = "0";
+    return document;
+  } catch (const std::exception& e) {
+    strErr = NumberedFailureText(e);
+  }
+  return nullptr;
+}
+
+}  // namespace ent

@@ -1,0 +1,286 @@
+// The RepairOrder document of one invoice, on the small sample shop and on copies of it changed
+// by hand for the cases the sample does not hold.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <pugixml.hpp>
+#include <regex>
+#include <sstream>
+#include <vector>
+
+#include "common/thread_values.h"
+#include "data/cls_rs.h"
+#include "report/cls_prebuilt_report.h"
+#include "sampledb/sqlite_out.h"
+#include "server/sendable.h"
+#include "support/sample_shop.h"
+#include "support/temp_dir.h"
+
+namespace ent {
+namespace {
+
+using test::QueryValue;
+
+// The document of invoice 100002 of the small sample shop, worked out by hand.
+std::string ExpectedInvoice100002() {
+  std::ifstream in(std::string(ENTPRCREQ_SOURCE_DIR) + "/tests/enterprise/invoice_100002.xml");
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+std::string Raw(const pugi::xml_node& node) {
+  std::ostringstream out;
+  node.print(out, "", pugi::format_raw);
+  return out.str();
+}
+
+std::vector<std::string> ChildNames(const pugi::xml_node& node) {
+  std::vector<std::string> names;
+  for (pugi::xml_node child : node.children())
+    if (child.type() == pugi::node_element) names.push_back(child.name());
+  return names;
+}
+
+std::vector<std::string> AttributeNames(const pugi::xml_node& node) {
+  std::vector<std::string> names;
+  for (pugi::xml_attribute a : node.attributes()) names.push_back(a.name());
+  return names;
+}
+
+std::string Text(const pugi::xml_document& doc, const char* path) {
+  return doc.select_node(path).node().text().get();
+}
+
+std::string Attr(const pugi::xml_document& doc, const char* path, const char* name) {
+  return doc.select_node(path).node().attribute(name).value();
+}
+
+// The invoice document as clsRS hands it back, with its status.
+struct Invoice {
+  std::unique_ptr<pugi::xml_document> doc;
+  std::string status;
+};
+
+Invoice Generate(int32_t number, const std::string& state) {
+  Invoice result;
+  clsRS engine;
+  result.doc = engine.generateEnterpriseInvoice(number, state, result.status);
+  return result;
+}
+
+// A private copy of the small sample shop, set as the thread's shop.
+class InvoiceDocumentTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::copy_file(test::SmallSampleShop(), dir_.file("shop.db"));
+    SetShopConnectionString("Provider=SQLite;Data Source=" + dir_.file("shop.db"));
+  }
+  void Exec(const std::string& sql) {
+    sampledb::Database db(dir_.file("shop.db"));
+    db.Exec(sql);
+  }
+  // The document of an invoice that is expected to load; an empty document when it does not.
+  const pugi::xml_document& Load(int32_t number, const std::string& state) {
+    Invoice inv = Generate(number, state);
+    EXPECT_EQ(inv.status, "0");
+    loaded_ = inv.doc ? std::move(inv.doc) : std::make_unique<pugi::xml_document>();
+    return *loaded_;
+  }
+
+ private:
+  test::TempDir dir_;
+  std::unique_ptr<pugi::xml_document> loaded_;
+};
+
+TEST_F(InvoiceDocumentTest, OneSampleInvoiceAsTheJobPostsIt) {
+  clsPrebuiltReport job;
+  job.reportName = "entinvoice";
+  job.addParam("p0", "100002");
+  job.addParam("p1", "");
+  std::shared_ptr<ISendable> result = job.generateDOC();
+  EXPECT_EQ(job.StatusStr, "0");
+  ASSERT_TRUE(result && result->XMLDocument());
+  pugi::xml_document expected;
+  ASSERT_TRUE(expected.load_string(ExpectedInvoice100002().c_str()));
+  EXPECT_EQ(Raw(*result->XMLDocument()), Raw(expected));
+  // Nothing in front of the root: no declaration, no processing instruction.
+  EXPECT_EQ(result->XMLDocument()->first_child().type(), pugi::node_element);
+}
+
+TEST_F(InvoiceDocumentTest, NormalInvoiceLinesPaymentsAndElementOrder) {
+  // A second payment, by card, beside the sample's own.
+  Exec(
+      "insert into wopaymentadv (payid, id, trandate, type, payment) values (9001, 6, '2023-02-03 00:00:00', "
+      "'cdMasterCard Business Plus', 1234.5)");
+  const pugi::xml_document& doc = Load(100006, "");
+  pugi::xml_node root = doc.child("RepairOrder");
+
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(ChildNames(doc), Names{"RepairOrder"});
+  EXPECT_EQ(ChildNames(root),
+            (Names{"CompanyInfo", "Customer", "Vehicle", "InvoiceAdmin", "Items", "Totals", "Messages"}));
+  EXPECT_EQ(ChildNames(root.child("CompanyInfo")),
+            (Names{"Name", "Address", "CityProv", "PostalCode", "TelNo", "FaxNo"}));
+  EXPECT_EQ(ChildNames(root.child("Customer")),
+            (Names{"Company", "FName", "LName", "Street", "City", "Prov", "Postal", "hTel", "bTel"}));
+  EXPECT_EQ(ChildNames(root.child("Vehicle")),
+            (Names{"Year", "Make", "Model", "Plate", "Odo", "VIN", "Unit", "Engine"}));
+  EXPECT_EQ(ChildNames(root.child("InvoiceAdmin")),
+            (Names{"RONum", "Date", "InvTime", "PO", "Reg", "Mech", "ServAdv", "WOID", "WODate", "WOTime"}));
+  EXPECT_EQ(AttributeNames(root.child("Items")), (Names{"dispOKNEEDSKIP", "dispPartNum"}));
+  EXPECT_EQ(ChildNames(root.child("Totals")),
+            (Names{"PartDiscount", "LabDiscount", "TotDiscount", "SubParts", "SubLab", "SubTot", "TX1", "TX2",
+                   "Deductible", "Total"}));
+  EXPECT_EQ(ChildNames(root.child("Messages")), (Names{"CustTX1Num", "CustTX2Num", "CustReq", "NoteToCust",
+                                                       "DefMsg", "PaidByMsg", "Disclaimer"}));
+  EXPECT_EQ(AttributeNames(root.child("Messages").child("Disclaimer")), (Names{"Display", "FontSize"}));
+
+  // Every line, in line-number order, each with its sixteen attributes in order.
+  const std::string lines = QueryValue("select count(*) from woparts where invoiceid = 100006");
+  pugi::xpath_node_set items = doc.select_nodes("/RepairOrder/Items/item");
+  ASSERT_EQ(std::to_string(items.size()), lines);
+  ASSERT_EQ(lines, "10");
+  for (size_t i = 0; i < items.size(); ++i) {
+    pugi::xml_node item = items[i].node();
+    EXPECT_EQ(AttributeNames(item),
+              (Names{"Qty", "Hrs", "Desc", "PartNum", "PartsEa", "PartsTot", "Lab", "TX", "Total", "C", "OK",
+                     "Need", "Skip", "PresetPkgItem", "PresetHeader", "MiscID"}));
+    const std::string line =
+        "from woparts where invoiceid = 100006 order by linenum limit 1 offset " + std::to_string(i);
+    EXPECT_EQ(item.attribute("Desc").value(), QueryValue("select description " + line));
+    EXPECT_EQ(item.attribute("Total").as_double(), std::stod(QueryValue("select total " + line)));
+    EXPECT_EQ(
+        item.attribute("PartNum").value(),
+        QueryValue("select ifnull(partnum, '') from inventory where invid = (select invinvid " + line + ")"));
+  }
+
+  // The sample's payment and the card payment, in the order the database keeps them.
+  pugi::xpath_node_set paid = doc.select_nodes("/RepairOrder/Messages/PaidByMsg/PayDetails");
+  ASSERT_EQ(paid.size(), 2u);
+  EXPECT_EQ(paid[1].node().text().get(), std::string("2/3/2023   MasterCard Busi   1,234.50"));
+  const std::string type = QueryValue("select type from wopaymentadv where id = 6 and payid <> 9001");
+  EXPECT_NE(std::string(paid[0].node().text().get()).find("   " + type.substr(2) + "   "), std::string::npos);
+  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WOID"), "6");
+}
+
+TEST_F(InvoiceDocumentTest, CreditInvoiceNegatesLinesAndHasNoWorkOrderOrPayments) {
+  const std::string credit = QueryValue("select min(credid) from wo where credid > 0");
+  const pugi::xml_document& doc = Load(std::stoi(credit), "Cr");
+  EXPECT_EQ(Attr(doc, "/RepairOrder", "InvoiceType"), "Cr");
+  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/RONum"), credit);
+  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WOID"), "0");
+  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WODate"), "");
+  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WOTime"), "");
+  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustReq"), "");
+  EXPECT_TRUE(doc.select_node("/RepairOrder/Messages/PaidByMsg").node().child("PayDetails").empty());
+  EXPECT_EQ(Text(doc, "/RepairOrder/Totals/Total"),
+            QueryValue("select screentotal from wo where credid = " + credit));
+
+  pugi::xpath_node_set items = doc.select_nodes("/RepairOrder/Items/item");
+  ASSERT_EQ(std::to_string(items.size()),
+            QueryValue("select count(*) from woparts where credid = " + credit));
+  ASSERT_GT(items.size(), 0u);
+  bool some_nonzero = false;
+  for (size_t i = 0; i < items.size(); ++i) {
+    pugi::xml_node item = items[i].node();
+    const std::string line =
+        " from woparts where credid = " + credit + " order by linenum limit 1 offset " + std::to_string(i);
+    for (auto [attribute, column] : {std::pair{"Qty", "qty"},
+                                     {"Hrs", "hrs"},
+                                     {"PartsTot", "totparts"},
+                                     {"Lab", "labour"},
+                                     {"Total", "total"}}) {
+      const double stored = std::stod(QueryValue(std::string("select ") + column + line));
+      EXPECT_DOUBLE_EQ(item.attribute(attribute).as_double(), -stored) << attribute;
+      some_nonzero = some_nonzero || stored != 0;
+    }
+    // The unit price keeps its sign.
+    EXPECT_DOUBLE_EQ(item.attribute("PartsEa").as_double(), std::stod(QueryValue("select partsea" + line)));
+  }
+  EXPECT_TRUE(some_nonzero);
+
+  // Only "Cr" exactly asks for a credit: "cr" looks for an invoice number, which this is not.
+  EXPECT_FALSE(Generate(std::stoi(credit), "cr").doc);
+}
+
+TEST_F(InvoiceDocumentTest, NoLinesUnknownCustomerAndNoVehicle) {
+  Exec("delete from woparts where invoiceid = 100002");
+  Exec("update wo set cusid = 99999, vehid = 0 where invoiceid = 100002");
+  Exec("delete from wopaymentadv where id = 2");
+  const pugi::xml_document& doc = Load(100002, "");
+  pugi::xml_node items = doc.select_node("/RepairOrder/Items").node();
+  EXPECT_EQ(AttributeNames(items), (std::vector<std::string>{"dispOKNEEDSKIP", "dispPartNum"}));
+  EXPECT_TRUE(items.first_child().empty());
+  for (pugi::xml_node field : doc.child("RepairOrder").child("Customer").children())
+    EXPECT_STREQ(field.text().get(), "") << field.name();
+  for (pugi::xml_node field : doc.child("RepairOrder").child("Vehicle").children()) {
+    if (std::string(field.name()) == "Odo") continue;
+    EXPECT_STREQ(field.text().get(), "") << field.name();
+  }
+  EXPECT_EQ(Text(doc, "/RepairOrder/Vehicle/Odo"), "27324");
+  EXPECT_TRUE(doc.select_node("/RepairOrder/Messages/PaidByMsg").node().child("PayDetails").empty());
+  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/PaidByMsg"), "Paid By:...");
+}
+
+TEST_F(InvoiceDocumentTest, DisplayFlagsAndShopSettings) {
+  Exec(
+      "update globalvars set chkInvPrintCustTX1num = 1, chkInvPrintCustTX2num = -1, ChkPrintInvoiceTIme = 2, "
+      "chkINVPrintPartNumbers = 1, INVOICEchkdispcomments = 0, wochkprintcustomerrequests = 3, "
+      "INVOICEchkdispdisclaimer = 0, InvDisclaimerFontSize = 10, INVOICEdefnote = null, COMPaftel = null, "
+      "COMPftel = '555-0100'");
+  Exec("update GlobalVars2 set COMPaHtel = ' ', COMPhTel = null");
+  Exec("update customer set tx1exempt = 'EX-1', tx2exempt = 'EX-2' where cusid = 6");
+  Exec("delete from machine");
+  const pugi::xml_document& doc = Load(100002, "");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustTX1Num", "Display"), "True");
+  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustTX1Num"), "EX-1");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustTX2Num", "Display"), "False");
+  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustTX2Num"), "EX-2");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/InvoiceAdmin/InvTime", "Display"), "True");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Items", "dispPartNum"), "True");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/DefMsg", "Display"), "False");
+  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/DefMsg"), ".");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustReq", "Display"), "False");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/NoteToCust", "Display"), "true");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/PaidByMsg", "Display"), "true");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/Disclaimer", "Display"), "False");
+  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/Disclaimer", "FontSize"), "10");
+  EXPECT_EQ(Text(doc, "/RepairOrder/CompanyInfo/TelNo"), "");
+  EXPECT_EQ(Text(doc, "/RepairOrder/CompanyInfo/FaxNo"), "Fax.#: () 555-0100");
+  EXPECT_EQ(Text(doc, "/RepairOrder/CompanyInfo/Name"), "");
+
+  // Without settings rows the document still comes, with empty texts and every flag off.
+  Exec("delete from globalvars");
+  Exec("delete from GlobalVars2");
+  const pugi::xml_document& bare = Load(100002, "");
+  EXPECT_EQ(Attr(bare, "/RepairOrder/InvoiceAdmin/InvTime", "Display"), "False");
+  EXPECT_EQ(Attr(bare, "/RepairOrder/Messages/Disclaimer", "FontSize"), "0");
+  EXPECT_EQ(Text(bare, "/RepairOrder/Messages/DefMsg"), "");
+  EXPECT_EQ(Text(bare, "/RepairOrder/CompanyInfo/Address"), "");
+}
+
+TEST_F(InvoiceDocumentTest, UnknownInvoiceNumberGivesNumberedErrorAndNoDocument) {
+  // The header query finds no row: the data layer's "no current record" failure.
+  Invoice inv = Generate(4242, "");
+  EXPECT_FALSE(inv.doc);
+  EXPECT_EQ(inv.status.rfind("3021 - Either BOF or EOF is True", 0), 0u) << inv.status;
+
+  // Through the job the same text is what the head office receives, without a document.
+  clsPrebuiltReport job;
+  job.reportName = "ENTINVOICE";
+  job.addParam("p0", "4242");
+  std::shared_ptr<ISendable> result = job.generateDOC();
+  EXPECT_EQ(job.StatusStr, inv.status);
+  EXPECT_TRUE(!result || !result->XMLDocument());
+
+  // A shop that cannot be reached is reported the same way.
+  SetShopConnectionString("Provider=SQLite;Data Source=/nonexistent/dir/shop.db");
+  inv = Generate(100002, "");
+  EXPECT_FALSE(inv.doc);
+  EXPECT_TRUE(std::regex_match(inv.status, std::regex(R"(-?\d+ - \S.*)"))) << inv.status;
+}
+
+}  // namespace
+}  // namespace ent
