@@ -491,7 +491,7 @@ void Shop::AddJob(WorkOrder& wo, JobKind job, int tech, bool skipped) {
       if (oil_job >= 11) labour("TIRE ROTATION", "TIRE LABOR", 4);
       if (oil_job == 10) labour("CHASSIS LUBRICATION", "OIL CHANGE LABOR", 3);
       if (job == JobKind::kOilPackage) {
-        PackLines(wo, first, "OIL CHANGE PACKAGE - " + std::string(Jobs()[oil_job].description), jobid);
+        PackLines(wo, first, "OIL CHANGE PKG - " + std::string(Jobs()[oil_job].description), jobid);
       }
       wo.lines.push_back(
           FeeLine(kEnvironmentalFee, "ENVIRONMENTAL FEE - OIL DISPOSAL", "OTHER CHARGES", 250, 100));

@@ -193,7 +193,7 @@ struct HeadOffice::Impl {
     auto arg = [&](size_t i) { return i < post.arguments.size() ? post.arguments[i].second : std::string(); };
     std::ofstream(dir / "posts.txt", std::ios::binary | std::ios::app)
         << stem << '\t' << OneLine(arg(2), 40) << '\t' << OneLine(arg(3), 12) << '\t' << OneLine(arg(4), 100)
-        << '\t' << post.rows << '\n';
+        << '\t' << post.rows << '\t' << post.document_root << '\n';
   }
 
   void HandlePost(const httplib::Request& request, httplib::Response& response) {
@@ -221,8 +221,10 @@ struct HeadOffice::Impl {
         post.arguments.emplace_back(xml::LocalName(arg.name()), arg.text().get());
     if (!post.arguments.empty() && !post.arguments.back().second.empty()) {
       pugi::xml_document document;
-      if (document.load_string(post.arguments.back().second.c_str()))
+      if (document.load_string(post.arguments.back().second.c_str())) {
         post.rows = static_cast<int>(document.select_nodes("//z:row").size());
+        post.document_root = document.document_element().name();
+      }
     }
     {
       std::lock_guard<std::mutex> lock(mutex);

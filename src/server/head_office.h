@@ -1,7 +1,8 @@
 // A stand-in for the head office's web service, for demonstrations and tests: it publishes a WSDL
 // shaped like an ASP.NET service's at /EntHost/service.asmx?WSDL and accepts sendReport posts. Each
 // post is kept in memory and, when an output directory is set, stored there as NNNN.json (its six
-// arguments in order; the document as its own NNNN.xml file) with a line in posts.txt.
+// arguments in order; the document as its own NNNN.xml file) with a line in posts.txt (number,
+// session, client, status, rows, the document's root element).
 #pragma once
 
 #include <memory>
@@ -27,6 +28,7 @@ struct HeadOfficePost {
   std::string soap_action;
   std::vector<std::pair<std::string, std::string>> arguments;  // parameter name and text, in order
   int rows = -1;  // z:row elements in the document; -1 without a document
+  std::string document_root;  // the document's root element ("xml" for a rowset), "" without one
 };
 
 class HeadOffice {

@@ -47,7 +47,7 @@ TEST(SoapClientTest, PostsTheArgumentsInOrderAndStoresThem) {
   std::ifstream list(dir.file("posts/posts.txt"));
   std::string line;
   std::getline(list, line);
-  EXPECT_EQ(line, "0001\tS1\t7\t0\t0");
+  EXPECT_EQ(line, "0001\tS1\t7\t0\t0\txml");
 }
 
 // Nothing is built in: a service with another namespace, address and parameter names is called
