@@ -94,7 +94,7 @@ class HostServerTest : public ::testing::Test {
 };
 
 TEST_F(HostServerTest, RequestsAtOnceGiveWhatTheyGiveOneAtATime) {
-  Serve(Settings(4, 32));
+  Serve(Settings(4, 64));
   const std::vector<std::string> documents = {
       RequestDocument("INVSUM01", {"1/1/2024", "12/31/2024"}),
       RequestDocument("PAYREC01", {"1/1/2025", "6/30/2025"}),
@@ -104,6 +104,11 @@ TEST_F(HostServerTest, RequestsAtOnceGiveWhatTheyGiveOneAtATime) {
       RequestDocument("ENTCUSTINVOICES", {"", "2"}),
       RequestDocument("", {}, "select top 40 woid, latestdate, screentotal from wo order by woid"),
       RequestDocument("NOSUCH", {}),
+      // Statements that fill work tables in the shop database: at once they must not mix.
+      RequestDocument("BL01", {"12/31/2024"}),
+      RequestDocument("BL01", {"6/30/2024"}),
+      RequestDocument("TB01", {"12/31/2024"}),
+      RequestDocument("AR01", {"12/31/2024"}),
   };
   for (size_t i = 0; i < documents.size(); ++i) {
     HttpResponse answer = Post(Call(std::to_string(i + 1), documents[i]));
