@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
@@ -81,6 +82,11 @@ std::string QueryValue(const std::string& sql) {
   if (sqlite3_step(statement.get()) != SQLITE_ROW) return "";
   const unsigned char* text = sqlite3_column_text(statement.get(), 0);
   return text ? reinterpret_cast<const char*>(text) : "";
+}
+
+double Amount(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), ','), text.end());
+  return text.empty() ? 0 : std::stod(text);
 }
 
 }  // namespace ent::test

@@ -27,4 +27,7 @@ ReportRun RunReport(const std::string& code, const std::vector<std::string>& par
 // as text ("" for null): the independent check of a report's figures.
 std::string QueryValue(const std::string& sql);
 
+// A displayed amount ("1,234.50") as a number; 0 for the empty text.
+double Amount(std::string text);
+
 }  // namespace ent::test

@@ -9,13 +9,9 @@
 namespace ent {
 namespace {
 
+using test::Amount;
 using test::QueryValue;
 using test::RunReport;
-
-double Amount(std::string text) {
-  text.erase(std::remove(text.begin(), text.end(), ','), text.end());
-  return text.empty() ? 0 : std::stod(text);
-}
 
 TEST(PartsCodesOnSampleShop, EveryCodeAnswersForSensibleParameters) {
   const std::vector<std::pair<std::string, std::vector<std::string>>> requests = {

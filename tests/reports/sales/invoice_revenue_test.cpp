@@ -9,14 +9,9 @@
 namespace ent {
 namespace {
 
+using test::Amount;
 using test::QueryValue;
 using test::RunReport;
-
-// "1,234.50" as a number.
-double Amount(std::string text) {
-  text.erase(std::remove(text.begin(), text.end(), ','), text.end());
-  return text.empty() ? 0 : std::stod(text);
-}
 
 const std::string kYear = "'2024-01-01 00:00:00' and '2024-12-31 00:00:00'";
 
