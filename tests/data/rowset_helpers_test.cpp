@@ -3,6 +3,7 @@
 #include "common/thread_values.h"
 #include "data/cls_rs.h"
 #include "data/sql_text.h"
+#include "support/rowset_text.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -19,12 +20,6 @@ std::unique_ptr<Recordset> TextRowset(const std::vector<std::string>& columns,
   }
   rs->Update();
   return rs;
-}
-
-std::vector<std::string> Column(Recordset& rs, const std::string& name) {
-  std::vector<std::string> out;
-  for (rs.MoveFirst(); !rs.IsEof(); rs.MoveNext()) out.push_back(rs.Get(name).IsNull() ? "<null>" : rs.Get(name).text());
-  return out;
 }
 
 TEST(RowsetHelpers, TotalRowSumsNumericCellsOfTheListedColumnsOnly) {
@@ -47,7 +42,7 @@ TEST(RowsetHelpers, TotalRowSumsNumericCellsOfTheListedColumnsOnly) {
 TEST(RowsetHelpers, FormatColumnsRewritesNumbersAndLeavesTextAlone) {
   auto rs = TextRowset({"Name", "A"}, {{"x", "1234.5"}, {"y", "abc"}, {"z", "-0.004"}});
   clsRS::formatColumns(*rs, {"A", ""}, "###,###,##0.00");
-  EXPECT_EQ(Column(*rs, "A"), (std::vector<std::string>{"1,234.50", "abc", "-0.00"}));
+  EXPECT_EQ(test::Column(*rs, "A"), (std::vector<std::string>{"1,234.50", "abc", "-0.00"}));
 }
 
 TEST(RowsetHelpers, CopyIsTextAndFailsWholeOnAValueTooLong) {
@@ -61,9 +56,9 @@ TEST(RowsetHelpers, CopyIsTextAndFailsWholeOnAValueTooLong) {
   EXPECT_TRUE(source->IsEof());
   EXPECT_EQ(copy->fields()[1].type, DataType::kChar);
   EXPECT_EQ(copy->fields()[1].defined_size, 50);
-  EXPECT_EQ(Column(*copy, "amount"), (std::vector<std::string>{"12.5", "3"}));
-  EXPECT_EQ(Column(*copy, "d"), (std::vector<std::string>{"1/15/2024", "1/16/2024 1:05:00 PM"}));
-  EXPECT_EQ(Column(*copy, "note"), (std::vector<std::string>{"", "ok"}));
+  EXPECT_EQ(test::Column(*copy, "amount"), (std::vector<std::string>{"12.5", "3"}));
+  EXPECT_EQ(test::Column(*copy, "d"), (std::vector<std::string>{"1/15/2024", "1/16/2024 1:05:00 PM"}));
+  EXPECT_EQ(test::Column(*copy, "note"), (std::vector<std::string>{"", "ok"}));
   EXPECT_EQ(clsRS::copyRS(nullptr), nullptr);
 
   db.Exec("insert into t values (3, 0, null, '" + std::string(60, 'n') + "')");

@@ -1,7 +1,6 @@
 #include "books.h"
 
 #include "common/thread_values.h"
-#include "common/value_helpers.h"
 
 namespace ent::test {
 
@@ -49,25 +48,6 @@ void Books::FiscalYear(int year) {
   const std::string y = std::to_string(year);
   db_.Exec("insert into ChartOfAccountsFiscalYearRange values (" + y + ", '1/1/" + y + "', '12/31/" + y +
            "')");
-}
-
-std::vector<std::vector<std::string>> Table(Recordset* rs) {
-  std::vector<std::vector<std::string>> rows;
-  if (!rs || rs->RecordCount() == 0) return rows;
-  for (rs->MoveFirst(); !rs->IsEof(); rs->MoveNext()) {
-    std::vector<std::string> row;
-    for (size_t c = 0; c < rs->fields().size(); ++c) row.push_back(SafeString(rs->Get(c)));
-    rows.push_back(std::move(row));
-  }
-  return rows;
-}
-
-std::vector<std::vector<std::string>> RowsLabelled(const std::vector<std::vector<std::string>>& table,
-                                                   const std::string& label) {
-  std::vector<std::vector<std::string>> found;
-  for (const auto& row : table)
-    if (!row.empty() && row[0] == label) found.push_back(row);
-  return found;
 }
 
 }  // namespace ent::test

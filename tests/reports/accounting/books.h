@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "data/recordset.h"
 #include "support/test_db.h"
 
 namespace ent::test {
@@ -31,12 +30,5 @@ class Books {
   TestDb db_;
   int next_glid_ = 1;
 };
-
-// Every row of the rowset from its first, each cell as text (null as the empty text).
-std::vector<std::vector<std::string>> Table(Recordset* rs);
-
-// The rows whose first cell equals `label`.
-std::vector<std::vector<std::string>> RowsLabelled(const std::vector<std::vector<std::string>>& table,
-                                                   const std::string& label);
 
 }  // namespace ent::test

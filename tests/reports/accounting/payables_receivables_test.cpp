@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "books.h"
+#include "support/rowset_text.h"
 #include "common/error.h"
 #include "data/cls_rs.h"
 
@@ -41,13 +42,13 @@ TEST(Payables, SuppliersWithABalanceAndBothTaxLines) {
       {"Acme Parts", "", "150.00"}, {"Tax 1", "", "34.00"},     {"Tax 2", "", "0.00"},  // always listed
       {"Zed Supply", "", "320.00"}, {"[b]TOTAL", "", "504.00"},
   };
-  EXPECT_EQ(test::Table(rs.get()), expected);
+  EXPECT_EQ(test::Cells(rs.get()), expected);
   EXPECT_EQ(rs->fields()[1].name, "Contact");
 
   // No supplier owed anything: the two tax lines still come back.
   end = "1/1/2024";
   const Rows taxes_only = {{"Tax 1", "", "0.00"}, {"Tax 2", "", "0.00"}, {"[b]TOTAL", "", "0.00"}};
-  EXPECT_EQ(test::Table(engine.getAPARSummary(type, status, end).get()), taxes_only);
+  EXPECT_EQ(test::Cells(engine.getAPARSummary(type, status, end).get()), taxes_only);
 
   // An end date that is no date is the caller's failure.
   end = "soon";
@@ -95,7 +96,7 @@ TEST(Receivables, BranchesDatesAndRoundingLimits) {
       {"Gamma", "Gil", "Grey", "85"},
       {"[b]TOTAL", "", "", "165.02"},
   };
-  EXPECT_EQ(test::Table(rs.get()), expected);
+  EXPECT_EQ(test::Cells(rs.get()), expected);
 
   // Nobody owes anything: no rows and no total line.
   end = "1/1/2024";

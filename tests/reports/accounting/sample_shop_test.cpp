@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "books.h"
+#include "support/rowset_text.h"
 #include "common/thread_values.h"
 #include "common/variant.h"
 #include "data/cls_rs.h"
@@ -51,7 +52,7 @@ class StatementsOnSampleShop : public ::testing::Test {
     clsRS engine;
     engine.openConnections();
     std::string as_of = date, status;
-    Rows table = test::Table(engine.getBalanceSheet(as_of, status).get());
+    Rows table = test::Cells(engine.getBalanceSheet(as_of, status).get());
     EXPECT_EQ(status, "0");
     return table;
   }
@@ -75,14 +76,14 @@ TEST_F(StatementsOnSampleShop, StatementsBalanceWhereTheLedgerDoes) {
   clsRS engine;
   engine.openConnections();
   std::string start = "1/1/2024", end = "12/31/2024", status;
-  const Rows pl = test::Table(engine.getProfitLoss(start, end, status).get());
+  const Rows pl = test::Cells(engine.getProfitLoss(start, end, status).get());
   ASSERT_EQ(status, "0");
   // The fiscal year is the calendar year: the year's profit is the balance sheet's net income.
   EXPECT_EQ(Amount(pl, "[b]NET REVENUE", kTotal), Amount(sheet, "Net Income", kTotal));
   EXPECT_EQ(Amount(pl, "[b]TOTAL REVENUE", kTotal) - Amount(pl, "[b]TOTAL EXPENSES", kTotal),
             Amount(pl, "[b]NET REVENUE", kTotal));
 
-  const Rows tb = test::Table(engine.getTrialBalance(end, status).get());
+  const Rows tb = test::Cells(engine.getTrialBalance(end, status).get());
   ASSERT_EQ(status, "0");
   EXPECT_GT(Amount(tb, "[b]TOTAL", kDebit), Currency());
   EXPECT_EQ(Amount(tb, "[b]TOTAL", kDebit), Amount(tb, "[b]TOTAL", kCredit));
@@ -90,10 +91,10 @@ TEST_F(StatementsOnSampleShop, StatementsBalanceWhereTheLedgerDoes) {
   // The summaries add up to their control accounts: payables (10) owed by the shop, receivables (9)
   // owed to it.
   int32_t payables = 1, receivables = 0;
-  const Rows ap = test::Table(engine.getAPARSummary(payables, status, end).get());
+  const Rows ap = test::Cells(engine.getAPARSummary(payables, status, end).get());
   ASSERT_EQ(status, "0");
   EXPECT_EQ(Amount(ap, "[b]TOTAL", 2), -LedgerSum("chid = 10 and transdate <= '12/31/2024'"));
-  const Rows ar = test::Table(engine.getAPARSummary(receivables, status, end).get());
+  const Rows ar = test::Cells(engine.getAPARSummary(receivables, status, end).get());
   ASSERT_EQ(status, "0");
   EXPECT_EQ(Amount(ar, "[b]TOTAL", kBalance), LedgerSum("chid = 9 and transdate <= '12/31/2024'"));
 }

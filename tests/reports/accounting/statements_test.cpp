@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "books.h"
+#include "support/rowset_text.h"
 #include "common/date_time.h"
 #include "data/cls_rs.h"
 
@@ -84,7 +85,7 @@ TEST_F(BalanceSheetBooks, WritesEveryLineInOrderWithGroupsSignsAndTotals) {
       L(""),
       L("[b]TOTAL LIABILITIES & EQUITY", 0, "850.00"),
   };
-  EXPECT_EQ(test::Table(rs.get()), expected);
+  EXPECT_EQ(test::Cells(rs.get()), expected);
 }
 
 TEST_F(BalanceSheetBooks, EarlierDateAndFailures) {
@@ -92,7 +93,7 @@ TEST_F(BalanceSheetBooks, EarlierDateAndFailures) {
   engine.openConnections();
   // At the end of 2023 the year's profit is the net income and nothing is retained yet.
   std::string as_of = "12/31/2023", status;
-  Rows table = test::Table(engine.getBalanceSheet(as_of, status).get());
+  Rows table = test::Cells(engine.getBalanceSheet(as_of, status).get());
   ASSERT_EQ(status, "0");
   EXPECT_EQ(test::RowsLabelled(table, "Retained Earnings"), Rows{L("Retained Earnings", 0, "0.00")});
   EXPECT_EQ(test::RowsLabelled(table, "Net Income"), Rows{L("Net Income", 0, "200.00")});
@@ -138,7 +139,7 @@ TEST(BalanceSheet, DeepChartEmptyDateAndEmptySections) {
       L("[sp15]A5"),
       L("[b]TOTAL ASSETS", 0, "6.00"),
   };
-  Rows table = test::Table(rs.get());
+  Rows table = test::Cells(rs.get());
   ASSERT_GE(table.size(), expected_assets.size());
   EXPECT_EQ(Rows(table.begin(), table.begin() + static_cast<long>(expected_assets.size())), expected_assets);
   // Sections without accounts keep their headings and show zero totals.
@@ -179,7 +180,7 @@ TEST(ProfitLoss, PeriodEndsGroupsAndNetRevenue) {
       L(""),
       L("[b]NET REVENUE", 0, "400.00"),
   };
-  EXPECT_EQ(test::Table(rs.get()), expected);
+  EXPECT_EQ(test::Cells(rs.get()), expected);
 
   // A period without postings: headings and zero totals only.
   start = "1/1/2020";
@@ -193,7 +194,7 @@ TEST(ProfitLoss, PeriodEndsGroupsAndNetRevenue) {
       L(""),
       L("[b]NET REVENUE", 0, "0.00"),
   };
-  EXPECT_EQ(test::Table(engine.getProfitLoss(start, end, status).get()), empty);
+  EXPECT_EQ(test::Cells(engine.getProfitLoss(start, end, status).get()), empty);
   EXPECT_EQ(status, "0");
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "books.h"
+#include "support/rowset_text.h"
 #include "data/cls_rs.h"
 
 namespace ent {
@@ -70,7 +71,7 @@ TEST_F(TrialBalanceBooks, PlacesBalancesWithPathsRetainedEarningsAndClassBreaks)
       {"", "", ""},
       {"[b]TOTAL", "2,700.00", "2,700.00"},
   };
-  EXPECT_EQ(test::Table(rs.get()), expected);
+  EXPECT_EQ(test::Cells(rs.get()), expected);
 }
 
 TEST_F(TrialBalanceBooks, OutsideEveryFiscalYearAndNoDate) {
@@ -104,13 +105,13 @@ TEST(TrialBalance, PriorLossIsADebitAndTotalsShowZero) {
       {"Cash", "", "200.00"},           {"", "", ""}, {"", "", ""}, {"Retained Earnings", "200.00", ""},
       {"[b]TOTAL", "200.00", "200.00"},
   };
-  EXPECT_EQ(test::Table(engine.getTrialBalance(end, status).get()), expected);
+  EXPECT_EQ(test::Cells(engine.getTrialBalance(end, status).get()), expected);
 
   // Nothing posted before the date: only the class breaks and a zero total.
   end = "1/2/2023";
   books.Exec("delete from ChartOfAccountsGLPOSTINGTABLE");
   const Rows nothing = {{"", "", ""}, {"", "", ""}, {"[b]TOTAL", "0.00", "0.00"}};
-  EXPECT_EQ(test::Table(engine.getTrialBalance(end, status).get()), nothing);
+  EXPECT_EQ(test::Cells(engine.getTrialBalance(end, status).get()), nothing);
 }
 
 }  // namespace

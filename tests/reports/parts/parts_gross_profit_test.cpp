@@ -2,7 +2,8 @@
 // of the sales-class pricing band at its edges.
 #include <gtest/gtest.h>
 
-#include "reports/parts/parts_shop.h"
+#include "support/empty_shop.h"
+#include "support/rowset_text.h"
 
 namespace ent {
 namespace {
@@ -27,10 +28,10 @@ class PartsGrossProfitTest : public ::testing::Test {
   }
   Rows Run(const std::string& from, const std::string& to, std::string& err) {
     auto rs = shop.engine().getPartsGPReport(from, to, err);
-    return rs ? test::Cells(*rs) : Rows{{"<none>"}};
+    return rs ? test::Cells(rs.get()) : Rows{{"<none>"}};
   }
 
-  test::PartsShop shop;
+  test::EmptyShop shop;
 };
 
 TEST_F(PartsGrossProfitTest, ListsInvoiceLinesWithACostAndEveryCreditLine) {

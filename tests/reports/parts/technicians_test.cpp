@@ -5,7 +5,8 @@
 #include <map>
 
 #include "common/error.h"
-#include "reports/parts/parts_shop.h"
+#include "support/empty_shop.h"
+#include "support/rowset_text.h"
 
 namespace ent {
 namespace {
@@ -42,7 +43,7 @@ class TechniciansTest : public ::testing::Test {
                  "8, 5, 12, 0, 'T1', 900, 0, 0, 0, 0, 0, 9, 0, 0, 0, 0, 0, 0, 'No'"});
   }
 
-  test::PartsShop shop;
+  test::EmptyShop shop;
 };
 
 TEST_F(TechniciansTest, PerformanceCountsTheLinesEachSwitchAdds) {
@@ -58,7 +59,7 @@ TEST_F(TechniciansTest, PerformanceCountsTheLinesEachSwitchAdds) {
       ASSERT_TRUE(rs) << err;
       EXPECT_EQ(err, "0");
       // By last name; a technician without lines shows 0.00 throughout.
-      EXPECT_EQ(test::Cells(*rs),
+      EXPECT_EQ(test::Cells(rs.get()),
                 (std::vector<Row>{{"Carl", "Adams", "0.00", "0.00", "0.00", "0.00", "0.00", "0.00", "0.00"},
                                   {"Ann", "Baker", parts, "50.00", "10.00", "5.00", "20.00", "5.00", total},
                                   {"[b]TOTAL", "", parts, "50.00", "10.00", "5.00", "20.00", "5.00", total}}))
@@ -118,7 +119,7 @@ TEST_F(TechniciansTest, CostFromTheLinesOrFromTheTimeClock) {
     ASSERT_TRUE(rs);
     EXPECT_EQ(err, "0");
     // The list has no order of its own; the total line comes last and adds up, empty cells as nothing.
-    std::vector<Row> rows = test::Cells(*rs);
+    std::vector<Row> rows = test::Cells(rs.get());
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows[0][1] == "Baker" ? rows[0] : rows[1], c.ann);
     EXPECT_EQ(rows[0][1] == "Baker" ? rows[1] : rows[0], c.carl);
@@ -130,7 +131,7 @@ TEST_F(TechniciansTest, CostFromTheLinesOrFromTheTimeClock) {
 }
 
 TEST(TechniciansWithoutStaffTest, AnEmptyListGivesTheColumnsWithoutRows) {
-  test::PartsShop shop;
+  test::EmptyShop shop;
   std::string err;
   auto perf = shop.engine().getTechPerf("5/1/2024", "5/31/2024", true, true, err);
   ASSERT_TRUE(perf);
