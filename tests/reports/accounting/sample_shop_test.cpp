@@ -7,15 +7,12 @@
 #include <thread>
 #include <vector>
 
-#include "books.h"
-#include "support/rowset_text.h"
 #include "common/thread_values.h"
 #include "common/variant.h"
 #include "data/cls_rs.h"
 #include "data/connection.h"
-#include "report/cls_prebuilt_report.h"
-#include "sampledb/sample_db.h"
-#include "support/temp_dir.h"
+#include "support/rowset_text.h"
+#include "support/sample_shop.h"
 
 namespace ent {
 namespace {
@@ -24,17 +21,7 @@ using Rows = std::vector<std::vector<std::string>>;
 
 class StatementsOnSampleShop : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    dir_ = new test::TempDir();
-    sampledb::Options options;
-    options.size = sampledb::Size::kSmall;
-    sampledb::CreateSampleDb(dir_->file("shop.db"), options);
-  }
-  static void TearDownTestSuite() {
-    delete dir_;
-    dir_ = nullptr;
-  }
-  static std::string ConnectionString() { return "Provider=SQLite;Data Source=" + dir_->file("shop.db"); }
+  static std::string ConnectionString() { return "Provider=SQLite;Data Source=" + test::SmallSampleShop(); }
   void SetUp() override { SetShopConnectionString(ConnectionString()); }
 
   // The amount in the given column of the one row labelled `label`.
@@ -56,11 +43,7 @@ class StatementsOnSampleShop : public ::testing::Test {
     EXPECT_EQ(status, "0");
     return table;
   }
-
-  static test::TempDir* dir_;
 };
-
-test::TempDir* StatementsOnSampleShop::dir_ = nullptr;
 
 constexpr size_t kTotal = 5, kDebit = 1, kCredit = 2, kBalance = 3;
 
@@ -106,12 +89,9 @@ TEST_F(StatementsOnSampleShop, CatalogueAnswersEachCode) {
       {"AR01", {"6/30/2025"}},
   };
   for (const auto& [code, params] : requests) {
-    clsPrebuiltReport job;
-    job.reportName = code;
-    for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
-    auto result = job.generateDOC();
-    EXPECT_EQ(job.StatusStr, "0") << code;
-    EXPECT_TRUE(result && result->XMLDocument()) << code;
+    const test::ReportRun run = test::RunReport(code, params);
+    EXPECT_EQ(run.status, "0") << code;
+    EXPECT_TRUE(run.has_document) << code;
   }
 }
 

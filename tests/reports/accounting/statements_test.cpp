@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "books.h"
-#include "support/rowset_text.h"
 #include "common/date_time.h"
 #include "data/cls_rs.h"
+#include "support/rowset_text.h"
 
 namespace ent {
 namespace {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "books.h"
-#include "support/rowset_text.h"
 #include "data/cls_rs.h"
+#include "support/rowset_text.h"
 
 namespace ent {
 namespace {
