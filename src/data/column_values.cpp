@@ -5,6 +5,8 @@
 
 namespace ent {
 
+namespace {
+
 Field FieldFromRawValues(const std::vector<std::vector<Variant>>& rows, size_t column) {
   bool any_real = false, any_text = false, big = false, all_money_like = true;
   for (const auto& row : rows) {
@@ -87,6 +89,20 @@ Variant TypedValue(const Field& f, Variant raw) {
     default:  // text types
       if (raw.IsString()) return raw;
       return Variant(raw.ToText());
+  }
+}
+
+}  // namespace
+
+void TypeColumns(QueryResult& result, const std::vector<bool>& declared) {
+  for (size_t c = 0; c < result.fields.size(); ++c) {
+    Field& f = result.fields[c];
+    if (!declared[c]) {
+      Field inferred = FieldFromRawValues(result.rows, c);
+      inferred.name = std::move(f.name);
+      f = std::move(inferred);
+    }
+    for (auto& row : result.rows) row[c] = TypedValue(f, std::move(row[c]));
   }
 }
 

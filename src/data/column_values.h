@@ -5,17 +5,15 @@
 
 #include <vector>
 
-#include "common/variant.h"
-#include "data/field.h"
+#include "data/connection.h"
 
 namespace ent {
 
-// The field of a computed column (one without a declared type), from its raw values: whole numbers
-// give int (bigint beyond its range); fractions give money when every value has at most four
-// decimals (sums and differences of amounts), float otherwise; any text gives nvarchar.
-Field FieldFromRawValues(const std::vector<std::vector<Variant>>& rows, size_t column);
-
-// The raw value as the field's type; a value held in another form than the type stays as it is.
-Variant TypedValue(const Field& field, Variant raw);
+// Gives every column of a fetched result its field and its values their field's type. A column
+// whose `declared[c]` is false is a computed one: its field comes from its raw values (whole
+// numbers give int, bigint beyond its range; fractions give money when every value has at most
+// four decimals, as sums and differences of amounts have, float otherwise; any text gives
+// nvarchar) and keeps its name. A value held in another form than its type stays as it is.
+void TypeColumns(QueryResult& result, const std::vector<bool>& declared);
 
 }  // namespace ent

@@ -322,7 +322,7 @@ class OdbcConnection : public Connection {
     return f;
   }
 
-  // One cell as a raw value for TypedValue, fetched in the C type that keeps it exact.
+  // One cell as a raw value for TypeColumns, fetched in the C type that keeps it exact.
   Variant RawCell(const Handle& stmt, SQLUSMALLINT column, const Field& f, bool typed) {
     if (!typed && f.type == DataType::kVarWChar) {
       auto text = TextCell(stmt, column);
@@ -380,15 +380,7 @@ class OdbcConnection : public Connection {
       }
       result.rows.push_back(std::move(row));
     }
-    for (size_t c = 0; c < result.fields.size(); ++c) {
-      Field& f = result.fields[c];
-      if (!typed[c]) {
-        Field inferred = FieldFromRawValues(result.rows, c);
-        inferred.name = std::move(f.name);
-        f = std::move(inferred);
-      }
-      for (auto& row : result.rows) row[c] = TypedValue(f, std::move(row[c]));
-    }
+    TypeColumns(result, typed);
     return result;
   }
 

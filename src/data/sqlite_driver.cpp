@@ -168,15 +168,7 @@ class SqliteConnection : public Connection {
       result.rows.push_back(std::move(row));
     }
     if (rc != SQLITE_DONE) Raise(db());
-    for (size_t c = 0; c < result.fields.size(); ++c) {
-      Field& f = result.fields[c];
-      if (!declared[c]) {
-        Field typed = FieldFromRawValues(result.rows, c);
-        typed.name = std::move(f.name);
-        f = std::move(typed);
-      }
-      for (auto& row : result.rows) row[c] = TypedValue(f, std::move(row[c]));
-    }
+    TypeColumns(result, declared);
     return result;
   }
 
