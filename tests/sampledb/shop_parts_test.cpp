@@ -60,15 +60,6 @@ TEST(Prng, IsSplitMix64) {
   }
 }
 
-TEST(RoundDiv, RoundsHalvesAwayFromZero) {
-  EXPECT_EQ(RoundDiv(5, 10), 1);
-  EXPECT_EQ(RoundDiv(4, 10), 0);
-  EXPECT_EQ(RoundDiv(-5, 10), -1);
-  EXPECT_EQ(RoundDiv(-15, 10), -2);
-  EXPECT_EQ(RoundDiv(-14, 10), -1);
-  EXPECT_EQ(RoundDiv(0, 7), 0);
-}
-
 TEST(SumLines, CountsWhatTheInvoiceCharges) {
   Line part;
   part.totparts = 10000;
