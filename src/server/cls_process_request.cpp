@@ -8,6 +8,7 @@
 #include "common/value_helpers.h"
 #include "common/variant.h"
 #include "report/cls_prebuilt_report.h"
+#include "server/request_document.h"
 #include "server/sendable.h"
 #include "server/token.h"
 
@@ -21,18 +22,6 @@ const char kSizeMessage[] = "Target location requires a database compact.";
 
 // An explicit jump to the failure path with no error (the posted text is then empty).
 struct SilentFailure {};
-
-// The text content of an element and its descendants.
-std::string TextOf(const pugi::xml_node& node) {
-  std::string text;
-  for (pugi::xml_node n = node.first_child(); n; n = n.next_sibling()) {
-    if (n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata)
-      text += n.value();
-    else if (n.type() == pugi::node_element)
-      text += TextOf(n);
-  }
-  return text;
-}
 
 pugi::xml_node Required(const pugi::xml_document& doc, const char* xpath) {
   pugi::xml_node node = doc.select_node(xpath).node();
@@ -60,7 +49,7 @@ void clsProcessRequest::set_ApplicationPath(const std::string& connection_string
 
 void clsProcessRequest::setDomDocument(const std::string& oDom) {
   request_ = std::make_unique<pugi::xml_document>();
-  if (!request_->load_string(oDom.c_str())) request_->reset();
+  load_error_ = LoadRequestDocument(oDom, *request_);
 }
 
 void clsProcessRequest::dispose() {
@@ -108,15 +97,16 @@ void clsProcessRequest::prepareDBReport() {
         token->SetdbInUse(2);
         WriteLog(SessionID, "Setting DB in use by server.");
       }
-      // 7.
+      // 7. A document that could not be loaded fails here, with the reason it could not.
+      if (!load_error_.empty()) throw Error(kObjectNotSet, load_error_);
       clsPrebuiltReport& j = the_job();
-      j.CustomReport = Variant(TextOf(Required(*request_, "//report/type"))).ToDouble() == 2;
-      j.ClientID = Variant(TextOf(Required(*request_, "//report/clientid"))).ToLong();
-      if (j.CustomReport) j.sqlString = TextOf(Required(*request_, "//report/sql"));
+      j.CustomReport = Variant(ElementText(Required(*request_, "//report/type"))).ToDouble() == 2;
+      j.ClientID = Variant(ElementText(Required(*request_, "//report/clientid"))).ToLong();
+      if (j.CustomReport) j.sqlString = ElementText(Required(*request_, "//report/sql"));
       // 8.
       if (j.sqlString.empty() && j.CustomReport) throw SilentFailure{};
       // 9.
-      j.reportName = TextOf(Required(*request_, "//report/name"));
+      j.reportName = ElementText(Required(*request_, "//report/name"));
       pugi::xml_node item = Required(*request_, "//report/params/reportItem");
       int n = 0;
       for (pugi::xml_node child = item.first_child(); child; child = child.next_sibling(), ++n) {
@@ -129,7 +119,7 @@ void clsProcessRequest::prepareDBReport() {
                           " of the request has no value (a reportItem child needs two attributes).");
         j.addParam("p" + std::to_string(n), second.value());
       }
-      j.SessionID = TextOf(Required(*request_, "//report/sessionid"));
+      j.SessionID = ElementText(Required(*request_, "//report/sessionid"));
       // 10.
       result = j.generateDOC();
       error_text = j.StatusStr;

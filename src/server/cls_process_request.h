@@ -39,7 +39,8 @@ class clsProcessRequest {
   void set_XMLPath(std::string path) { xml_path_ = std::move(path); }
   void set_ApplicationPath(const std::string& connection_string);  // the thread's shop connection string
 
-  // Loads the request document; a text that does not parse leaves an empty document.
+  // Loads the request document; a text that does not parse, or is nested too deep, leaves an empty
+  // document, and prepareDBReport posts the reason when it reads the request.
   void setDomDocument(const std::string& oDom);
   void dispose();
   void main() {}
@@ -58,6 +59,7 @@ class clsProcessRequest {
   std::string size_err_;
   std::string xml_path_;
   std::unique_ptr<pugi::xml_document> request_;
+  std::string load_error_;  // why the request document could not be loaded, "" when it could
   std::string token_dir_;
   SoapOptions soap_options_;
 };
