@@ -3,6 +3,7 @@
 #include "common/error.h"
 #include "common/log.h"
 #include "common/thread_values.h"
+#include "data/connection_string.h"
 
 namespace ent {
 
@@ -23,7 +24,7 @@ std::unique_ptr<Recordset> clsRS::getCustomRS(const std::string& sql, std::strin
   try {
     WriteLog("Starting getCustomRS");
     WriteLog(sql);
-    WriteLog(ShopConnectionString());
+    WriteLog(MaskedConnectionString(ShopConnectionString()));
     std::shared_ptr<Connection> connection = OpenConnection(ShopConnectionString());
     auto rs = Recordset::OpenQuery(std::move(connection), sql, false);
     sInnerErr = "0";

@@ -98,4 +98,29 @@ std::optional<std::string> ConnectionString::GetAny(std::initializer_list<std::s
   return std::nullopt;
 }
 
+std::string MaskedConnectionString(std::string_view text) {
+  ConnectionString parsed;
+  try {
+    parsed = ConnectionString::Parse(text);
+  } catch (const Error&) {
+    return "(a malformed connection string, not shown)";
+  }
+  std::string shown;
+  for (const auto& [key, value] : parsed.entries()) {
+    std::string lower = key;
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const bool secret = lower == "pwd" || lower.find("password") != std::string::npos;
+    std::string k;
+    for (char c : key) k += c == '=' ? "==" : std::string(1, c);
+    std::string v = secret ? "***" : value;
+    if (v.find_first_of(";'\"") != std::string::npos || (!v.empty() && (v.front() == ' ' || v.back() == ' '))) {
+      std::string quoted = "\"";
+      for (char c : v) quoted += c == '"' ? "\"\"" : std::string(1, c);
+      v = quoted + "\"";
+    }
+    shown += (shown.empty() ? "" : ";") + k + "=" + v;
+  }
+  return shown;
+}
+
 }  // namespace ent

@@ -25,4 +25,9 @@ class ConnectionString {
   std::vector<std::pair<std::string, std::string>> entries_;
 };
 
+// The connection string as it may be shown in a log: every password (a key that is "pwd" or contains
+// "password", in any case) reads "***". A string that does not parse is not shown at all, since where
+// its password is cannot be known.
+std::string MaskedConnectionString(std::string_view text);
+
 }  // namespace ent

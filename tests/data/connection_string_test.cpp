@@ -36,3 +36,19 @@ TEST(ConnectionString, MalformedStringsAreRejectedWithThePosition) {
     }
   }
 }
+
+TEST(ConnectionString, PasswordsNeverReachALog) {
+  const std::string masked = ent::MaskedConnectionString(
+      "Provider=sqloledb;Data Source=SHOP;Initial Catalog='My;Shop';User ID=sa;Password=\"s3;cr\"\"et\";"
+      "PWD=other;Jet OLEDB:Database Password=third");
+  EXPECT_EQ(masked,
+            "Provider=sqloledb;Data Source=SHOP;Initial Catalog=\"My;Shop\";User ID=sa;Password=***;PWD=***;"
+            "Jet OLEDB:Database Password=***");
+  // What is shown still reads back as the same settings.
+  auto shown = ConnectionString::Parse(masked);
+  EXPECT_EQ(shown.Get("initial catalog"), "My;Shop");
+  EXPECT_EQ(ent::MaskedConnectionString("a=\" padded \";b=it's"), "a=\" padded \";b=\"it's\"");
+  // A string that does not parse may hide a password anywhere: none of it is shown.
+  EXPECT_EQ(ent::MaskedConnectionString("Server=x;Password='unterminated;secret"),
+            "(a malformed connection string, not shown)");
+}
