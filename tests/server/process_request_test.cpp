@@ -41,13 +41,13 @@ class ProcessRequestTest : public ::testing::Test {
   // Runs one request against `port` (the stand-in head office by default) and returns its post.
   HeadOfficePost Run(const std::string& document, bool db_size = true, int port = 0) {
     clsProcessRequest request;
-    request.set_ApplicationPath(db_.connection_string());
+    request.set_ApplicationPath(db_.connection_string() + connection_suffix_);
     request.HostAddress = "127.0.0.1";
     request.HostPort = std::to_string(port ? port : port_);
     request.GUID = "shop-guid";
     request.Passcode = "pass";
     request.ClientID = "33";
-    request.SessionID = "99";
+    request.SessionID = host_session_;
     request.set_bDebug(true);
     request.set_DBSize(db_size);
     request.set_TokenDirectory(dir_.file("token"));
@@ -77,6 +77,8 @@ class ProcessRequestTest : public ::testing::Test {
   test::TestDb db_;
   HeadOffice office_{HeadOfficeOptions{}};
   int port_ = 0;
+  std::string host_session_ = "99";
+  std::string connection_suffix_;
 };
 
 std::vector<std::string> Values(const HeadOfficePost& post) {
@@ -112,7 +114,8 @@ TEST_F(ProcessRequestTest, WhatReachesTheHeadOfficeInEachOutcome) {
       {Request("2", "", ""), true, "", "99"},
       {"<report><type>2</type></report>", true, "The request document has no //report/clientid element.",
        "99"},
-      {"this is not XML", true, "The request document has no //report/type element.", "99"},
+      {"this is not XML", true, "The request document is not XML: No document element found at offset 15.",
+       "99"},
   };
   for (const Case& c : cases) {
     args = Values(Run(c.document, c.db_size));
@@ -224,6 +227,82 @@ TEST_F(ProcessRequestTest, ATokenThatCannotBeCreatedStopsEverything) {
   EXPECT_FALSE(request.KillFlag);
   EXPECT_TRUE(office_.Posts().empty());
   EXPECT_FALSE(std::filesystem::exists(dir_.file("log/99.txt")));
+}
+
+// A request whose report sits `levels` elements deep (the report itself counts as one).
+std::string NestedRequest(int levels, const std::string& report) {
+  std::string text;
+  for (int i = 1; i < levels; ++i) text += "<a>";
+  text += report;
+  for (int i = 1; i < levels; ++i) text += "</a>";
+  return text;
+}
+
+TEST_F(ProcessRequestTest, HostileRequestDocumentsAreRefusedWithTheirReason) {
+  // Deep enough to overflow a recursive reader: refused, posted, and the token goes back.
+  std::vector<std::string> args = Values(Run(NestedRequest(70000, Request("2", "", "select 1"))));
+  ASSERT_EQ(args.size(), 6u);
+  EXPECT_EQ(args[4], "The request document is nested deeper than 256 elements.");
+  EXPECT_EQ(args[2], "99");
+  EXPECT_EQ(Token(), 0);
+  // 256 levels to the deepest element (reportItem, two below the report) is still a request.
+  args = Values(Run(NestedRequest(254, Request("2", "", "select 1 as one"))));
+  EXPECT_EQ(args[4], "0");
+  args = Values(Run(NestedRequest(255, Request("2", "", "select 1 as one"))));
+  EXPECT_EQ(args[4], "The request document is nested deeper than 256 elements.");
+
+  // Text that is not XML posts the parser's reason and where it stopped.
+  const std::vector<std::pair<std::string, std::string>> broken = {
+      {"<report><type>2</type><name>x</report>", "Start-end tags mismatch at offset 31."},
+      {"this is not XML", "No document element found at offset 15."},
+      {"", "No document element found at offset 0."},
+      {std::string("<report><type>2</type>\0</report>", 32), "Start-end tags mismatch at offset 22."},
+  };
+  for (const auto& [document, reason] : broken) {
+    args = Values(Run(document));
+    ASSERT_EQ(args.size(), 6u);
+    EXPECT_EQ(args[4], "The request document is not XML: " + reason);
+  }
+}
+
+TEST_F(ProcessRequestTest, ElementTextsAreReadWithoutTheWhiteSpaceAroundThem) {
+  const std::string request =
+      "<report>\n  <type>\n    2\n  </type>\n  <clientid> 12 </clientid>\n"
+      "  <sql>\n    select cusid from customer where cusid = 1\n  </sql>\n  <name>\n  </name>\n"
+      "  <params><reportItem/></params>\n  <sessionid>\n    4711\n  </sessionid>\n</report>\n";
+  std::vector<std::string> args = Values(Run(request));
+  ASSERT_EQ(args.size(), 6u);
+  EXPECT_EQ(args[2], "4711");
+  EXPECT_EQ(args[4], "0");
+
+  // A report code on a line of its own is still found (it fails later, on this database's tables).
+  args = Values(Run("<report><type>1</type><clientid>1</clientid><name>\n  ENTCUSTSRCH\n</name>"
+                    "<params><reportItem/></params><sessionid>1</sessionid></report>"));
+  ASSERT_EQ(args.size(), 6u);
+  EXPECT_EQ(args[4].find("Prebuilt report not found."), std::string::npos) << args[4];
+}
+
+TEST_F(ProcessRequestTest, SessionIdentifiersAndPasswordsDoNotEscapeIntoTheFileSystemOrTheLog) {
+  connection_suffix_ = ";User ID=shop;Password=hunter2";
+  host_session_ = "../host";
+  std::vector<std::string> args = Values(Run(
+      "<report><type>2</type><clientid>1</clientid><sql>select 1 as one</sql><name/>"
+      "<params><reportItem/></params><sessionid>../../office</sessionid></report>"));
+  ASSERT_EQ(args.size(), 6u);
+  EXPECT_EQ(args[2], "../../office");  // posted as it came
+  std::vector<std::string> top, logs;
+  for (const auto& entry : std::filesystem::directory_iterator(dir_.path()))
+    top.push_back(entry.path().filename().string());
+  for (const auto& entry : std::filesystem::directory_iterator(dir_.file("log")))
+    logs.push_back(entry.path().filename().string());
+  std::sort(top.begin(), top.end());
+  std::sort(logs.begin(), logs.end());
+  EXPECT_EQ(top, (std::vector<std::string>{"log", "token"}));
+  EXPECT_EQ(logs, (std::vector<std::string>{"..%2F..%2Foffice.txt", "..%2Fhost.txt"}));
+
+  const std::vector<std::string> log = Log("..%2Fhost");
+  EXPECT_NE(std::find(log.begin(), log.end(), "Starting getCustomRS"), log.end());
+  for (const std::string& line : log) EXPECT_EQ(line.find("hunter2"), std::string::npos) << line;
 }
 
 }  // namespace
