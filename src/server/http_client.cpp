@@ -2,7 +2,10 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
+#include <cctype>
 #include <memory>
+#include <string_view>
 
 #include "common/error.h"
 
@@ -24,14 +27,34 @@ struct ListDeleter {
 using EasyHandle = std::unique_ptr<CURL, EasyDeleter>;
 using HeaderList = std::unique_ptr<curl_slist, ListDeleter>;
 
+struct UrlDeleter {
+  void operator()(CURLU* url) const { curl_url_cleanup(url); }
+};
+struct CurlTextDeleter {
+  void operator()(char* text) const { curl_free(text); }
+};
+
+// Where an answer's body goes: at most `cap` bytes; one more stops the transfer.
+struct Sink {
+  std::string body;
+  size_t cap = 0;
+  bool too_large = false;
+};
+
 size_t Collect(char* data, size_t size, size_t count, void* target) {
-  static_cast<std::string*>(target)->append(data, size * count);
+  Sink& sink = *static_cast<Sink*>(target);
+  if (size * count > sink.cap - sink.body.size()) {
+    sink.too_large = true;
+    return 0;  // curl ends the transfer with a write error
+  }
+  sink.body.append(data, size * count);
   return size * count;
 }
 
-EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, std::string& body,
-                     char* error_buffer) {
+EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, Sink& sink, char* error_buffer) {
   static CurlGlobal global;  // once per process, before the first handle
+  CheckWebAddress(url);
+  sink.cap = timeouts.max_answer_bytes;
   EasyHandle handle(curl_easy_init());
   if (!handle) throw Error(err::kServiceFailure, "The HTTP client cannot be created.");
   CURL* h = handle.get();
@@ -40,14 +63,27 @@ EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, std::
   curl_easy_setopt(h, CURLOPT_TIMEOUT, timeouts.total_seconds);
   curl_easy_setopt(h, CURLOPT_NOSIGNAL, 1L);  // timeouts without signals: safe on any thread
   curl_easy_setopt(h, CURLOPT_NOPROXY, "127.0.0.1,localhost,::1");
+  // libcurl speaks many protocols; this client speaks http and https only, redirects included.
+#if LIBCURL_VERSION_NUM >= 0x075500
+  curl_easy_setopt(h, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(h, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+#else
+  curl_easy_setopt(h, CURLOPT_PROTOCOLS, static_cast<long>(CURLPROTO_HTTP | CURLPROTO_HTTPS));
+  curl_easy_setopt(h, CURLOPT_REDIR_PROTOCOLS, static_cast<long>(CURLPROTO_HTTP | CURLPROTO_HTTPS));
+#endif
+  // An answer that announces its length is refused before it is read; others are cut off by Collect.
+  curl_easy_setopt(h, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(sink.cap));
   curl_easy_setopt(h, CURLOPT_WRITEFUNCTION, Collect);
-  curl_easy_setopt(h, CURLOPT_WRITEDATA, &body);
+  curl_easy_setopt(h, CURLOPT_WRITEDATA, &sink);
   curl_easy_setopt(h, CURLOPT_ERRORBUFFER, error_buffer);
   return handle;
 }
 
-HttpResponse Perform(CURL* h, const std::string& url, std::string& body, const char* error_buffer) {
+HttpResponse Perform(CURL* h, const std::string& url, Sink& sink, const char* error_buffer) {
   CURLcode code = curl_easy_perform(h);
+  if (sink.too_large || code == CURLE_FILESIZE_EXCEEDED)
+    throw Error(err::kServiceFailure, "The answer of the service at " + url + " is longer than " +
+                                          std::to_string(sink.cap) + " bytes; it is refused.");
   if (code != CURLE_OK) {
     std::string cause = error_buffer[0] ? error_buffer : curl_easy_strerror(code);
     if (code == CURLE_OPERATION_TIMEDOUT) cause = "no answer in time (" + cause + ")";
@@ -58,23 +94,46 @@ HttpResponse Perform(CURL* h, const std::string& url, std::string& body, const c
   char* type = nullptr;
   curl_easy_getinfo(h, CURLINFO_CONTENT_TYPE, &type);
   if (type) response.content_type = type;
-  response.body = std::move(body);
+  response.body = std::move(sink.body);
   return response;
 }
 
 }  // namespace
 
+void CheckWebAddress(const std::string& url) {
+  auto starts = [&](std::string_view scheme) {
+    return url.size() > scheme.size() &&
+           std::equal(scheme.begin(), scheme.end(), url.begin(),
+                      [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+  };
+  if (!starts("http://") && !starts("https://"))
+    throw Error(err::kServiceFailure,
+                "The address " + url + " is refused: only http:// and https:// addresses are used.");
+}
+
+std::string HostOfAddress(const std::string& url) {
+  std::unique_ptr<CURLU, UrlDeleter> parsed(curl_url());
+  char* host = nullptr;
+  if (!parsed || curl_url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK ||
+      curl_url_get(parsed.get(), CURLUPART_HOST, &host, 0) != CURLUE_OK || !host)
+    return "";
+  std::unique_ptr<char, CurlTextDeleter> owned(host);
+  std::string text(host);
+  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return text;
+}
+
 HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts) {
-  std::string body;
+  Sink sink;
   char error_buffer[CURL_ERROR_SIZE] = {};
-  EasyHandle handle = NewHandle(url, timeouts, body, error_buffer);
+  EasyHandle handle = NewHandle(url, timeouts, sink, error_buffer);
   curl_easy_setopt(handle.get(), CURLOPT_HTTPGET, 1L);
-  return Perform(handle.get(), url, body, error_buffer);
+  return Perform(handle.get(), url, sink, error_buffer);
 }
 
 HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers,
                       const std::string& body, const HttpTimeouts& timeouts) {
-  std::string answer;
+  Sink answer;
   char error_buffer[CURL_ERROR_SIZE] = {};
   EasyHandle handle = NewHandle(url, timeouts, answer, error_buffer);
   HeaderList list;

@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view kEnvelopeNs = "http://schemas.xmlsoap.org/soap/envelope/";
 
 HttpTimeouts TimeoutsOf(const SoapOptions& options) {
-  return {options.connect_timeout_seconds, options.total_timeout_seconds};
+  return {options.connect_timeout_seconds, options.total_timeout_seconds, options.max_answer_bytes};
 }
 
 std::string RequestText(const SoapOperation& op, const std::vector<std::string>& arguments) {
@@ -75,7 +75,20 @@ void SoapClient::Init(const std::string& wsdl_url) {
   if (response.status != 200)
     throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " cannot be read: HTTP status " +
                                           std::to_string(response.status) + ".");
-  wsdl_ = std::make_unique<Wsdl>(Wsdl::Parse(response.body, wsdl_url));
+  auto wsdl = std::make_unique<Wsdl>(Wsdl::Parse(response.body, wsdl_url));
+  const std::string& endpoint = wsdl->endpoint();
+  try {
+    CheckWebAddress(endpoint);
+  } catch (const Error&) {
+    throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " gives the service address " + endpoint +
+                                          ", which is refused: only http:// and https:// addresses are used.");
+  }
+  const std::string host = HostOfAddress(wsdl_url);
+  if (HostOfAddress(endpoint) != host)
+    throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " gives the service address " + endpoint +
+                                          ", which is refused: posts go only to the configured host " + host +
+                                          ".");
+  wsdl_ = std::move(wsdl);
 }
 
 std::string SoapClient::Call(const std::string& operation, const std::vector<std::string>& arguments) {

@@ -7,12 +7,61 @@
 
 #include "common/error.h"
 #include "server/head_office.h"
+#include "server/http_client.h"
+#include "server/http_serving.h"
 #include "support/temp_dir.h"
 
 namespace ent {
 namespace {
 
 const std::vector<std::string> kSix = {"guid", "code", "S1", "7", "0", "<xml a='1'>&amp;</xml>"};
+
+std::string InitFailure(const std::string& url, const SoapOptions& options = {5, 10}) {
+  try {
+    SoapClient(options).Init(url);
+  } catch (const Error& e) {
+    return e.description();
+  }
+  return "";
+}
+
+// Serves one text at /wsdl on loopback, in chunks without a length, as a service of its own might.
+class TextServer {
+ public:
+  explicit TextServer(std::string text) : text_(std::move(text)) {
+    server_.Get("/wsdl", [this](const httplib::Request&, httplib::Response& response) {
+      response.set_chunked_content_provider("text/xml", [this](size_t offset, httplib::DataSink& sink) {
+        if (offset < text_.size()) {
+          const size_t n = std::min<size_t>(65536, text_.size() - offset);
+          return sink.write(text_.data() + offset, n);
+        }
+        sink.done();
+        return true;
+      });
+    });
+    port_ = StartServing(server_, "127.0.0.1", 0, thread_);
+  }
+  ~TextServer() {
+    server_.stop();
+    thread_.join();
+  }
+  std::string Url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/wsdl"; }
+
+ private:
+  std::string text_;
+  httplib::Server server_;
+  std::thread thread_;
+  int port_ = 0;
+};
+
+// The stand-in's WSDL with its service address replaced.
+std::string WsdlWithAddress(const HeadOffice& office, const std::string& address) {
+  std::string text = HttpGet(office.WsdlUrl(), {}).body;
+  const std::string own = office.WsdlUrl().substr(0, office.WsdlUrl().find('?'));
+  for (size_t at = text.find(own); at != std::string::npos; at = text.find(own, at + address.size()))
+    text.replace(at, own.size(), address);
+  return text;
+}
 
 std::string Failure(SoapClient& client, const std::vector<std::string>& args = kSix) {
   try {
@@ -122,6 +171,79 @@ TEST(SoapClientTest, ASilentServiceTimesOut) {
   SoapClient client({1, 1});
   client.Init(office.WsdlUrl());
   EXPECT_NE(Failure(client).find("no answer in time"), std::string::npos);
+}
+
+// The WSDL comes from the head office's side; the address it gives must not turn the shop's server
+// into a client for other protocols or other machines.
+TEST(SoapClientTest, PostsGoOnlyByHttpToTheHostTheWsdlCameFrom) {
+  HeadOffice office{HeadOfficeOptions{}};
+  const int port = office.Start("127.0.0.1", 0);
+  const std::string at = "127.0.0.1:" + std::to_string(port);
+  for (const std::string& address :
+       std::vector<std::string>{"gopher://" + at + "/_PING%0D%0A", "dict://" + at + "/info", "file:///etc/passwd",
+                                "ftp://" + at + "/",
+        "httpx://" + at + "/EntHost/service.asmx", "//" + at + "/EntHost/service.asmx"}) {
+    TextServer wsdl(WsdlWithAddress(office, address));
+    EXPECT_EQ(InitFailure(wsdl.Url()), "The WSDL at " + wsdl.Url() + " gives the service address " + address +
+                                           ", which is refused: only http:// and https:// addresses are used.");
+  }
+  for (const std::string& address : std::vector<std::string>{"http://127.0.0.2:" + std::to_string(port) + "/EntHost/service.asmx",
+                                     "http://localhost:" + std::to_string(port) + "/EntHost/service.asmx",
+                                     "http://127.0.0.1@10.1.2.3/EntHost/service.asmx"}) {
+    TextServer wsdl(WsdlWithAddress(office, address));
+    EXPECT_EQ(InitFailure(wsdl.Url()), "The WSDL at " + wsdl.Url() + " gives the service address " + address +
+                                           ", which is refused: posts go only to the configured host 127.0.0.1.");
+  }
+  EXPECT_TRUE(office.Posts().empty());
+
+  // Any port of that host, the scheme in any case.
+  TextServer moved(WsdlWithAddress(office, "HTTP://" + at + "/EntHost/service.asmx"));
+  SoapClient client({5, 10});
+  client.Init(moved.Url());
+  EXPECT_EQ(client.Call("sendReport", kSix), "True");
+  EXPECT_EQ(office.Posts().size(), 1u);
+
+  // The WSDL itself is fetched by http(s) only.
+  test::TempDir dir;
+  std::ofstream(dir.file("service.wsdl")) << WsdlWithAddress(office, "http://" + at + "/EntHost/service.asmx");
+  const std::string local = "file://" + dir.file("service.wsdl");
+  EXPECT_EQ(InitFailure(local),
+            "The address " + local + " is refused: only http:// and https:// addresses are used.");
+}
+
+TEST(SoapClientTest, AnswersLongerThanTheCapAreRefused) {
+  const size_t cap = SoapOptions{}.max_answer_bytes;
+  // A WSDL over the cap, announced with its length and sent in chunks without one.
+  HeadOfficeOptions huge_wsdl;
+  huge_wsdl.parameters.back() = std::string(cap, 'p');
+  HeadOffice office(huge_wsdl);
+  office.Start("127.0.0.1", 0);
+  EXPECT_EQ(InitFailure(office.WsdlUrl()), "The answer of the service at " + office.WsdlUrl() +
+                                               " is longer than " + std::to_string(cap) +
+                                               " bytes; it is refused.");
+  TextServer chunked(std::string(cap + 1, ' '));
+  EXPECT_EQ(InitFailure(chunked.Url()),
+            "The answer of the service at " + chunked.Url() + " is longer than " + std::to_string(cap) +
+                " bytes; it is refused.");
+
+  // An answer to sendReport over the cap.
+  HeadOfficeOptions huge_answer;
+  huge_answer.answer = std::string(cap, 'T');
+  HeadOffice answering(huge_answer);
+  answering.Start("127.0.0.1", 0);
+  SoapClient client({5, 10});
+  client.Init(answering.WsdlUrl());
+  EXPECT_NE(Failure(client).find(" bytes; it is refused."), std::string::npos);
+
+  // The cap is the largest size taken, both ways of sending.
+  HeadOffice plain{HeadOfficeOptions{}};
+  plain.Start("127.0.0.1", 0);
+  const std::string wsdl = HttpGet(plain.WsdlUrl(), {}).body;
+  TextServer same(wsdl);
+  for (const std::string& url : {plain.WsdlUrl(), same.Url()}) {
+    EXPECT_EQ(InitFailure(url, {5, 10, wsdl.size()}), "") << url;
+    EXPECT_NE(InitFailure(url, {5, 10, wsdl.size() - 1}), "") << url;
+  }
 }
 
 }  // namespace
