@@ -34,8 +34,12 @@ class SoapClient {
   // description).
   std::string Call(const std::string& operation, const std::vector<std::string>& arguments);
 
+  // The HTTP status of the last answer (the WSDL's or a call's); 0 before any answer came.
+  long last_status() const { return last_status_; }
+
  private:
   SoapOptions options_;
+  long last_status_ = 0;
   std::unique_ptr<Wsdl> wsdl_;
 };
 
