@@ -37,15 +37,13 @@ int RunHeadOffice(const Args& args) {
   try {
     Options options(
         args, {"--listen", "--out", "--answer", "--fault", "--namespace", "--service-path", "--delay-ms"},
-        {"--help"});
+        {"--help"}, kHelp);
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
     }
-    if (!options.Has("--listen") || !options.positional().empty()) {
-      std::cerr << kHelp;
-      return 2;
-    }
+    options.Require("--listen");
+    options.RejectPositional();
     ParseListen(options.Get("--listen"), host, port);
     settings.out_dir = options.Get("--out");
     settings.answer = options.Get("--answer", settings.answer);

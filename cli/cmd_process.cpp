@@ -8,6 +8,7 @@
 #include "common/thread_values.h"
 #include "options.h"
 #include "server/cls_process_request.h"
+#include "server/execution_journal.h"
 
 namespace ent::cli {
 
@@ -19,7 +20,7 @@ const char kHelp[] =
     "Runs one report request the way the host service does: checks that no administrator holds the\n"
     "shop database, runs the report, and posts the result (or an error text) to the head office's\n"
     "web service. Exit code 0 once the request was handled, whatever its outcome (the outcome went\n"
-    "to the head office, and to the log with --debug); 1 when the database-in-use token cannot be\n"
+    "to the head office, to the execution journal and to the log with --debug); 1 when the database-in-use token cannot be\n"
     "used, in which case nothing was run, posted or logged; 2 for wrong options.\n"
     "\n"
     "  --request FILE        the request document (XML); '-' reads it from standard input\n"
@@ -37,7 +38,9 @@ const char kHelp[] =
     "  --log-dir DIR         where log files go (default: the log folder beside the program; it is\n"
     "                        never created: without it nothing is logged)\n"
     "  --connect-timeout S   seconds to wait for the head office to accept a connection (default 10)\n"
-    "  --timeout S           seconds one exchange with the head office may take (default 60)\n";
+    "  --timeout S           seconds one exchange with the head office may take (default 60)\n"
+    "  --journal FILE        the execution journal (default: journal.db in the log folder)\n"
+    "  --quiet               print nothing; without it one line tells what became of the request\n";
 
 std::string ReadRequest(const std::string& source) {
   if (source == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
@@ -52,21 +55,22 @@ std::string ReadRequest(const std::string& source) {
 
 int RunProcess(const Args& args) {
   std::unique_ptr<clsProcessRequest> request;
+  bool quiet = false;
   try {
     Options options(
         args,
         {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode", "--client-id",
-         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout"},
-        {"--debug", "--db-size", "--help"});
+         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout", "--journal"},
+        {"--debug", "--db-size", "--help", "--quiet"}, kHelp);
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
     }
-    if (!options.Has("--request") || !options.positional().empty()) {
-      std::cerr << kHelp;
-      return 2;
-    }
+    options.Require("--request");
+    options.RejectPositional();
     if (options.Has("--log-dir")) SetLogDirectory(options.Get("--log-dir"));
+    if (options.Has("--journal")) SetJournalPath(options.Get("--journal"));
+    quiet = options.Has("--quiet");
     request = std::make_unique<clsProcessRequest>();
     request->set_ApplicationPath(options.Get("--connection"));
     request->HostAddress = options.Get("--host-address");
@@ -93,6 +97,7 @@ int RunProcess(const Args& args) {
     std::cerr << "entprcreq process: " << e.description() << "\n";
     return 1;
   }
+  if (!quiet) std::cout << DescribeExecution(LastExecution()) << std::endl;
   return request->KillFlag ? 0 : 1;
 }
 

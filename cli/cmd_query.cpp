@@ -27,15 +27,14 @@ const char kHelp[] =
 
 int RunQuery(const Args& args) {
   try {
-    Options options(args, {"--connection", "--sql"}, {"--help"});
+    Options options(args, {"--connection", "--sql"}, {"--help"}, kHelp);
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
     }
-    if (!options.Has("--connection") || !options.Has("--sql") || !options.positional().empty()) {
-      std::cerr << kHelp;
-      return 2;
-    }
+    options.Require("--connection");
+    options.Require("--sql");
+    options.RejectPositional();
     SetShopConnectionString(options.Get("--connection"));
     clsRS engine;
     std::string status;

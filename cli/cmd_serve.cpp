@@ -7,7 +7,9 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "options.h"
+#include "server/execution_journal.h"
 #include "server/host_server.h"
+#include "server/systemd_notify.h"
 #include "serving.h"
 
 namespace ent::cli {
@@ -26,7 +28,11 @@ const char kHelp[] =
     "   \"bDebug\": false, \"DBSize\": true, \"SizeErr\": \"\", \"XMLPath\": \"\", \"Request\": "
     "\"<report>...</report>\"}\n"
     "The answer, once the result has been posted to the head office, is {\"KillFlag\": true}; when the\n"
-    "database-in-use token cannot be used it is HTTP 500 with the reason. GET /health shows the load.\n"
+    "database-in-use token cannot be used it is HTTP 500 with the reason. GET /health checks the token\n"
+    "and log folders (HTTP 503 when one fails) and shows the version and the load; GET /metrics gives\n"
+    "counters in the Prometheus text format. Every call is written to the execution journal and as one\n"
+    "line to stderr, as is every answer that is not a success. Under systemd (Type=notify) it reports\n"
+    "when it is ready.\n"
     "SIGTERM or Ctrl-C stops taking requests; those in progress finish and post first.\n"
     "\n"
     "  --listen HOST:PORT    where to listen (default 127.0.0.1:8420; port 0 picks a free port)\n"
@@ -39,9 +45,15 @@ const char kHelp[] =
     "  --timeout S           seconds one exchange with the head office may take (default 60)\n"
     "  --allow-remote        allow listening on an address other than loopback; needs a secret\n"
     "  --secret-file FILE    a shared secret (the file's first line) that every call must send as\n"
-    "                        'Authorization: Bearer <secret>'; $ENTPRCREQ_SECRET works too\n";
+    "                        'Authorization: Bearer <secret>'; $ENTPRCREQ_SECRET works too, and so\n"
+    "                        does a systemd credential named secret ($CREDENTIALS_DIRECTORY/secret)\n"
+    "  --journal FILE        the execution journal (default: journal.db in the log folder)\n"
+    "  --journal-days N      how many days the journal keeps its records (default 30)\n";
 
-std::string ReadSecret(const std::string& file) {
+std::string ReadSecret(std::string file) {
+  // A credential systemd passed (LoadCredential=secret:...) stays out of the environment and the unit.
+  const char* credentials = std::getenv("CREDENTIALS_DIRECTORY");
+  if (file.empty() && credentials && *credentials) file = std::string(credentials) + "/secret";
   if (file.empty()) {
     const char* from_environment = std::getenv("ENTPRCREQ_SECRET");
     return from_environment ? from_environment : "";
@@ -64,16 +76,13 @@ int RunServe(const Args& args) {
   try {
     Options options(args,
                     {"--listen", "--workers", "--queue", "--token-dir", "--log-dir", "--connect-timeout",
-                     "--timeout", "--secret-file"},
-                    {"--allow-remote", "--help"});
+                     "--timeout", "--secret-file", "--journal", "--journal-days"},
+                    {"--allow-remote", "--help"}, kHelp);
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
     }
-    if (!options.positional().empty()) {
-      std::cerr << kHelp;
-      return 2;
-    }
+    options.RejectPositional();
     ParseListen(options.Get("--listen", "127.0.0.1:8420"), host, port);
     settings.workers = static_cast<int>(options.GetNumber("--workers", settings.workers));
     settings.queue = static_cast<int>(options.GetNumber("--queue", settings.queue, 0));
@@ -84,6 +93,9 @@ int RunServe(const Args& args) {
     settings.allow_remote = options.Has("--allow-remote");
     settings.secret = ReadSecret(options.Get("--secret-file"));
     if (options.Has("--log-dir")) SetLogDirectory(options.Get("--log-dir"));
+    if (options.Has("--journal")) SetJournalPath(options.Get("--journal"));
+    SetJournalRetentionDays(static_cast<int>(options.GetNumber("--journal-days", 30)));
+    settings.log_calls = true;
   } catch (const std::exception& e) {
     std::cerr << "entprcreq serve: " << e.what() << "\n";
     return 2;
@@ -94,7 +106,9 @@ int RunServe(const Args& args) {
     HostServer server(settings);
     port = server.Start(host, port);
     std::cout << "serving on http://" << host << ":" << port << "/requests" << std::endl;
+    NotifySystemd("READY=1\nSTATUS=serving on " + host + ":" + std::to_string(port));
     WaitForStopSignal();
+    NotifySystemd("STOPPING=1");
     std::cout << "stopping: requests in progress finish first" << std::endl;
     server.Stop();
   } catch (const Error& e) {

@@ -25,7 +25,7 @@ const char kHelp[] =
 
 int RunToken(const Args& args) {
   try {
-    Options options(args, {"--token-dir"}, {"--help"});
+    Options options(args, {"--token-dir"}, {"--help"}, kHelp);
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
@@ -34,10 +34,10 @@ int RunToken(const Args& args) {
     const bool get = words.size() == 1 && words[0] == "get";
     const bool set =
         words.size() == 2 && words[0] == "set" && (words[1] == "0" || words[1] == "1" || words[1] == "2");
-    if (!get && !set) {
-      std::cerr << kHelp;
-      return 2;
-    }
+    if (!get && !set)
+      throw std::invalid_argument(words.empty() ? "say get, or set with 0, 1 or 2"
+                                                : "token wants 'get' or 'set 0|1|2', not '" + words[0] +
+                                                      (words.size() > 1 ? " " + words[1] : "") + "'");
     auto token = DbInUseToken::Create(options.Get("--token-dir"));
     if (set) token->SetdbInUse(words[1][0] - '0');
     std::cout << token->GetdbInUse() << "\n";

@@ -15,5 +15,6 @@ int RunSampleDb(const Args& args);    // create the embedded sample shop
 int RunHeadOffice(const Args& args);  // stand-in head-office SOAP service
 int RunToken(const Args& args);       // the administrator's side of the database-in-use token
 int RunServe(const Args& args);       // take the host's requests over HTTP
+int RunJournal(const Args& args);     // list the execution journal
 
 }  // namespace ent::cli

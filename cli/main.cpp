@@ -2,6 +2,7 @@
 #include <string>
 
 #include "commands.h"
+#include "common/version.h"
 
 namespace {
 
@@ -15,8 +16,9 @@ const char kUsage[] =
     "  headoffice  run a stand-in head-office web service for demos and tests\n"
     "  token       read or set the database-in-use token (administrators)\n"
     "  serve       take the host service's requests over HTTP, several at once\n"
+    "  journal     list what the requests did (the execution journal)\n"
     "\n"
-    "'entprcreq <command> --help' explains a command's options.\n";
+    "'entprcreq <command> --help' explains a command's options; 'entprcreq --version' shows the version.\n";
 
 }  // namespace
 
@@ -33,6 +35,11 @@ int main(int argc, char** argv) {
   if (command == "headoffice") return ent::cli::RunHeadOffice(args);
   if (command == "token") return ent::cli::RunToken(args);
   if (command == "serve") return ent::cli::RunServe(args);
+  if (command == "journal") return ent::cli::RunJournal(args);
+  if (command == "--version" || command == "version") {
+    std::cout << "entprcreq " << ent::ProgramVersion() << "\n";
+    return 0;
+  }
   if (command == "--help" || command == "-h" || command == "help") {
     std::cout << kUsage;
     return 0;

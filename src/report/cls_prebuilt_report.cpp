@@ -4,6 +4,7 @@
 #include "common/log.h"
 #include "data/cls_rs.h"
 #include "report/result_document.h"
+#include "server/execution_trace.h"
 
 namespace ent {
 
@@ -34,6 +35,7 @@ std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
       WriteLog("generateDOC: Pre Built Report :" + reportName);
       output = getPrebuiltReport(reportName);
     }
+    EnterPhase(Phase::kBuild);  // the rows are read; what follows builds the document
     if (StatusStr != "0") throw Error(err::kReportStatus, StatusStr, "generateDoc");
 
     auto save_flattened = [&](const Recordset& rs) {

@@ -8,6 +8,7 @@
 #include "common/value_helpers.h"
 #include "common/variant.h"
 #include "report/cls_prebuilt_report.h"
+#include "server/execution_trace.h"
 #include "server/request_document.h"
 #include "server/sendable.h"
 #include "server/token.h"
@@ -57,8 +58,17 @@ void clsProcessRequest::dispose() {
 }
 
 void clsProcessRequest::prepareDBReport() {
+  // Journal: the record of this request, written when the scope closes, on every path.
+  ExecutionScope execution(SessionID, ClientID, request_.get());
+
   // 1. The token component; failing here is the one failure the host sees.
-  std::unique_ptr<DbInUseToken> token = DbInUseToken::Create(token_dir_);
+  std::unique_ptr<DbInUseToken> token;
+  try {
+    token = DbInUseToken::Create(token_dir_);
+  } catch (const Error& e) {
+    execution.record().status = e.description();  // Journal
+    throw;
+  }
 
   std::unique_ptr<clsPrebuiltReport> job;
   auto the_job = [&]() -> clsPrebuiltReport& {
@@ -121,7 +131,9 @@ void clsProcessRequest::prepareDBReport() {
       }
       j.SessionID = ElementText(Required(*request_, "//report/sessionid"));
       // 10.
+      EnterPhase(Phase::kRead);  // Journal: generateDOC marks where building the document starts
       result = j.generateDOC();
+      EnterPhase(Phase::kOther);  // Journal
       error_text = j.StatusStr;
       // 11.
       if (token) {
@@ -135,6 +147,7 @@ void clsProcessRequest::prepareDBReport() {
       if (error_text.empty()) error_text = "Unspecified Error";
       SetIdentifiersFromCopies(the_job(), session_copy, client_copy);
     }
+    execution.record().rows = RowsOf(*result);  // Journal
     // 13.
     if (postToHost(*result, the_job().SessionID, the_job().ClientID, error_text)) {
       result->OnSucceed();
@@ -150,6 +163,7 @@ void clsProcessRequest::prepareDBReport() {
     token.reset();
     KillFlag = true;
     WriteLog(SessionID, "EXIT MAIN SUB");
+    execution.record().status = error_text;  // Journal
     return;
   } catch (const SilentFailure&) {
     error_text.clear();
@@ -180,28 +194,43 @@ void clsProcessRequest::prepareDBReport() {
     if (result) postToHost(*result, the_job().SessionID, the_job().ClientID, error_text);
   });
   attempt([&] { WriteLog(SessionID, "ERROR: " + error_text); });
+  execution.record().status = error_text;  // Journal
 }
 
 bool clsProcessRequest::postToHost(ISendable& result, const std::string& session_id, int32_t client_id,
                                    std::string& error_text) {
+  // Journal: the post's time, outcome and HTTP status go into this request's record.
+  EnterPhase(Phase::kPost);
+  std::unique_ptr<SoapClient> client;
+  auto journal_post = [&](const char* outcome, const std::string& detail) {
+    EnterPhase(Phase::kOther);
+    if (ExecutionRecord* record = CurrentExecution()) {
+      record->post = outcome;
+      record->post_detail = detail;
+      record->http_status = client ? client->last_status() : 0;
+    }
+  };
   try {
     WriteLog(session_id, "Starting: " + result.TypeName());
     result.OnStart();
     (void)result.XMLDocument();
-    SoapClient client(soap_options_);
+    client = std::make_unique<SoapClient>(soap_options_);
     WriteLog("CREATE SOAP OBJ");
     const std::string address = "http://" + HostAddress + ":" + HostPort + result.WSDL();
     WriteLog("SOAP INIT:" + address);
-    client.Init(address);
+    client->Init(address);
     WriteLog("AFTER INIT");
     const std::string answer =
-        result.Post(client, GUID, Passcode, session_id, std::to_string(client_id), error_text);
+        result.Post(*client, GUID, Passcode, session_id, std::to_string(client_id), error_text);
     WriteLog("SOAP:RESP::" + answer);
+    journal_post(answer == "True" ? "accepted" : "refused", answer);
     return answer == "True";
   } catch (const Error& e) {
     WriteLog("SEND SOAP ERR:" + e.description());
+    journal_post("failed", e.description());
   } catch (const std::exception& e) {
     WriteLog(std::string("SEND SOAP ERR:") + e.what());
+    journal_post("failed", e.what());
   }
   return false;
 }

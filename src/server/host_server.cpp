@@ -5,7 +5,13 @@
 #include <nlohmann/json.hpp>
 
 #include "common/error.h"
+#include <iostream>
+
+#include "common/version.h"
 #include "server/cls_process_request.h"
+#include "server/execution_trace.h"
+#include "server/health.h"
+#include "server/metrics.h"
 #include "server/host_call.h"
 #include "server/http_serving.h"
 
@@ -56,6 +62,10 @@ class Admission {
   nlohmann::json Load() {
     std::lock_guard<std::mutex> lock(mutex_);
     return {{"workers", workers_}, {"running", running_}, {"waiting", waiting_}, {"queue", queue_}};
+  }
+  QueueLoad Counts() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return {workers_, running_, waiting_, queue_};
   }
 
  private:
@@ -117,8 +127,10 @@ struct HostServer::Impl {
     try {
       request.prepareDBReport();
     } catch (const Error& e) {
+      if (options.log_calls) std::cerr << DescribeExecution(LastExecution()) << std::endl;
       return Answer(response, 500, {{"error", e.description()}, {"KillFlag", request.KillFlag}});
     }
+    if (options.log_calls) std::cerr << DescribeExecution(LastExecution()) << std::endl;
     Answer(response, 200, {{"KillFlag", request.KillFlag}});
   }
 
@@ -152,8 +164,21 @@ int HostServer::Start(const std::string& host, int port) {
   s.server.Get("/health", [&s](const httplib::Request& request, httplib::Response& response) {
     if (!s.Authorised(request, response)) return;
     nlohmann::json load = s.admission.Load();
-    load["status"] = "running";
-    Answer(response, 200, load);
+    const Health health = CheckHealth(s.options.token_dir);
+    load["status"] = health.healthy ? "running" : "unhealthy";
+    load["version"] = ProgramVersion();
+    load["checks"] = health.checks;
+    Answer(response, health.healthy ? 200 : 503, load);
+  });
+  s.server.Get("/metrics", [&s](const httplib::Request& request, httplib::Response& response) {
+    if (!s.Authorised(request, response)) return;
+    response.set_content(ProcessMetrics().Text(s.admission.Counts()), "text/plain; version=0.0.4");
+  });
+  s.server.set_logger([&s](const httplib::Request& request, const httplib::Response& response) {
+    ProcessMetrics().ObserveHttpStatus(response.status);
+    if (s.options.log_calls && response.status >= 400)
+      std::cerr << "HTTP " << response.status << " " << request.method << " " << request.path << ": "
+                << response.body.substr(0, response.body.find('\n')) << std::endl;
   });
   const int bound = StartServing(s.server, host, port, s.thread);
   return bound;

@@ -1,7 +1,7 @@
 // The server's interface for the host over HTTP: each POST /requests carries one host call (see
 // host_call.h) and runs it on a worker thread exactly as the host's own call would run, answering
-// {"KillFlag": true} once the result has been posted. GET /health tells whether it runs and how busy
-// it is. Calls beyond the workers wait in a bounded queue; past it they are refused with 503 and
+// {"KillFlag": true} once the result has been posted. GET /health tells whether it can work (503 when
+// not), its version and how busy it is; GET /metrics gives the counters in the Prometheus text format. Calls beyond the workers wait in a bounded queue; past it they are refused with 503 and
 // Retry-After. Stopping lets calls in flight finish and post.
 #pragma once
 
@@ -19,6 +19,7 @@ struct HostServerOptions {
   SoapOptions soap;           // timeouts towards the head office
   std::string secret;         // when set, every call must send "Authorization: Bearer <secret>"
   bool allow_remote = false;  // listening beyond loopback needs this and a secret
+  bool log_calls = false;     // one line per call, and per answer other than success, on stderr
 };
 
 class HostServer {

@@ -3,6 +3,7 @@
 #include "common/error.h"
 #include "common/log.h"
 #include "report/result_document.h"
+#include "server/execution_trace.h"
 #include "server/soap_client.h"
 
 namespace ent {
@@ -35,8 +36,9 @@ std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, 
     WriteLog("SOAP: SEND NON-ERROR RESPONSE.");
     if (!document_)
       throw Error(err::kObjectRequired, "Object required: there is no result document to send.");
-    return client.Call("sendReport",
-                       {GUID, Passcode, SessionID, ClientID, strErr, DocumentXmlText(*document_)});
+    std::string text = DocumentXmlText(*document_);
+    NoteDocumentBytes(text.size());
+    return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, strErr, std::move(text)});
   }
   WriteLog("SOAP: SEND ERR::" + strErr);
   return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, TrimAndCut(strErr), ""});

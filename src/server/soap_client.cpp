@@ -72,6 +72,7 @@ SoapClient::~SoapClient() = default;
 void SoapClient::Init(const std::string& wsdl_url) {
   wsdl_.reset();
   HttpResponse response = HttpGet(wsdl_url, TimeoutsOf(options_));
+  last_status_ = response.status;
   if (response.status != 200)
     throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " cannot be read: HTTP status " +
                                           std::to_string(response.status) + ".");
@@ -102,6 +103,7 @@ std::string SoapClient::Call(const std::string& operation, const std::vector<std
                                             "SOAPAction: \"" + op.soap_action + "\""};
   HttpResponse response =
       HttpPost(wsdl_->endpoint(), headers, RequestText(op, arguments), TimeoutsOf(options_));
+  last_status_ = response.status;
   return ReadAnswer(response, op, wsdl_->endpoint());
 }
 

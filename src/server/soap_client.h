@@ -39,8 +39,12 @@ class SoapClient {
   // (its faultstring is in the description).
   std::string Call(const std::string& operation, const std::vector<std::string>& arguments);
 
+  // The HTTP status of the last answer (the WSDL's or a call's); 0 before any answer came.
+  long last_status() const { return last_status_; }
+
  private:
   SoapOptions options_;
+  long last_status_ = 0;
   std::unique_ptr<Wsdl> wsdl_;
 };
 

@@ -1,0 +1,132 @@
+#include "server/execution_trace.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <sstream>
+
+#include "server/execution_journal.h"
+#include "server/sendable.h"
+
+namespace ent {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct ThreadTrace {
+  ExecutionScope* scope = nullptr;
+  Phase phase = Phase::kOther;
+  Clock::time_point phase_start;
+  Clock::time_point start;
+  ExecutionRecord last;
+};
+
+thread_local ThreadTrace current;
+
+double MillisecondsSince(Clock::time_point from) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - from).count();
+}
+
+void CloseCurrentPhase() {
+  if (!current.scope) return;
+  ExecutionRecord& r = current.scope->record();
+  const double spent = MillisecondsSince(current.phase_start);
+  switch (current.phase) {
+    case Phase::kRead: r.read_ms += spent; break;
+    case Phase::kBuild: r.build_ms += spent; break;
+    case Phase::kPost: r.post_ms += spent; break;
+    case Phase::kOther: break;
+  }
+  current.phase_start = Clock::now();
+}
+
+}  // namespace
+
+bool ExecutionRecord::failed() const {
+  return (status != "0" && status != "No records found.") || post != "accepted";
+}
+
+ExecutionScope::ExecutionScope(const std::string& session, const std::string& client,
+                               const pugi::xml_document* request)
+    : outer_(current.scope) {
+  record_.start_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                         std::chrono::system_clock::now().time_since_epoch())
+                         .count();
+  record_.session = session;
+  record_.client = client;
+  if (request) {
+    const std::string type = request->select_node("//report/type").node().text().get();
+    char* end = nullptr;
+    const double kind = std::strtod(type.c_str(), &end);
+    const bool custom = end != type.c_str() && kind == 2;
+    record_.code = custom ? "custom" : request->select_node("//report/name").node().text().get();
+    pugi::xml_node item = request->select_node("//report/params/reportItem").node();
+    for (pugi::xml_node child = item.first_child(); child; child = child.next_sibling())
+      record_.params.push_back(child.first_attribute().next_attribute().value());
+  }
+  current.scope = this;
+  current.phase = Phase::kOther;
+  current.start = current.phase_start = Clock::now();
+}
+
+ExecutionScope::~ExecutionScope() {
+  CloseCurrentPhase();
+  record_.total_ms = MillisecondsSince(current.start);
+  current.scope = outer_;
+  current.phase = Phase::kOther;
+  try {
+    current.last = record_;
+    RecordExecution(record_);
+  } catch (...) {
+    // The record is lost; the request it describes has already been answered.
+  }
+}
+
+void EnterPhase(Phase phase) {
+  if (!current.scope) return;
+  CloseCurrentPhase();
+  current.phase = phase;
+}
+
+ExecutionRecord* CurrentExecution() { return current.scope ? &current.scope->record() : nullptr; }
+
+void NoteDocumentBytes(size_t bytes) {
+  if (current.scope) current.scope->record().document_bytes = static_cast<int64_t>(bytes);
+}
+
+int64_t RowsOf(const ISendable& result) {
+  const auto& document = result.XMLDocument();
+  if (!document) return 0;
+  pugi::xml_node root = document->document_element();
+  if (std::string_view(root.name()) != "xml") return -1;
+  int64_t rows = 0;
+  for (pugi::xml_node row : root.child("rs:data").children("z:row")) {
+    (void)row;
+    ++rows;
+  }
+  return rows;
+}
+
+const ExecutionRecord& LastExecution() { return current.last; }
+
+std::string DescribeExecution(const ExecutionRecord& r) {
+  std::ostringstream line;
+  auto quoted = [](const std::string& text) {
+    std::string out = "\"";
+    for (char c : text) {
+      if (c == '"' || c == '\\') out += '\\';
+      out += (c == '\n' || c == '\r') ? ' ' : c;
+    }
+    return out + "\"";
+  };
+  auto ms = [](double value) { return std::to_string(static_cast<int64_t>(value + 0.5)) + "ms"; };
+  line << (r.code.empty() ? "-" : r.code) << " session=" << quoted(r.session) << " client=" << quoted(r.client)
+       << " rows=" << r.rows << " bytes=" << r.document_bytes << " status=" << quoted(r.status)
+       << " post=" << (r.post.empty() ? "none" : r.post) << " http=" << r.http_status
+       << " read=" << ms(r.read_ms) << " build=" << ms(r.build_ms) << " send=" << ms(r.post_ms)
+       << " total=" << ms(r.total_ms);
+  if (r.post == "failed" || r.post == "refused") line << " detail=" << quoted(r.post_detail);
+  return line.str();
+}
+
+}  // namespace ent

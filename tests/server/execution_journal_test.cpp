@@ -1,0 +1,265 @@
+// The execution journal: real `entprcreq process` runs against a stand-in head office on loopback,
+// then the records read back from the SQLite journal and through `entprcreq journal`.
+#include "server/execution_journal.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "server/head_office.h"
+#include "support/program.h"
+#include "support/sample_shop.h"
+#include "support/temp_dir.h"
+
+namespace ent {
+namespace {
+
+using nlohmann::json;
+
+std::string Request(const std::string& type, const std::string& code, const std::vector<std::string>& params,
+                    const std::string& sql = "") {
+  std::string items;
+  for (size_t i = 0; i < params.size(); ++i)
+    items += "<item n='p" + std::to_string(i) + "' v='" + params[i] + "'/>";
+  return "<report><type>" + type + "</type><clientid>12</clientid><sql>" + sql + "</sql><name>" + code +
+         "</name><params><reportItem>" + items + "</reportItem></params><sessionid>S</sessionid></report>";
+}
+
+class ExecutionJournalTest : public ::testing::Test {
+ protected:
+  ExecutionJournalTest() { std::filesystem::create_directory(dir_.file("log")); }
+
+  // Runs one request through the program against `office` and returns what it printed.
+  test::ProgramRun Process(const HeadOffice& office, int port, const std::string& document,
+                           const std::string& session, std::vector<std::string> extra = {},
+                           const std::string& connection_extra = "") {
+    (void)office;
+    std::ofstream(dir_.file(session + ".xml")) << document;
+    std::vector<std::string> args = {"process",      "--request",   dir_.file(session + ".xml"),
+                                     "--connection", "Provider=SQLite;Data Source=" + test::SmallSampleShop() +
+                                                         connection_extra,
+                                     "--host-address", "127.0.0.1", "--host-port", std::to_string(port),
+                                     "--guid",       "g",           "--session-id", session,
+                                     "--client-id",  "12",          "--db-size",    "--token-dir",
+                                     dir_.file("token"), "--log-dir", dir_.file("log"), "--timeout", "20"};
+    args.insert(args.end(), extra.begin(), extra.end());
+    return test::RunProgram(args, dir_.path().string());
+  }
+
+  std::vector<ExecutionRecord> Records() {
+    ExecutionJournal::Filter all;
+    all.limit = 100;
+    return ExecutionJournal(dir_.file("log/journal.db")).Select(all);
+  }
+  ExecutionRecord RecordOf(const std::string& session) {
+    for (const ExecutionRecord& r : Records())
+      if (r.session == session) return r;
+    ADD_FAILURE() << "no record of session " << session;
+    return {};
+  }
+
+  test::TempDir dir_;
+};
+
+TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) {
+  HeadOffice office(HeadOfficeOptions{});
+  const int port = office.Start("127.0.0.1", 0);
+  const auto before = std::chrono::system_clock::now();
+  const test::ProgramRun run =
+      Process(office, port, Request("1", "INVSUM01", {"1/1/2024", "12/31/2024", "true", "true", "false"}), "A1");
+  ASSERT_EQ(run.exit_code, 0) << run.err;
+  ASSERT_EQ(office.Posts().size(), 1u);
+  const std::string posted = office.Posts()[0].arguments.at(5).second;
+
+  const ExecutionRecord r = RecordOf("A1");
+  EXPECT_EQ(r.code, "INVSUM01");
+  EXPECT_EQ(r.client, "12");
+  EXPECT_EQ(r.params, (std::vector<std::string>{"1/1/2024", "12/31/2024", "true", "true", "false"}));
+  EXPECT_EQ(r.status, "0");
+  EXPECT_EQ(r.post, "accepted");
+  EXPECT_EQ(r.http_status, 200);
+  // The head office's XML parser turns the document's CR LF into LF, so it reads fewer bytes.
+  EXPECT_GE(r.document_bytes, static_cast<int64_t>(posted.size()));
+  // Rows: the z:row elements of the posted document.
+  size_t rows = 0;
+  for (size_t at = posted.find("<z:row"); at != std::string::npos; at = posted.find("<z:row", at + 1)) ++rows;
+  EXPECT_GT(rows, 0u);
+  EXPECT_EQ(r.rows, static_cast<int64_t>(rows));
+  const int64_t before_ms =
+      std::chrono::duration_cast<std::chrono::milliseconds>(before.time_since_epoch()).count();
+  EXPECT_GE(r.start_ms, before_ms);
+  EXPECT_LT(r.start_ms, before_ms + 60000);
+  EXPECT_GT(r.read_ms, 0);
+  EXPECT_GT(r.build_ms, 0);
+  EXPECT_GT(r.post_ms, 0);
+  EXPECT_LE(r.read_ms + r.build_ms + r.post_ms, r.total_ms);
+  // No debug log was written, and the program said what happened in one line.
+  EXPECT_FALSE(std::filesystem::exists(dir_.file("log/A1.txt")));
+  EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1) << run.out;
+  EXPECT_NE(run.out.find("INVSUM01"), std::string::npos);
+  EXPECT_NE(run.out.find("post=accepted http=200"), std::string::npos) << run.out;
+
+  // The bytes are those of the document text, as 'query' prints it for the same free SQL.
+  const std::string sql = "select top 30 cusid, company, city from customer order by cusid";
+  ASSERT_EQ(Process(office, port, Request("2", "", {}, sql), "A3", {"--quiet"}).exit_code, 0);
+  const test::ProgramRun query = test::RunProgram(
+      {"query", "--connection", "Provider=SQLite;Data Source=" + test::SmallSampleShop(), "--sql", sql},
+      dir_.path().string());
+  const ExecutionRecord custom = RecordOf("A3");
+  EXPECT_EQ(custom.code, "custom");
+  EXPECT_EQ(custom.rows, 30);
+  EXPECT_EQ(custom.document_bytes, static_cast<int64_t>(query.out.size() - 1));
+
+  // No rows is an answer, not a failure.
+  ASSERT_EQ(Process(office, port, Request("2.0", "", {}, "select cusid from customer where 1=0"), "A2",
+                    {"--quiet"})
+                .out,
+            "");
+  const ExecutionRecord empty = RecordOf("A2");
+  EXPECT_EQ(empty.code, "custom");
+  EXPECT_EQ(empty.status, "No records found.");
+  EXPECT_EQ(empty.rows, 0);
+  EXPECT_EQ(empty.document_bytes, 0);
+  EXPECT_FALSE(empty.failed());
+}
+
+TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
+  // A head office that answers with a fault: the post failed, with its HTTP status and reason.
+  HeadOfficeOptions faulty;
+  faulty.fault = "Shop unknown";
+  HeadOffice office(faulty);
+  const int port = office.Start("127.0.0.1", 0);
+  test::ProgramRun run = Process(office, port, Request("1", "AVGINV01", {"1/1/2024", "12/31/2024"}), "F1");
+  EXPECT_EQ(run.exit_code, 0);
+  ExecutionRecord r = RecordOf("F1");
+  EXPECT_EQ(r.status, "0");
+  EXPECT_EQ(r.post, "failed");
+  EXPECT_EQ(r.http_status, 500);
+  EXPECT_NE(r.post_detail.find("Shop unknown"), std::string::npos) << r.post_detail;
+  EXPECT_TRUE(r.failed());
+  EXPECT_NE(run.out.find("post=failed"), std::string::npos);
+  EXPECT_NE(run.out.find("Shop unknown"), std::string::npos);
+
+  // An answer other than "True" is a refusal.
+  HeadOfficeOptions refusing;
+  refusing.answer = "False";
+  HeadOffice no(refusing);
+  const int no_port = no.Start("127.0.0.1", 0);
+  Process(no, no_port, Request("1", "NOSUCH", {"x"}), "F2");
+  r = RecordOf("F2");
+  EXPECT_EQ(r.code, "NOSUCH");
+  EXPECT_EQ(r.status, "Prebuilt report not found.");
+  EXPECT_EQ(r.post, "refused");
+  EXPECT_EQ(r.post_detail, "False");
+
+  // Nobody listening: no HTTP status at all.
+  no.Stop();
+  Process(no, no_port, Request("1", "AVGINV01", {"1/1/2024", "12/31/2024"}), "F3");
+  r = RecordOf("F3");
+  EXPECT_EQ(r.post, "failed");
+  EXPECT_EQ(r.http_status, 0);
+  EXPECT_FALSE(r.post_detail.empty());
+
+  // The token cannot be created: nothing ran or was posted, and the record says why.
+  std::ofstream(dir_.file("blocked")) << "a file where the token folder should be";
+  run = Process(office, port, Request("1", "AVGINV01", {}), "F4", {"--token-dir", dir_.file("blocked")});
+  EXPECT_EQ(run.exit_code, 1);
+  r = RecordOf("F4");
+  EXPECT_EQ(r.post, "");
+  EXPECT_EQ(r.status.rfind("the token component cannot be created", 0), 0u) << r.status;
+  EXPECT_TRUE(r.failed());
+}
+
+TEST_F(ExecutionJournalTest, TheConnectionPasswordNeverReachesTheJournal) {
+  HeadOffice office(HeadOfficeOptions{});
+  const int port = office.Start("127.0.0.1", 0);
+  // A failure text that quotes the password: the head office gets it as it is, the journal does not.
+  Process(office, port, Request("2", "", {"Hunter22!"}, "select * from [Hunter22!]"), "P1", {},
+          ";Password=Hunter22!");
+  ASSERT_EQ(office.Posts().size(), 1u);
+  ASSERT_NE(office.Posts()[0].arguments.at(4).second.find("Hunter22!"), std::string::npos);
+  const ExecutionRecord r = RecordOf("P1");
+  EXPECT_EQ(r.status.find("Hunter22!"), std::string::npos) << r.status;
+  EXPECT_NE(r.status.find("***"), std::string::npos) << r.status;
+  // Parameters are kept as the request gave them.
+  EXPECT_EQ(r.params, std::vector<std::string>{"Hunter22!"});
+}
+
+TEST_F(ExecutionJournalTest, TheJournalCommandFiltersAndOrders) {
+  {
+    ExecutionJournal journal(dir_.file("log/journal.db"));
+    auto add = [&](int64_t start, const std::string& code, double total, const std::string& status,
+                   const std::string& post) {
+      ExecutionRecord r;
+      r.start_ms = start;
+      r.session = "s" + std::to_string(start);
+      r.code = code;
+      r.total_ms = total;
+      r.status = status;
+      r.post = post;
+      journal.Append(r);
+    };
+    add(1000, "BL01", 50, "0", "accepted");
+    add(2000, "SC01", 900, "0", "failed");
+    add(3000, "BL01", 300, "Database is in use by an administrator. Please try again later.", "accepted");
+    add(4000, "custom", 10, "No records found.", "accepted");
+    add(5000, "bl01", 700, "0", "refused");
+  }
+  auto sessions = [&](std::vector<std::string> args) {
+    args.insert(args.begin(), {"journal", "--json", "--log-dir", dir_.file("log")});
+    const test::ProgramRun run = test::RunProgram(args, dir_.path().string());
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    std::vector<std::string> found;
+    std::istringstream lines(run.out);
+    for (std::string line; std::getline(lines, line);) found.push_back(json::parse(line).at("session"));
+    return found;
+  };
+  using V = std::vector<std::string>;
+  EXPECT_EQ(sessions({}), (V{"s5000", "s4000", "s3000", "s2000", "s1000"}));
+  EXPECT_EQ(sessions({"--last", "2"}), (V{"s5000", "s4000"}));
+  EXPECT_EQ(sessions({"--failures"}), (V{"s5000", "s3000", "s2000"}));
+  EXPECT_EQ(sessions({"--code", "BL01"}), (V{"s5000", "s3000", "s1000"}));
+  EXPECT_EQ(sessions({"--slowest", "--last", "3"}), (V{"s2000", "s5000", "s3000"}));
+  EXPECT_EQ(sessions({"--failures", "--code", "bl01", "--slowest"}), (V{"s5000", "s3000"}));
+
+  // The table names the columns; a missing journal is said plainly.
+  const test::ProgramRun table = test::RunProgram({"journal", "--log-dir", dir_.file("log")}, dir_.path().string());
+  EXPECT_NE(table.out.find("total ms"), std::string::npos);
+  EXPECT_NE(table.out.find("refused (0)"), std::string::npos) << table.out;
+  const test::ProgramRun none = test::RunProgram({"journal", "--journal", dir_.file("none.db")}, dir_.path().string());
+  EXPECT_EQ(none.exit_code, 1);
+  EXPECT_NE(none.err.find("no journal at"), std::string::npos);
+}
+
+TEST_F(ExecutionJournalTest, OldRecordsAgeOutAndAnUnwritableJournalIsReported) {
+  const int64_t now = std::chrono::duration_cast<std::chrono::milliseconds>(
+                          std::chrono::system_clock::now().time_since_epoch())
+                          .count();
+  SetJournalPath(dir_.file("log/journal.db"));
+  SetJournalRetentionDays(2);
+  ExecutionRecord old_one, recent, fresh;
+  old_one.start_ms = now - 3 * 86400000LL;
+  old_one.session = "old";
+  recent.start_ms = now - 1 * 86400000LL;
+  recent.session = "recent";
+  fresh.start_ms = now;
+  fresh.session = "fresh";
+  RecordExecution(old_one);
+  RecordExecution(recent);
+  RecordExecution(fresh);
+  std::vector<std::string> kept;
+  for (const ExecutionRecord& r : Records()) kept.push_back(r.session);
+  EXPECT_EQ(kept, (std::vector<std::string>{"fresh", "recent"}));
+
+  // A journal that cannot be written loses the record but never fails the caller.
+  SetJournalPath(dir_.file("no-such-folder/journal.db"));
+  EXPECT_NO_THROW(RecordExecution(fresh));
+  SetJournalPath("");
+  SetJournalRetentionDays(30);
+}
+
+}  // namespace
+}  // namespace ent
