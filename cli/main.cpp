@@ -15,6 +15,7 @@ const char kUsage[] =
     "  headoffice  run a stand-in head-office web service for demos and tests\n"
     "  token       read or set the database-in-use token (administrators)\n"
     "  serve       take the host service's requests over HTTP, several at once\n"
+    "  render      show a result document as a text table, a web page or CSV\n"
     "\n"
     "'entprcreq <command> --help' explains a command's options.\n";
 
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
   if (command == "headoffice") return ent::cli::RunHeadOffice(args);
   if (command == "token") return ent::cli::RunToken(args);
   if (command == "serve") return ent::cli::RunServe(args);
+  if (command == "render") return ent::cli::RunRender(args);
   if (command == "--help" || command == "-h" || command == "help") {
     std::cout << kUsage;
     return 0;
