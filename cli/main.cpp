@@ -16,6 +16,7 @@ const char kUsage[] =
     "  token       read or set the database-in-use token (administrators)\n"
     "  serve       take the host service's requests over HTTP, several at once\n"
     "  render      show a result document as a text table, a web page or CSV\n"
+    "  reports     list the report codes with their parameters and result columns\n"
     "\n"
     "'entprcreq <command> --help' explains a command's options.\n";
 
@@ -35,6 +36,7 @@ int main(int argc, char** argv) {
   if (command == "token") return ent::cli::RunToken(args);
   if (command == "serve") return ent::cli::RunServe(args);
   if (command == "render") return ent::cli::RunRender(args);
+  if (command == "reports") return ent::cli::RunReports(args);
   if (command == "--help" || command == "-h" || command == "help") {
     std::cout << kUsage;
     return 0;

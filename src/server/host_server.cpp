@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "common/error.h"
+#include "report/catalogue.h"
 #include "server/cls_process_request.h"
 #include "server/host_call.h"
 #include "server/http_serving.h"
@@ -154,6 +155,10 @@ int HostServer::Start(const std::string& host, int port) {
     nlohmann::json load = s.admission.Load();
     load["status"] = "running";
     Answer(response, 200, load);
+  });
+  s.server.Get("/reports", [&s](const httplib::Request& request, httplib::Response& response) {
+    if (!s.Authorised(request, response)) return;
+    response.set_content(ReportCatalogueJson(), "application/json");
   });
   const int bound = StartServing(s.server, host, port, s.thread);
   return bound;
