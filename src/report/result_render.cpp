@@ -15,6 +15,7 @@ const char kStyle[] =
     "td,th{padding:.15em .6em;vertical-align:top;white-space:pre-wrap;text-align:left}"
     "th{border-bottom:1px solid #888}"
     "tr.b td{font-weight:bold}td.b{font-weight:bold}"
+    "td:first-child,td.num{white-space:pre}"
     "td.num{text-align:right;font-variant-numeric:tabular-nums}"
     "table.posts td,table.posts th{border:1px solid #ccc}"
     ".note{color:#666}";
