@@ -17,7 +17,9 @@ const char kHelp[] =
     "its service description at http://HOST:PORT/EntHost/service.asmx?WSDL, accepts sendReport and\n"
     "answers \"True\". Each post is stored in DIR as NNNN.json (its six arguments in order) with the\n"
     "result document in NNNN.xml, and listed in DIR/posts.txt (number, session, client, status,\n"
-    "rows). It runs until interrupted (Ctrl-C or SIGTERM).\n"
+    "rows). With --out, http://HOST:PORT/ is a web page listing the stored posts (time, session,\n"
+    "status, rows) with each document shown as the head office's client shows it. It runs until\n"
+    "interrupted (Ctrl-C or SIGTERM).\n"
     "\n"
     "  --listen HOST:PORT   where to listen; port 0 picks a free port (printed on start)\n"
     "  --out DIR            where to store the posts (created if missing; default: not stored)\n"
@@ -61,6 +63,8 @@ int RunHeadOffice(const Args& args) {
     HeadOffice office(settings);
     port = office.Start(host, port);
     std::cout << "listening on http://" << host << ":" << port << "/EntHost/service.asmx" << std::endl;
+    if (!settings.out_dir.empty())
+      std::cout << "posts shown at http://" << host << ":" << port << "/" << std::endl;
     WaitForStopSignal();
     office.Stop();
   } catch (const Error& e) {

@@ -5,13 +5,14 @@
 #include "data/cls_rs.h"
 #include "options.h"
 #include "report/result_document.h"
+#include "report/result_view.h"
 
 namespace ent::cli {
 
 namespace {
 
 const char kHelp[] =
-    "usage: entprcreq query --connection STRING --sql TEXT\n"
+    "usage: entprcreq query --connection STRING --sql TEXT [--format xml|text|html|csv]\n"
     "\n"
     "Runs a head office's free SQL text against the shop database and prints the result document\n"
     "that a custom report request with that text would post. Use it to try a SQL text before the\n"
@@ -19,6 +20,8 @@ const char kHelp[] =
     "\n"
     "  --connection STRING  the shop database, e.g. \"Provider=SQLite;Data Source=/srv/shop.db\"\n"
     "  --sql TEXT           the SQL text, exactly as the head office would send it\n"
+    "  --format FORMAT      xml: the document itself (default); text, html, csv: the document as\n"
+    "                       'entprcreq render' shows it\n"
     "\n"
     "Prints the document, or \"No records found.\" when the text returns no rows (exit code 0).\n"
     "When the text fails, prints the status text the head office would receive (exit code 1).\n";
@@ -27,7 +30,7 @@ const char kHelp[] =
 
 int RunQuery(const Args& args) {
   try {
-    Options options(args, {"--connection", "--sql"}, {"--help"}, kHelp);
+    Options options(args, {"--connection", "--sql", "--format"}, {"--help"}, kHelp);
     if (options.Has("--help")) {
       std::cout << kHelp;
       return 0;
@@ -35,6 +38,8 @@ int RunQuery(const Args& args) {
     options.Require("--connection");
     options.Require("--sql");
     options.RejectPositional();
+    const std::string format = options.Get("--format", "xml");
+    if (format != "xml") RenderAs(ResultView{}, format, "");  // an unknown format fails before the query runs
     SetShopConnectionString(options.Get("--connection"));
     clsRS engine;
     std::string status;
@@ -53,7 +58,10 @@ int RunQuery(const Args& args) {
       std::cout << failure << "\n";
       return 1;
     }
-    std::cout << DocumentXmlText(*doc) << "\n";
+    if (format == "xml")
+      std::cout << DocumentXmlText(*doc) << "\n";
+    else
+      std::cout << RenderAs(ReadResultView(*doc), format, "Query result");
     return 0;
   } catch (const std::exception& e) {
     std::cerr << "entprcreq query: " << e.what() << "\n";

@@ -17,6 +17,8 @@ const char kUsage[] =
     "  token       read or set the database-in-use token (administrators)\n"
     "  serve       take the host service's requests over HTTP, several at once\n"
     "  journal     list what the requests did (the execution journal)\n"
+    "  render      show a result document as a text table, a web page or CSV\n"
+    "  reports     list the report codes with their parameters and result columns\n"
     "\n"
     "'entprcreq <command> --help' explains a command's options; 'entprcreq --version' shows the version.\n";
 
@@ -40,6 +42,8 @@ int main(int argc, char** argv) {
     std::cout << "entprcreq " << ent::ProgramVersion() << "\n";
     return 0;
   }
+  if (command == "render") return ent::cli::RunRender(args);
+  if (command == "reports") return ent::cli::RunReports(args);
   if (command == "--help" || command == "-h" || command == "help") {
     std::cout << kUsage;
     return 0;

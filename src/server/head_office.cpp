@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "common/error.h"
+#include "server/head_office_page.h"
 #include "server/http_serving.h"
 #include "server/xml_names.h"
 
@@ -270,6 +271,7 @@ int HeadOffice::Start(const std::string& host, int port) {
   s.server.Post(s.options.service_path, [&s](const httplib::Request& request, httplib::Response& response) {
     s.HandlePost(request, response);
   });
+  AddHeadOfficePages(s.server, s.options.out_dir);
   s.host = host;
   s.port = StartServing(s.server, host, port, s.thread);
   return s.port;

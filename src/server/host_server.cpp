@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "common/version.h"
+#include "report/catalogue.h"
 #include "server/cls_process_request.h"
 #include "server/execution_trace.h"
 #include "server/health.h"
@@ -179,6 +180,10 @@ int HostServer::Start(const std::string& host, int port) {
     if (s.options.log_calls && response.status >= 400)
       std::cerr << "HTTP " << response.status << " " << request.method << " " << request.path << ": "
                 << response.body.substr(0, response.body.find('\n')) << std::endl;
+  });
+  s.server.Get("/reports", [&s](const httplib::Request& request, httplib::Response& response) {
+    if (!s.Authorised(request, response)) return;
+    response.set_content(ReportCatalogueJson(), "application/json");
   });
   const int bound = StartServing(s.server, host, port, s.thread);
   return bound;
