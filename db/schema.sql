@@ -24,7 +24,8 @@
 --
 -- Shop settings: GlobalVars2, globalvars and machine hold one row each.
 --
--- Statements are separated by semicolons; CREATE INDEX statements come last.
+-- Statements are separated by semicolons; CREATE INDEX statements come last. A database loaded in
+-- bulk is analysed afterwards (ANALYZE): the plans of the joins above depend on its statistics.
 
 CREATE TABLE customer (
   cusid int NOT NULL PRIMARY KEY,
@@ -277,12 +278,20 @@ CREATE TABLE machine (
 
 CREATE INDEX ix_vehicle_cusid ON vehicle (cusid);
 CREATE INDEX ix_wo_cusid ON wo (cusid);
-CREATE INDEX ix_wo_invoiceid ON wo (invoiceid);
+CREATE INDEX ix_wo_invoiceid ON wo (invoiceid, latestdate);
 CREATE INDEX ix_wo_credid ON wo (credid);
 CREATE INDEX ix_wo_latestdate ON wo (latestdate);
 CREATE INDEX ix_woparts_woid ON woparts (woid);
-CREATE INDEX ix_woparts_invoiceid ON woparts (invoiceid);
+-- Most lines carry the placeholder 0 in invoiceid or credid, so a plain index on either key sends a
+-- join into a loop over every line of the other kind. The partial indexes hold only real keys and
+-- serve the joins that say "<> 0"; the composite ones let a join on all three keys, on the invoice
+-- and its preset jobs, or on a sales class and its invoices, reject lines from the index alone.
+CREATE INDEX ix_woparts_invoiceid ON woparts (invoiceid, presetjobid);
 CREATE INDEX ix_woparts_credid ON woparts (credid);
+CREATE INDEX ix_woparts_invoice_set ON woparts (invoiceid) WHERE invoiceid <> 0;
+CREATE INDEX ix_woparts_credit_set ON woparts (credid) WHERE credid <> 0;
+CREATE INDEX ix_woparts_keys ON woparts (invoiceid, credid, estid, mechuserid);
+CREATE INDEX ix_woparts_class ON woparts (SalesClass, invoiceid);
 CREATE INDEX ix_wopaymentadv_id ON wopaymentadv (id);
 CREATE INDEX ix_invtrans_invid ON invtrans (invid);
 CREATE INDEX ix_timeclock_woid ON timeclock (woid);

@@ -69,6 +69,7 @@ void CreateShopTables(Database& db) {
 
 void CreateShopIndexes(Database& db) {
   RunSchema(db, true);
+  db.Exec("ANALYZE");
 }
 
 void CreateSupplierTable(Database& db, int supid) {

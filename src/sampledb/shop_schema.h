@@ -13,7 +13,8 @@ namespace ent::sampledb {
 std::vector<std::string> SplitStatements(std::string_view script);
 
 // Creates every table of the shop schema; the indexes come later (CreateShopIndexes), once the
-// data is in.
+// data is in. CreateShopIndexes also gathers the statistics (ANALYZE) without which SQLite plans the
+// reports' joins over the placeholder keys as loops over whole tables.
 void CreateShopTables(Database& db);
 void CreateShopIndexes(Database& db);
 

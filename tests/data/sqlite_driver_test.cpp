@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
 #include "common/error.h"
 #include "data/recordset.h"
+#include "support/temp_dir.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -142,6 +147,28 @@ TEST(FreeStandingRowset, AppendAddSetAndNavigate) {
   EXPECT_THROW(rs.Get(0), Error);
   rs.MoveLast();
   EXPECT_TRUE(rs.Get("Parts_Sold").IsNull());
+}
+
+TEST_F(SqliteDriverTest, TheSqlLogIsAScriptOfWhatRanWithItsValues) {
+  test::TempDir dir;
+  const std::string log = dir.file("sql.log");
+  setenv("ENTPRCREQ_SQL_LOG", log.c_str(), 1);
+  {
+    auto connection = db_.Connect();
+    connection->InsertRow("wo", {"woid", "Summary"}, {Variant(9), Variant(std::string("it's"))});
+    connection->Query("select top 1 woid from wo where latestdate >= '1/1/2024'");
+  }
+  unsetenv("ENTPRCREQ_SQL_LOG");
+  std::ifstream in(log);
+  std::stringstream text;
+  text << in.rdbuf();
+  // Adapted for SQLite, bound values written in, one statement per line: sqlite3 replays it as is.
+  EXPECT_EQ(text.str().substr(0, text.str().find("PRAGMA")),
+            "INSERT INTO [wo] ([woid], [Summary]) VALUES (9, 'it''s');\n"
+            "select woid AS [woid] from wo where latestdate >= '2024-01-01 00:00:00' LIMIT 1;\n");
+  auto quiet = db_.Connect();
+  quiet->Query("select 1");
+  EXPECT_EQ(std::ifstream(log).rdbuf()->pubseekoff(0, std::ios::end), text.str().size()) << "logged without the variable";
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 // Parts gross profit (PARTGP01): every part line sold on an invoice or credit invoice in a range, with
 // the margin recorded on the line beside the margin its sales-class pricing band aims at.
+#include <map>
+#include <utility>
+
 #include "common/error.h"
 #include "common/format.h"
 #include "common/thread_values.h"
@@ -66,6 +69,15 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
     std::unique_ptr<Recordset> result = parts::NewResultRowset(
         {"Invoice", "Invoice_Date", "Part_Description", "Part_Cost", "Sold_For", "QTY_Sold", "Total_Parts",
          "WO_Profit_Margin", "Sales_Class_Profit_Margin", "Supplier_Name", "Sales_Class", "Job_Number"});
+    // Lines repeat the same supplier, preset job and sales class with the same cost: each look-up
+    // runs once per distinct key and is remembered for this report (nothing writes meanwhile).
+    std::map<int32_t, std::string> supplier_names, job_numbers;
+    std::map<std::pair<Currency, std::string>, Currency> class_margins;
+    auto remembered = [](auto& memo, const auto& key, auto look_up) {
+      auto at = memo.find(key);
+      if (at == memo.end()) at = memo.emplace(key, look_up()).first;
+      return at->second;
+    };
     while (!query->IsEof()) {
       result->AddNew();
       result->Set("Invoice", Variant(parts::TrimBlanks(Text(query->Get("Invoice")))));
@@ -76,12 +88,18 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
       result->Set("QTY_Sold", Variant(Amount(query->Get("QTYSold"))));
       result->Set("Total_Parts", Variant(Amount(query->Get("totparts"))));
       result->Set("WO_Profit_Margin", Variant(Amount(query->Get("WO_Profit_Margin"))));
-      const Currency margin =
-          getSalesClassMargin(query->Get("PartCost").ToCurrency(), Text(query->Get("SalesClass")));
+      const Currency cost = query->Get("PartCost").ToCurrency();
+      const std::string sales_class = Text(query->Get("SalesClass"));
+      const Currency margin = remembered(class_margins, std::make_pair(cost, sales_class),
+                                         [&] { return getSalesClassMargin(cost, sales_class); });
       result->Set("Sales_Class_Profit_Margin", Variant(Amount(Variant(margin))));
-      result->Set("Supplier_Name", Variant(getSupplierName(query->Get("SuppID").ToLong())));
-      result->Set("Sales_Class", Variant(parts::TrimBlanks(Text(query->Get("SalesClass")))));
-      result->Set("Job_Number", Variant(parts::TrimBlanks(getJobNumber(query->Get("presetjobid").ToLong()))));
+      const int32_t supplier = query->Get("SuppID").ToLong();
+      result->Set("Supplier_Name",
+                  Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(supplier); })));
+      result->Set("Sales_Class", Variant(parts::TrimBlanks(sales_class)));
+      const int32_t job = query->Get("presetjobid").ToLong();
+      result->Set("Job_Number",
+                  Variant(parts::TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(job); }))));
       result->Update();
       query->MoveNext();
     }
