@@ -17,6 +17,9 @@ const char kHelp[] =
     "report request with \"Database is in use by an administrator. Please try again later.\"; set it\n"
     "to 1 before working on the database (a compact, a restore) and back to 0 afterwards. The server\n"
     "sets it to 2 while it runs a report and back to 0 when done.\n"
+    "Run as root, it leaves the token owned by the token folder's owner (mode 0660), so the server's\n"
+    "user can still write it. A token folder or file that everyone may write, or a link in place of\n"
+    "the token file, is refused.\n"
     "\n"
     "  --token-dir DIR   where the token is kept (default: $ENTPRCREQ_TOKEN_DIR, else the token\n"
     "                    folder beside the program); use the same folder as the server\n";

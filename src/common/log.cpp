@@ -14,14 +14,17 @@ namespace {
 
 constexpr size_t kMaxNameBytes = 200;  // with ".txt", well inside any file system's name limit
 
-bool Unsafe(unsigned char c) { return c < 0x20 || c == 0x7f || c == '/' || c == '\\' || c == '%'; }
+bool Unsafe(unsigned char c) {
+  return c < 0x20 || c == 0x7f || c == '/' || c == '\\' || c == '%';
+}
 
 // The message, or its first kMaxLogMessageBytes bytes (never half a UTF-8 character) and a note.
 std::string Bounded(const std::string& message) {
   if (message.size() <= kMaxLogMessageBytes) return message;
   size_t keep = kMaxLogMessageBytes;
   while (keep > 0 && (static_cast<unsigned char>(message[keep]) & 0xC0) == 0x80) --keep;
-  return message.substr(0, keep) + " ... (" + std::to_string(message.size() - keep) + " more bytes not logged)";
+  return message.substr(0, keep) + " ... (" + std::to_string(message.size() - keep) +
+         " more bytes not logged)";
 }
 
 }  // namespace

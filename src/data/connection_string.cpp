@@ -113,7 +113,8 @@ std::string MaskedConnectionString(std::string_view text) {
     std::string k;
     for (char c : key) k += c == '=' ? "==" : std::string(1, c);
     std::string v = secret ? "***" : value;
-    if (v.find_first_of(";'\"") != std::string::npos || (!v.empty() && (v.front() == ' ' || v.back() == ' '))) {
+    if (v.find_first_of(";'\"") != std::string::npos ||
+        (!v.empty() && (v.front() == ' ' || v.back() == ' '))) {
       std::string quoted = "\"";
       for (char c : v) quoted += c == '"' ? "\"\"" : std::string(1, c);
       v = quoted + "\"";

@@ -36,7 +36,8 @@ std::string TrimXmlSpace(const std::string& text) {
 
 std::string LoadRequestDocument(const std::string& text, pugi::xml_document& doc) {
   // The length is given so that a NUL inside the text is a parse error, not a silent end.
-  pugi::xml_parse_result parsed = doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+  pugi::xml_parse_result parsed =
+      doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!parsed) {
     doc.reset();
     return "The request document is not XML: " + std::string(parsed.description()) + " at offset " +
@@ -44,8 +45,7 @@ std::string LoadRequestDocument(const std::string& text, pugi::xml_document& doc
   }
   if (DepthOf(doc) > kMaxRequestDepth) {
     doc.reset();
-    return "The request document is nested deeper than " + std::to_string(kMaxRequestDepth) +
-           " elements.";
+    return "The request document is nested deeper than " + std::to_string(kMaxRequestDepth) + " elements.";
   }
   return "";
 }

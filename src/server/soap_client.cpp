@@ -81,8 +81,9 @@ void SoapClient::Init(const std::string& wsdl_url) {
   try {
     CheckWebAddress(endpoint);
   } catch (const Error&) {
-    throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " gives the service address " + endpoint +
-                                          ", which is refused: only http:// and https:// addresses are used.");
+    throw Error(err::kServiceFailure,
+                "The WSDL at " + wsdl_url + " gives the service address " + endpoint +
+                    ", which is refused: only http:// and https:// addresses are used.");
   }
   const std::string host = HostOfAddress(wsdl_url);
   if (HostOfAddress(endpoint) != host)

@@ -31,8 +31,8 @@ Error Refused(const std::string& why) {
 // Anyone who can write the token can stop the server or let it run during maintenance.
 void RefuseIfWritableByOthers(const struct stat& st, const std::string& path, const char* what) {
   if (st.st_mode & S_IWOTH)
-    throw Refused(std::string(what) + " " + path + " is writable by everyone; remove that permission (chmod o-w " +
-                  path + ")");
+    throw Refused(std::string(what) + " " + path +
+                  " is writable by everyone; remove that permission (chmod o-w " + path + ")");
 }
 
 // The administrator often runs "entprcreq token set" as root, while the server runs as its own user.
@@ -71,10 +71,10 @@ std::unique_ptr<DbInUseToken> DbInUseToken::Create(const std::string& directory)
   std::error_code ec;
   const bool created = std::filesystem::create_directories(dir, ec);
   if (ec) throw CannotCreate(dir, ec.value());
-  struct stat folder{};
+  struct stat folder {};
   if (::stat(dir.c_str(), &folder) != 0) throw CannotCreate(dir, errno);
   if (created) {
-    struct stat parent{};
+    struct stat parent {};
     const std::string above = std::filesystem::path(dir).lexically_normal().parent_path().string();
     int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd >= 0 && ::stat(above.empty() ? "." : above.c_str(), &parent) == 0) {
@@ -94,7 +94,7 @@ std::unique_ptr<DbInUseToken> DbInUseToken::Create(const std::string& directory)
     throw Refused(path + " is a symbolic link; the token must be a plain file (remove the link)");
   if (fd < 0) throw CannotCreate(path, errno);
   std::unique_ptr<DbInUseToken> token(new DbInUseToken(fd));
-  struct stat st{};
+  struct stat st {};
   if (::fstat(fd, &st) != 0) throw CannotCreate(path, errno);
   if (!S_ISREG(st.st_mode)) throw Refused(path + " is not a plain file");
   if (new_file) {

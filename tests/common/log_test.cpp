@@ -71,7 +71,7 @@ TEST_F(LogTest, ANameNeverChoosesWhereTheLogGoes) {
       {"Werkstatt Müller 12", "Werkstatt Müller 12.txt"},
       {std::string(300, 'x'), std::string(200, 'x') + ".txt"},
       {std::string(199, 'x') + "ü", std::string(199, 'x') + ".txt"},  // no half character
-      {std::string(198, 'x') + "/", std::string(198, 'x') + ".txt"},   // no half %XX
+      {std::string(198, 'x') + "/", std::string(198, 'x') + ".txt"},  // no half %XX
   };
   for (const auto& [name, file] : names) {
     EXPECT_EQ(ent::LogFileName(name), file);
@@ -102,8 +102,8 @@ TEST_F(LogTest, LongMessagesAreCutWithoutSplittingACharacter) {
   const size_t note = text.find(" ... (");
   ASSERT_NE(note, std::string::npos);
   EXPECT_EQ(note - start, ent::kMaxLogMessageBytes - 1);  // the last whole character fits
-  EXPECT_EQ(text.substr(note), " ... (" + std::to_string(message.size() - (note - start)) +
-                                   " more bytes not logged)\r\n");
+  EXPECT_EQ(text.substr(note),
+            " ... (" + std::to_string(message.size() - (note - start)) + " more bytes not logged)\r\n");
   EXPECT_EQ(text.substr(start, note - start), message.substr(0, note - start));
 
   fs::remove(dir_.path() / "S1.txt");

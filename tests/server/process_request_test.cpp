@@ -276,8 +276,9 @@ TEST_F(ProcessRequestTest, ElementTextsAreReadWithoutTheWhiteSpaceAroundThem) {
   EXPECT_EQ(args[4], "0");
 
   // A report code on a line of its own is still found (it fails later, on this database's tables).
-  args = Values(Run("<report><type>1</type><clientid>1</clientid><name>\n  ENTCUSTSRCH\n</name>"
-                    "<params><reportItem/></params><sessionid>1</sessionid></report>"));
+  args =
+      Values(Run("<report><type>1</type><clientid>1</clientid><name>\n  ENTCUSTSRCH\n</name>"
+                 "<params><reportItem/></params><sessionid>1</sessionid></report>"));
   ASSERT_EQ(args.size(), 6u);
   EXPECT_EQ(args[4].find("Prebuilt report not found."), std::string::npos) << args[4];
 }
@@ -285,9 +286,9 @@ TEST_F(ProcessRequestTest, ElementTextsAreReadWithoutTheWhiteSpaceAroundThem) {
 TEST_F(ProcessRequestTest, SessionIdentifiersAndPasswordsDoNotEscapeIntoTheFileSystemOrTheLog) {
   connection_suffix_ = ";User ID=shop;Password=hunter2";
   host_session_ = "../host";
-  std::vector<std::string> args = Values(Run(
-      "<report><type>2</type><clientid>1</clientid><sql>select 1 as one</sql><name/>"
-      "<params><reportItem/></params><sessionid>../../office</sessionid></report>"));
+  std::vector<std::string> args =
+      Values(Run("<report><type>2</type><clientid>1</clientid><sql>select 1 as one</sql><name/>"
+                 "<params><reportItem/></params><sessionid>../../office</sessionid></report>"));
   ASSERT_EQ(args.size(), 6u);
   EXPECT_EQ(args[2], "../../office");  // posted as it came
   std::vector<std::string> top, logs;

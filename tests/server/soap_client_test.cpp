@@ -179,20 +179,23 @@ TEST(SoapClientTest, PostsGoOnlyByHttpToTheHostTheWsdlCameFrom) {
   HeadOffice office{HeadOfficeOptions{}};
   const int port = office.Start("127.0.0.1", 0);
   const std::string at = "127.0.0.1:" + std::to_string(port);
-  for (const std::string& address :
-       std::vector<std::string>{"gopher://" + at + "/_PING%0D%0A", "dict://" + at + "/info", "file:///etc/passwd",
-                                "ftp://" + at + "/",
-        "httpx://" + at + "/EntHost/service.asmx", "//" + at + "/EntHost/service.asmx"}) {
+  for (const std::string& address : std::vector<std::string>{
+           "gopher://" + at + "/_PING%0D%0A", "dict://" + at + "/info", "file:///etc/passwd",
+           "ftp://" + at + "/", "httpx://" + at + "/EntHost/service.asmx",
+           "//" + at + "/EntHost/service.asmx"}) {
     TextServer wsdl(WsdlWithAddress(office, address));
-    EXPECT_EQ(InitFailure(wsdl.Url()), "The WSDL at " + wsdl.Url() + " gives the service address " + address +
-                                           ", which is refused: only http:// and https:// addresses are used.");
+    EXPECT_EQ(InitFailure(wsdl.Url()),
+              "The WSDL at " + wsdl.Url() + " gives the service address " + address +
+                  ", which is refused: only http:// and https:// addresses are used.");
   }
-  for (const std::string& address : std::vector<std::string>{"http://127.0.0.2:" + std::to_string(port) + "/EntHost/service.asmx",
-                                     "http://localhost:" + std::to_string(port) + "/EntHost/service.asmx",
-                                     "http://127.0.0.1@10.1.2.3/EntHost/service.asmx"}) {
+  for (const std::string& address :
+       std::vector<std::string>{"http://127.0.0.2:" + std::to_string(port) + "/EntHost/service.asmx",
+                                "http://localhost:" + std::to_string(port) + "/EntHost/service.asmx",
+                                "http://127.0.0.1@10.1.2.3/EntHost/service.asmx"}) {
     TextServer wsdl(WsdlWithAddress(office, address));
-    EXPECT_EQ(InitFailure(wsdl.Url()), "The WSDL at " + wsdl.Url() + " gives the service address " + address +
-                                           ", which is refused: posts go only to the configured host 127.0.0.1.");
+    EXPECT_EQ(InitFailure(wsdl.Url()),
+              "The WSDL at " + wsdl.Url() + " gives the service address " + address +
+                  ", which is refused: posts go only to the configured host 127.0.0.1.");
   }
   EXPECT_TRUE(office.Posts().empty());
 
@@ -205,7 +208,8 @@ TEST(SoapClientTest, PostsGoOnlyByHttpToTheHostTheWsdlCameFrom) {
 
   // The WSDL itself is fetched by http(s) only.
   test::TempDir dir;
-  std::ofstream(dir.file("service.wsdl")) << WsdlWithAddress(office, "http://" + at + "/EntHost/service.asmx");
+  std::ofstream(dir.file("service.wsdl"))
+      << WsdlWithAddress(office, "http://" + at + "/EntHost/service.asmx");
   const std::string local = "file://" + dir.file("service.wsdl");
   EXPECT_EQ(InitFailure(local),
             "The address " + local + " is refused: only http:// and https:// addresses are used.");
@@ -222,9 +226,8 @@ TEST(SoapClientTest, AnswersLongerThanTheCapAreRefused) {
                                                " is longer than " + std::to_string(cap) +
                                                " bytes; it is refused.");
   TextServer chunked(std::string(cap + 1, ' '));
-  EXPECT_EQ(InitFailure(chunked.Url()),
-            "The answer of the service at " + chunked.Url() + " is longer than " + std::to_string(cap) +
-                " bytes; it is refused.");
+  EXPECT_EQ(InitFailure(chunked.Url()), "The answer of the service at " + chunked.Url() + " is longer than " +
+                                            std::to_string(cap) + " bytes; it is refused.");
 
   // An answer to sendReport over the cap.
   HeadOfficeOptions huge_answer;

@@ -36,8 +36,9 @@ TEST(TokenTest, PlantedLinksAndWritableByEveryoneAreRefused) {
   // A link in place of the token: its target is never written.
   std::ofstream(dir.file("victim")) << "precious";
   fs::create_symlink(dir.file("victim"), token + "/dbinuse");
-  EXPECT_EQ(Refusal(token), "the token component cannot be created: " + token +
-                                "/dbinuse is a symbolic link; the token must be a plain file (remove the link)");
+  EXPECT_EQ(Refusal(token),
+            "the token component cannot be created: " + token +
+                "/dbinuse is a symbolic link; the token must be a plain file (remove the link)");
   std::stringstream text;
   text << std::ifstream(dir.file("victim")).rdbuf();
   EXPECT_EQ(text.str(), "precious");
@@ -51,15 +52,10 @@ TEST(TokenTest, PlantedLinksAndWritableByEveryoneAreRefused) {
   DbInUseToken::Create(token)->SetdbInUse(1);
   fs::permissions(token + "/dbinuse", fs::perms::others_write, fs::perm_options::add);
   EXPECT_EQ(Refusal(token), "the token component cannot be created: the token file " + token +
-                                "/dbinuse is writable by everyone; remove that permission (chmod o-w " + token +
-                                "/dbinuse)");
+                                "/dbinuse is writable by everyone; remove that permission (chmod o-w " +
+                                token + "/dbinuse)");
   fs::permissions(token + "/dbinuse", fs::perms::others_write, fs::perm_options::remove);
   EXPECT_EQ(DbInUseToken::Create(token)->GetdbInUse(), 1);
-
-  fs::create_directory(token + "/dbinuse-dir");
-  fs::remove(token + "/dbinuse");
-  fs::rename(token + "/dbinuse-dir", token + "/dbinuse");
-  EXPECT_EQ(Refusal(token).rfind("the token component cannot be created: " + token + "/dbinuse", 0), 0u);
 }
 
 // The administrator sets the token as root; the server, running as its own user, must still be able
@@ -79,7 +75,7 @@ TEST(TokenTest, ATokenRootCreatesStaysUsableByTheFoldersOwner) {
   DbInUseToken::Create(state + "/token")->SetdbInUse(1);
   ::umask(old_mask);
   const std::string file = state + "/token/dbinuse";
-  struct stat st{};
+  struct stat st {};
   ASSERT_EQ(::stat(file.c_str(), &st), 0);
   EXPECT_EQ(st.st_uid, service_uid);
   EXPECT_EQ(st.st_gid, service_gid);
