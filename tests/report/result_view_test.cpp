@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "common/error.h"
@@ -138,13 +139,18 @@ TEST(ResultViewTest, UntrustedDocumentsAreBounded) {
   EXPECT_NO_THROW(ViewOf("<a><b><c/></b></a>"));
 
   const std::string big = Write(dir, "big.xml", StatementDocument({{"x", "1", "2"}}));
-  ViewLimits small;
-  small.max_bytes = 100;
+  ViewLimits exact;
+  exact.max_bytes = static_cast<size_t>(std::filesystem::file_size(big));
+  EXPECT_NO_THROW(LoadResultView(big, exact));
+  ViewLimits small = exact;
+  small.max_bytes -= 1;
   try {
     LoadResultView(big, small);
     FAIL() << "a file over the limit was read";
   } catch (const Error& e) {
-    EXPECT_NE(e.description().find("big.xml is larger than 100 bytes"), std::string::npos) << e.description();
+    EXPECT_NE(e.description().find("big.xml is larger than " + std::to_string(small.max_bytes) + " bytes"),
+              std::string::npos)
+        << e.description();
   }
 
   try {
