@@ -148,6 +148,11 @@ TEST(TsqlAdapter, DateTextsCompareAsDates) {
   // Every form the server reads, against the database's own declarations.
   EXPECT_EQ(ids("transdate between '9/30/24' and '20241001 23:59'"), "12");
   EXPECT_EQ(ids("transdate >= 'Oct 1 2024' and transdate < '2024-10-02T00:00:01'"), "23");
+  // A table created on a connection that has already read the schema is known to it at once.
+  auto connection = db.Connect();
+  Recordset::OpenQuery(connection, "select id from posting", false);
+  connection->Execute("create table later (id int, due datetime); insert into later values (1, '2024-10-01')");
+  EXPECT_EQ(Recordset::OpenQuery(connection, "select id from later where due = 'Oct 1 2024'", false)->RecordCount(), 1u);
   try {
     Recordset::OpenQuery(db.Connect(), "select id from posting where transdate <= 'junk'", false);
     ADD_FAILURE();
