@@ -1,5 +1,5 @@
 // The catalogue: report codes of the head office bound to report operations, with the conversions
-// of their parameters. Codes are compared in upper case, in the order of the table. The same table
+// of their parameters, all checked before the operation runs. Codes are compared in upper case, in the order of the table. The same table
 // describes each code for people (report/catalogue.h): its parameters and its result columns.
 #include <algorithm>
 #include <cctype>
@@ -12,6 +12,7 @@
 #include "data/cls_rs.h"
 #include "report/catalogue.h"
 #include "report/cls_prebuilt_report.h"
+#include "report/report_params.h"
 
 namespace ent {
 
@@ -20,33 +21,43 @@ namespace {
 const char kNotFound[] = "Prebuilt report not found.";
 const char kOldClient[] = "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.";
 
-// Reads the job's parameters "p0".."p6" with the catalogue's conversions. A parameter the request did
-// not supply reads as the empty text, 0 or false. Every read must match the code's described
+// Reads the job's parameters "p0".."p6" as the code's description types them. A parameter the
+// request did not supply reads as the empty text, 0 or false. Every read must match a described
 // parameter, so that the description cannot drift from what the operation takes.
 class Params {
  public:
   Params(clsPrebuiltReport& job, const ReportDescription& about) : job_(job), about_(about) {}
-  std::string T(int n) { return Read(n, 'T'); }
-  int32_t W(int n) {
-    std::string t = Read(n, 'W');
-    return t.empty() ? 0 : Variant(t).ToLong();
-  }
-  bool B(int n) {
-    std::string t = Read(n, 'B');
-    return t.empty() ? false : Variant(t).ToBool();
-  }
-  Currency C(int n) {
-    std::string t = Read(n, 'C');
-    return t.empty() ? Currency() : Variant(t).ToCurrency();
+  std::string T(int n) { return Read(n, 'T').text(); }
+  int32_t W(int n) { return Read(n, 'W').ToLong(); }
+  bool B(int n) { return Read(n, 'B').boolean(); }
+  Currency C(int n) { return Read(n, 'C').currency(); }
+
+  // Reads every described parameter in order; the first that does not convert raises Error.
+  void CheckAll() {
+    for (const ReportParameter& p : about_.parameters) Read(p.position, p.type);
   }
 
  private:
-  std::string Read(int n, char type) {
-    const auto& list = about_.parameters;
-    if (std::none_of(list.begin(), list.end(), [&](const ReportParameter& p) { return p.position == n && p.type == type; }))
-      throw Error(err::kInvalidProcedureCall, std::string("the catalogue does not describe p") + std::to_string(n) +
-                                                  " of " + about_.code + " as " + ParameterTypeName(type));
-    return job_.getParam("p" + std::to_string(n));
+  // Dates are read as text by the operations, after the check that they are dates.
+  Variant Read(int n, char type) {
+    for (const ReportParameter& p : about_.parameters) {
+      if (p.position != n || !(p.type == type || (type == 'T' && p.type == 'D'))) continue;
+      const ReportParam param{p.position, p.name, ParamTypeOfLetter(p.type)};
+      return ReadReportParam(about_.code, param, job_.getParam("p" + std::to_string(n)));
+    }
+    // The catalogue and its description disagree: a fault of this program, not of the request.
+    throw Error(err::kInvalidProcedureCall, std::string("The report ") + about_.code + " reads p" +
+                                                std::to_string(n) + " other than its description says.");
+  }
+
+  static ParamType ParamTypeOfLetter(char type) {
+    switch (type) {
+      case 'D': return ParamType::kDate;
+      case 'W': return ParamType::kWholeNumber;
+      case 'B': return ParamType::kTrueFalse;
+      case 'C': return ParamType::kCurrency;
+      default: return ParamType::kText;
+    }
   }
 
   clsPrebuiltReport& job_;
@@ -77,12 +88,12 @@ ReportParameter P(int position, const char* name, char type, const char* meaning
 
 // The two dates of a period, as most reports take them.
 std::vector<ReportParameter> Period(const char* from, const char* to) {
-  return {P(0, from, 'T', "first day of the period (M/d/yyyy)"), P(1, to, 'T', "last day of the period (M/d/yyyy)")};
+  return {P(0, from, 'D', "first day of the period"), P(1, to, 'D', "last day of the period")};
 }
 
 std::vector<ReportParameter> TwoPeriods(const char* from, const char* to, const char* from2, const char* to2) {
-  return {P(0, from, 'T', "first day of the first period"), P(1, to, 'T', "last day of the first period"),
-          P(2, from2, 'T', "first day of the second period"), P(3, to2, 'T', "last day of the second period")};
+  return {P(0, from, 'D', "first day of the first period"), P(1, to, 'D', "last day of the first period"),
+          P(2, from2, 'D', "first day of the second period"), P(3, to2, 'D', "last day of the second period")};
 }
 
 template <typename... Rest>
@@ -163,12 +174,12 @@ const std::vector<Entry>& Catalogue() {
          bool tech_costs = p.B(2);
          return Rows(rs.getSalesClassReport2(start, end, tech_costs, status));
        }},
-      {{"TB01", "Trial balance", kRowset, {P(0, "dtEnd", 'T', "the last day the balance covers (M/d/yyyy)")}, {"Account_Name", "Debit", "Credit"}, ""},
+      {{"TB01", "Trial balance", kRowset, {P(0, "dtEnd", 'D', "the last day the balance covers")}, {"Account_Name", "Debit", "Credit"}, ""},
        [](clsRS& rs, Params& p, std::string& status) {
          std::string end = p.T(0);
          return Rows(rs.getTrialBalance(end, status));
        }},
-      {{"BL01", "Balance sheet", kRowset, {P(0, "dtAsOf", 'T', "the day the balance sheet is drawn up for (M/d/yyyy)")}, {"hide_Account_Name", "hide_cTot5", "hide_cTot4", "hide_cTot3", "hide_cTot2", "hide_Total"}, "Lines carry [b] (bold) and [sp n] (indent) markers; no column has a heading"},
+      {{"BL01", "Balance sheet", kRowset, {P(0, "dtAsOf", 'D', "the day the balance sheet is drawn up for")}, {"hide_Account_Name", "hide_cTot5", "hide_cTot4", "hide_cTot3", "hide_cTot2", "hide_Total"}, "Lines carry [b] (bold) and [sp n] (indent) markers; no column has a heading"},
        [](clsRS& rs, Params& p, std::string& status) {
          std::string as_of = p.T(0);
          return Rows(rs.getBalanceSheet(as_of, status));
@@ -178,13 +189,13 @@ const std::vector<Entry>& Catalogue() {
          std::string start = p.T(0), end = p.T(1);
          return Rows(rs.getProfitLoss(start, end, status));
        }},
-      {{"AP01", "Payables summary", kRowset, {P(0, "dtEnd", 'T', "the last day the balances cover (M/d/yyyy)")}, {"Company", "Contact", "Balance"}, ""},
+      {{"AP01", "Payables summary", kRowset, {P(0, "dtEnd", 'D', "the last day the balances cover")}, {"Company", "Contact", "Balance"}, ""},
        [](clsRS& rs, Params& p, std::string& status) {
          int32_t payables = 1;
          std::string end = p.T(0);
          return Rows(rs.getAPARSummary(payables, status, end));
        }},
-      {{"AR01", "Receivables summary", kRowset, {P(0, "dtEnd", 'T', "the last day the balances cover (M/d/yyyy)")}, {"Company", "FirstName", "LastName", "Balance"}, ""},
+      {{"AR01", "Receivables summary", kRowset, {P(0, "dtEnd", 'D', "the last day the balances cover")}, {"Company", "FirstName", "LastName", "Balance"}, ""},
        [](clsRS& rs, Params& p, std::string& status) {
          int32_t receivables = 0;
          std::string end = p.T(0);
@@ -251,7 +262,7 @@ const std::vector<Entry>& Catalogue() {
          std::string start = p.T(0), end = p.T(1), start2 = p.T(2), end2 = p.T(3);
          return Rows(rs.getPostcardNONLOF(start, end, start2, end2, status));
        }},
-      {{"DSR01", "Daily sales recap", kRowset, {P(0, "dDateAsOf", 'T', "the day of the recap (M/d/yyyy)"), P(1, "bDisFinSumm", 'B', "add the final summary lines")}, {"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD", "Cost_MTD", "Margin_MTD", "Units_YTD", "Sales_YTD", "Cost_YTD", "Margin_YTD"}, ""},
+      {{"DSR01", "Daily sales recap", kRowset, {P(0, "dDateAsOf", 'D', "the day of the recap"), P(1, "bDisFinSumm", 'B', "add the final summary lines")}, {"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD", "Cost_MTD", "Margin_MTD", "Units_YTD", "Sales_YTD", "Cost_YTD", "Margin_YTD"}, ""},
        [](clsRS& rs, Params& p, std::string& status) {
          std::string day = p.T(0);
          bool summary = p.B(1);
@@ -294,14 +305,18 @@ ReportOutput clsPrebuiltReport::getPrebuiltReport(const std::string& code) {
       StatusStr = entry->notice;
     } else {
       Params params(*this, entry->about);
+      params.CheckAll();  // before any SQL runs
       output = entry->run(engine, params, StatusStr);
     }
     WriteLog("getPrebuiltReport End:" + code);
     if (output.rowset) output.rowset->Detach();
   } catch (const Error& e) {
     WriteLog("getPrebuiltReport:ERROR:" + e.description());
+    // A failure always reaches the head office as its description, never as an empty status or "0".
+    if (StatusStr.empty() || StatusStr == "0") StatusStr = e.description();
   } catch (const std::exception& e) {
     WriteLog(std::string("getPrebuiltReport:ERROR:") + e.what());
+    if (StatusStr.empty() || StatusStr == "0") StatusStr = e.what();
   }
   return output;
 }

@@ -11,7 +11,7 @@ namespace ent {
 struct ReportParameter {
   int position = 0;
   const char* name = "";      // the report operation's argument
-  char type = 'T';            // T text, W whole number, B true/false, C currency
+  char type = 'T';            // T text, D date, W whole number, B true/false, C currency
   const char* meaning = "";
   const char* fallback = "";  // what an absent parameter reads as
 };
@@ -28,7 +28,7 @@ struct ReportDescription {
 // Every code, in the order in which a request's code is looked up.
 const std::vector<ReportDescription>& ReportCatalogue();
 
-// The type letter's name: "text", "whole number", "true/false", "currency".
+// The type letter's name: "text", "date", "whole number", "true/false", "currency".
 const char* ParameterTypeName(char type);
 
 // The catalogue as JSON ({"reports": [...]}) and as text for people.

@@ -7,6 +7,7 @@ namespace ent {
 
 const char* ParameterTypeName(char type) {
   switch (type) {
+    case 'D': return "date";
     case 'W': return "whole number";
     case 'B': return "true/false";
     case 'C': return "currency";

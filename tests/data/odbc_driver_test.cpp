@@ -92,6 +92,9 @@ TEST(OdbcDriverTest, ReportsGiveTheSameDocumentsThroughBothDrivers) {
       {"ENTCUSTSRCH", {"", "", "", "", "30"}, ""},
       {"ENTINVSRCH", {"Description", "", "", "", "30"}, ""},
       {"", {}, "select * from nosuch"},
+      // Dates the shop's server reads, and what it cannot, alike on both drivers.
+      {"", {}, "select count(*) as n from wo where latestdate between 'Jan 1 2024' and '20240630'"},
+      {"AR01", {"2024-03-28T00:00:00"}, ""},
   };
   for (const Request& r : requests) {
     auto expected = Posted(native, r.code, r.params, r.sql);
@@ -101,6 +104,13 @@ TEST(OdbcDriverTest, ReportsGiveTheSameDocumentsThroughBothDrivers) {
       EXPECT_EQ(actual.first, expected.first) << r.code << r.sql;
     }
   }
+}
+
+TEST(OdbcDriverTest, UnreadableDatesFailAsOnTheShopServer) {
+  const std::string odbc = OdbcFor(test::SmallSampleShop());
+  EXPECT_EQ(Posted(odbc, "", {}, "select count(*) as n from wo where latestdate <= 'junk'").first,
+            "Conversion failed when converting date and/or time from character string.");
+  EXPECT_EQ(Posted(odbc, "AP01", {"not a date"}).first, "Parameter p0 (dtEnd) of AP01 is not a date: 'not a date'");
 }
 
 TEST(OdbcDriverTest, EditableRowsetsInsertAndTypesRoundTrip) {

@@ -82,7 +82,7 @@ TEST(ReportCatalogueTest, OneJsonFromTheLibraryTheCommandAndTheServer) {
   EXPECT_EQ(loyal["parameters"][3],
             (nlohmann::json{{"position", 3}, {"key", "p3"}, {"name", "cSubTot"}, {"type", "currency"},
                             {"meaning", loyal["parameters"][3]["meaning"]}, {"default", "0"}}));
-  EXPECT_EQ(loyal["parameters"][0]["type"], "text");
+  EXPECT_EQ(loyal["parameters"][0]["type"], "date");
   EXPECT_EQ(loyal["parameters"][0]["default"], "");
 
   EXPECT_EQ(nlohmann::json::parse(CommandOutput(std::string(ENTPRCREQ_BINARY) + " reports --json")), listed);

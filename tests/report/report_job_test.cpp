@@ -89,8 +89,9 @@ TEST_F(ReportJobTest, CatalogueCodesNoticesAndConversions) {
   };
   EXPECT_EQ(run("NOSUCH01").first, "Prebuilt report not found.");
   EXPECT_EQ(run("transreq").first, "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.");
-  // A W parameter that does not convert stops the branch and leaves the new job's empty status.
-  EXPECT_EQ(run("ENTCUSTINVOICES", {"", "abc"}).first, "");
+  // A W parameter that does not convert stops the branch; the status says which and why.
+  EXPECT_EQ(run("ENTCUSTINVOICES", {"", "abc"}).first,
+            "Parameter p1 (lCusID) of ENTCUSTINVOICES is not a whole number: 'abc'");
   EXPECT_EQ(run("entcustsrch", {"", "O'Brien%"}), std::make_pair(std::string("0"), true));
 
   clsPrebuiltReport job;
