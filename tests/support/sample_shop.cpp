@@ -43,8 +43,24 @@ const std::string& SmallSampleShop() {
   return path;
 }
 
+const std::string& UntidySampleShop() {
+  static const std::string path = [] {
+    std::string file = SharedDir().file("untidy-shop.db");
+    sampledb::Options options;
+    options.size = sampledb::Size::kSmall;
+    options.untidy = true;
+    sampledb::CreateSampleDb(file, options);
+    return file;
+  }();
+  return path;
+}
+
 ReportRun RunReport(const std::string& code, const std::vector<std::string>& params) {
-  SetShopConnectionString("Provider=SQLite;Data Source=" + SmallSampleShop());
+  return RunReportOn(SmallSampleShop(), code, params);
+}
+
+ReportRun RunReportOn(const std::string& path, const std::string& code, const std::vector<std::string>& params) {
+  SetShopConnectionString("Provider=SQLite;Data Source=" + path);
   clsPrebuiltReport job;
   job.reportName = code;
   for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
@@ -65,9 +81,11 @@ ReportRun RunReport(const std::string& code, const std::vector<std::string>& par
   return run;
 }
 
-std::string QueryValue(const std::string& sql) {
+std::string QueryValue(const std::string& sql) { return QueryValueOn(SmallSampleShop(), sql); }
+
+std::string QueryValueOn(const std::string& path, const std::string& sql) {
   sqlite3* raw = nullptr;
-  if (sqlite3_open_v2(SmallSampleShop().c_str(), &raw, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
+  if (sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
     sqlite3_close(raw);
     ADD_FAILURE() << "cannot open the sample shop";
     return "";

@@ -11,6 +11,9 @@ namespace ent::test {
 // The path of the small sample shop (seed 1).
 const std::string& SmallSampleShop();
 
+// The small sample shop made untidy (sample-db --untidy), created once per test process.
+const std::string& UntidySampleShop();
+
 // What a prebuilt report posted: its status and, when it has a document, the document's columns in
 // order and its rows (attribute name to text; null columns are missing).
 struct ReportRun {
@@ -20,12 +23,14 @@ struct ReportRun {
   std::vector<std::map<std::string, std::string>> rows;
 };
 
-// Runs a code with parameters p0, p1, ... on the small sample shop.
+// Runs a code with parameters p0, p1, ... on the small sample shop, or on the shop at `path`.
 ReportRun RunReport(const std::string& code, const std::vector<std::string>& params);
+ReportRun RunReportOn(const std::string& path, const std::string& code, const std::vector<std::string>& params);
 
 // The first column of the first row of a query run directly with SQLite on the small sample shop,
 // as text ("" for null): the independent check of a report's figures.
 std::string QueryValue(const std::string& sql);
+std::string QueryValueOn(const std::string& path, const std::string& sql);
 
 // A displayed amount ("1,234.50") as a number; 0 for the empty text.
 double Amount(std::string text);
