@@ -168,20 +168,23 @@ void PartCreditedInFull(Database& db) {
            {"QOH", "0"}});
 
   // The document's totals are its one line's.
-  auto totals = [](const char* sign) {
-    const std::string s = sign;
+  // The credit takes the part back whole but refunds 90% of its price (a restocking fee).
+  auto totals = [](const char* factor) {
+    const std::string s = std::string("round(") + factor + " * ";
     return std::vector<std::pair<std::string, std::string>>{
-        {"screenparts", s + "(SELECT totparts FROM woparts WHERE wopartsid = LINE)"},
-        {"screentotpartsdisc", s + "(SELECT discpart FROM woparts WHERE wopartsid = LINE)"},
+        {"screenparts", s + "(SELECT totparts FROM woparts WHERE wopartsid = LINE), 2)"},
+        {"screentotpartsdisc", s + "(SELECT discpart FROM woparts WHERE wopartsid = LINE), 2)"},
         {"screenlabour", "0"},
         {"screentotlabourdisc", "0"},
         {"screenother", "0"},
         {"screenlevy", "0"},
-        {"screentotdiscount", s + "(SELECT discpart FROM woparts WHERE wopartsid = LINE)"},
-        {"screensubtotal", s + "(SELECT totparts - discpart FROM woparts WHERE wopartsid = LINE)"},
+        {"screentotdiscount", s + "(SELECT discpart FROM woparts WHERE wopartsid = LINE), 2)"},
+        {"screensubtotal", s + "(SELECT totparts FROM woparts WHERE wopartsid = LINE), 2) - " + s +
+                               "(SELECT discpart FROM woparts WHERE wopartsid = LINE), 2)"},
         {"screentx1", "0"},
         {"screentx2", "0"},
-        {"screentotal", s + "(SELECT totparts - discpart FROM woparts WHERE wopartsid = LINE)"},
+        {"screentotal", s + "(SELECT totparts FROM woparts WHERE wopartsid = LINE), 2) - " + s +
+                            "(SELECT discpart FROM woparts WHERE wopartsid = LINE), 2)"},
         {"wodeleted", "0"},
         {"chkvoid", "0"},
         {"chkestpending", "0"},
@@ -195,7 +198,7 @@ void PartCreditedInFull(Database& db) {
     }
     return columns;
   };
-  auto invoice_columns = with_line(totals(""));
+  auto invoice_columns = with_line(totals("1"));
   invoice_columns.insert(invoice_columns.end(),
                          {{"woid", std::to_string(invoice_wo)},
                           {"invoiceid", std::to_string(invoice)},
@@ -204,7 +207,7 @@ void PartCreditedInFull(Database& db) {
                           {"wodate", "'2024-03-14 00:00:00'"},
                           {"latestdate", "'2024-03-14 00:00:00'"}});
   CopyRow(db, "wo", "woid = " + std::to_string(source_wo), invoice_columns);
-  auto credit_columns = with_line(totals("-"));
+  auto credit_columns = with_line(totals("-0.9"));
   credit_columns.insert(credit_columns.end(),
                         {{"woid", std::to_string(credit_wo)},
                          {"invoiceid", "0"},
@@ -231,8 +234,11 @@ void PartCreditedInFull(Database& db) {
                                                               {"estid", "0"},
                                                               {"linenum", "1"},
                                                               {"invinvid", item_id}};
-  for (const char* column : {"qty", "hrs", "totparts", "discpart", "labour", "disclab", "otherchargeamt",
-                             "othCHRGcost", "levyItemAmount", "total", "invcost", "invcorecost", "MECHHOURLYTOT",
+  for (const char* column : {"totparts", "discpart", "total"}) {
+    negated.push_back({column, std::string("round(-0.9 * \"") + column + "\", 2)"});
+  }
+  for (const char* column : {"qty", "hrs", "labour", "disclab", "otherchargeamt",
+                             "othCHRGcost", "levyItemAmount", "invcost", "invcorecost", "MECHHOURLYTOT",
                              "mechflatrateTot", "mechlabtot", "mechpartstot"}) {
     negated.push_back({column, std::string("-\"") + column + "\""});
   }

@@ -10,7 +10,7 @@ namespace ent::sampledb {
 // - texts at their columns' full widths (names, descriptions, summaries, account names);
 // - nulls in every column that allows them, spread over different rows;
 // - a pricing band with a null sales class beside UNCLASSIFIED;
-// - a part (RETURNED-IN-FULL) sold once and credited in full a day later;
+// - a part (RETURNED-IN-FULL) sold once and taken back in full a day later, 90% refunded;
 // - invoices moved to the first and last day of their month, some late in the day.
 // - (the generator already writes credit invoices, deleted invoices and lines without a class.)
 // The books stay those of the tidy shop; the added invoice and credit have no postings.

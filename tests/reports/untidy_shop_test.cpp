@@ -193,20 +193,36 @@ TEST(UntidyShop, NullsReadAsEmptyTextInPartsGrossProfit) {
             Count("select count(*)" + lines + " and woparts.description is null"));
 }
 
-TEST(UntidyShop, PartCreditedInFullKeepsItsRevenueAndStaysOutOfTheMarginAverage) {
-  const ReportRun run = Report("PARTSALPER01", {"3/1/2024", "3/31/2024", "", "", "", "false"});
+// The parts sales performance of a range agrees with our own sums: rows, revenue and cost.
+void ExpectPartsSalesFigures(const ReportRun& run, const std::string& from, const std::string& to,
+                             const std::string& description) {
   ASSERT_EQ(run.status, "0");
   const std::string lines =
       " from woparts inner join wo on (woparts.invoiceid = wo.invoiceid and woparts.invoiceid <> 0) or "
       "(woparts.credid = wo.credid and wo.credid <> 0) inner join inventory on woparts.invinvid = inventory.invid "
       "inner join supplier on inventory.supid = supplier.supid where wodeleted = 0 and invcost <> 0 and skip <> "
-      "'Yes' and qty <> 0 and latestdate between '2024-03-01 00:00:00' and '2024-03-31 00:00:00'";
+      "'Yes' and qty <> 0 and latestdate between '" + from + " 00:00:00' and '" + to + " 00:00:00'" +
+      (description.empty() ? "" : " and inventory.description like '" + description + "'");
   EXPECT_EQ(run.rows.size(),
             Count("select count(*) from (select 1" + lines + " group by partnum, inventory.description, "
                                                               "supplier.company)") +
                 1);
   EXPECT_NEAR(Amount(run.rows.back().at("Total_Revenue")), Sum("select sum(totparts - discpart)" + lines), 0.005);
   EXPECT_NEAR(Amount(run.rows.back().at("Total_Cost")), Sum("select sum(invcost)" + lines), 0.005);
+}
+
+TEST(UntidyShop, PartsSalesFiguresAgreeOnMonthsEndingWithAnInvoiceAtMidnight) {
+  // May 2024 ends with an invoice dated at midnight of its last day.
+  ASSERT_GT(Count("select count(*) from wo where latestdate = '2024-05-31 00:00:00' and invoiceid <> 0"), 0u);
+  ExpectPartsSalesFigures(Report("PARTSALPER01", {"5/1/2024", "5/31/2024", "", "", "", "false"}), "2024-05-01",
+                          "2024-05-31", "");
+  ExpectPartsSalesFigures(Report("PARTSALPER01", {"5/1/2024", "5/31/2024", "", "%OIL%", "", "false"}),
+                          "2024-05-01", "2024-05-31", "%OIL%");
+}
+
+TEST(UntidyShop, PartCreditedInFullKeepsItsRevenueAndStaysOutOfTheMarginAverage) {
+  const ReportRun run = Report("PARTSALPER01", {"3/1/2024", "3/31/2024", "", "", "", "false"});
+  ExpectPartsSalesFigures(run, "2024-03-01", "2024-03-31", "");
 
   const auto returned = std::find_if(run.rows.begin(), run.rows.end(), [](const auto& row) {
     return row.count("Part_Number") && row.at("Part_Number") == "RETURNED-IN-FULL";
@@ -215,6 +231,11 @@ TEST(UntidyShop, PartCreditedInFullKeepsItsRevenueAndStaysOutOfTheMarginAverage)
   EXPECT_EQ(Amount(returned->at("Qty_Sold")), 0);
   EXPECT_EQ(returned->count("Avg_Margin") ? returned->at("Avg_Margin") : "", "");
   EXPECT_EQ(returned->count("Avg_Price") ? returned->at("Avg_Price") : "", "");
+  // What the restocking fee kept.
+  const double kept = Sum("select sum(totparts - discpart) from woparts inner join inventory on invinvid = invid "
+                          "where partnum = 'RETURNED-IN-FULL'");
+  EXPECT_GT(kept, 0);
+  EXPECT_NEAR(Amount(returned->at("Total_Revenue")), kept, 0.005);
 
   // The total line's margin is the average over the parts that have one.
   double sum = 0;
@@ -230,20 +251,28 @@ TEST(UntidyShop, PartCreditedInFullKeepsItsRevenueAndStaysOutOfTheMarginAverage)
 }
 
 TEST(UntidyShop, DailyRecapCountsLinesWithoutAClassOnce) {
-  const ReportRun run = Report("DSR01", {"3/31/2024", "false"});
+  const ReportRun run = Report("DSR01", {"5/31/2024", "false"});
   ASSERT_EQ(run.status, "0");
   const auto classes = ColumnOf(run, "Sales_Class");
   EXPECT_EQ(std::count(classes.begin(), classes.end(), ""), 0);
   EXPECT_EQ(std::count(classes.begin(), classes.end(), "UNCLASSIFIED"), 1);
-  const std::string lines =
-      " from woparts inner join wo on woparts.woid = wo.woid where woparts.skip <> 'Yes' and (wo.invoiceid <> 0 "
-      "or wo.credid <> 0) and not (presetpkg = 1 and presetheader = 0) and latestdate between "
-      "'2024-01-01 00:00:00' and '2024-03-31 00:00:00' and (salesclass = '' or salesclass in (select salesclass "
-      "from SalesClassInventoryIndexPricing where salesclass <> 'UNCLASSIFIED'))";
-  const double sales = Sum("select sum(totparts - discpart + labour - disclab)" + lines) +
-                       Sum("select sum(otherchargeamt)" + lines + " and otherchargeid > 0");
-  ASSERT_GT(Count("select count(*)" + lines + " and salesclass = ''"), 0u);
-  EXPECT_NEAR(Amount(run.rows.back().at("Sales_YTD")), sales, 0.005);
+  auto sales_from = [](const std::string& from) {
+    const std::string lines =
+        " from woparts inner join wo on woparts.woid = wo.woid where woparts.skip <> 'Yes' and (wo.invoiceid <> 0 "
+        "or wo.credid <> 0) and not (presetpkg = 1 and presetheader = 0) and latestdate between '" + from +
+        " 00:00:00' and '2024-05-31 00:00:00' and (salesclass = '' or salesclass in (select salesclass from "
+        "SalesClassInventoryIndexPricing where salesclass <> 'UNCLASSIFIED'))";
+    EXPECT_GT(Count("select count(*)" + lines), 0u) << from;
+    return Sum("select sum(totparts - discpart + labour - disclab)" + lines) +
+           Sum("select sum(otherchargeamt)" + lines + " and otherchargeid > 0");
+  };
+  // The last day of the month holds an invoice dated at midnight.
+  EXPECT_NEAR(Amount(run.rows.back().at("Sales")), sales_from("2024-05-31"), 0.005);
+  EXPECT_NEAR(Amount(run.rows.back().at("Sales_MTD")), sales_from("2024-05-01"), 0.005);
+  EXPECT_NEAR(Amount(run.rows.back().at("Sales_YTD")), sales_from("2024-01-01"), 0.005);
+  EXPECT_GT(Count("select count(*) from woparts inner join wo on woparts.woid = wo.woid where salesclass = '' and "
+                  "wo.invoiceid <> 0 and latestdate between '2024-01-01' and '2024-05-31'"),
+            0u);
 }
 
 TEST(UntidyShop, InvoiceLookUpRefusesAMissingNumber) {
