@@ -36,6 +36,7 @@ inline constexpr int32_t kOperationNotAllowed = 3219;
 inline constexpr int32_t kDatabaseError = static_cast<int32_t>(0x80004005);
 inline constexpr int32_t kTableNotFound = static_cast<int32_t>(0x80040E37);
 inline constexpr int32_t kSyntaxError = static_cast<int32_t>(0x80040E14);
+inline constexpr int32_t kConversionFailed = static_cast<int32_t>(0x80040E07);  // a value did not convert
 inline constexpr int32_t kServiceFailure = static_cast<int32_t>(0x80020009);  // the SOAP call failed
 inline constexpr int32_t kCannotCreateObject = 429;
 inline constexpr int32_t kTokenInUse = 50002;

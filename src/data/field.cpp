@@ -26,6 +26,12 @@ Field AppendedField(std::string name, DataType type, int64_t size) {
   return f;
 }
 
+Field ResultTextField(std::string name) {
+  Field f = AppendedField(std::move(name));
+  f.widens = true;
+  return f;
+}
+
 Field FieldOfSqlServerType(std::string_view n, int64_t size_or_precision, int scale) {
   Field f;
   auto set = [&](DataType type, int64_t size, int precision = 0) {

@@ -35,6 +35,9 @@ struct Field {
   int scale = 0;
   bool may_be_null = true;  // the column can hold null
   bool appended = false;    // appended to a free-standing rowset (no source)
+  // A report's result column: its declared size grows to its longest value instead of refusing it,
+  // so the document declares every column wide enough for what it holds.
+  bool widens = false;
   // Where a query column comes from; empty for computed columns and appended fields.
   std::string base_catalog;
   std::string base_table;
@@ -48,6 +51,10 @@ bool IsTextType(DataType type);
 
 // A field appended to a free-standing rowset: fixed-length text of `size` characters by default.
 Field AppendedField(std::string name, DataType type = DataType::kChar, int64_t size = 50);
+
+// A text column of a report's result: fixed-length text declared 50 characters wide, widened to the
+// longest value ever put in it.
+Field ResultTextField(std::string name);
 
 // The field of a column of a SQL Server type given by name ("money", "varchar", "decimal"), with the
 // declared length or precision (0 when none was given) and scale. Unknown names give nvarchar(4000).

@@ -214,9 +214,31 @@ class OdbcConnection : public Connection {
     return reinterpret_cast<char*>(text);
   }
 
+  // Over SQLite: the tables' columns as declared, for the adapter; read again when the schema changed.
+  const tsql::Schema& AdapterSchema() {
+    int64_t version = -1;
+    {
+      Handle stmt(SQL_HANDLE_STMT, dbc()->get());
+      std::string query = tsql::kSqliteSchemaVersionQuery;
+      Check(SQLExecDirect(stmt.get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS), stmt);
+      if (SQL_SUCCEEDED(SQLFetch(stmt.get()))) version = std::stoll(TextCell(stmt, 1).value_or("-1"));
+    }
+    if (version == schema_version_ && version != -1) return schema_;
+    tsql::Schema schema;
+    Handle stmt(SQL_HANDLE_STMT, dbc()->get());
+    std::string query = tsql::kSqliteColumnsQuery;
+    Check(SQLExecDirect(stmt.get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS), stmt);
+    while (SQL_SUCCEEDED(SQLFetch(stmt.get())))
+      tsql::AddDeclaredColumn(schema, TextCell(stmt, 1).value_or(""), TextCell(stmt, 2).value_or(""),
+                              TextCell(stmt, 3).value_or(""));
+    schema_ = std::move(schema);
+    schema_version_ = version;
+    return schema_;
+  }
+
   Handle Run(const std::string& sql) {
     Handle stmt(SQL_HANDLE_STMT, dbc()->get());
-    std::string text = sqlite_ ? tsql::ToSqlite(sql) : sql;
+    std::string text = sqlite_ ? tsql::ToSqlite(sql, AdapterSchema()) : sql;
     Check(SQLExecDirect(stmt.get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), stmt);
     return stmt;
   }
@@ -388,6 +410,8 @@ class OdbcConnection : public Connection {
   std::unique_ptr<Handle> dbc_;
   bool connected_ = false;
   bool sqlite_ = false;
+  tsql::Schema schema_;  // over SQLite only
+  int64_t schema_version_ = -1;
   std::string catalog_;
   std::map<std::string, TableInfo> tables_;
 };

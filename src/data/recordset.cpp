@@ -170,7 +170,12 @@ void Recordset::Set(size_t index, const Variant& value) {
   Row& row = CurrentRow();
   if (!editable_)
     throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
-  row.values[index] = Coerce(fields_[index], value);
+  Field& field = fields_[index];
+  if (field.widens && IsTextType(field.type) && value.IsString()) {
+    const auto length = static_cast<int64_t>(Utf8Length(value.text()));
+    if (length > field.defined_size) field.defined_size = length;
+  }
+  row.values[index] = Coerce(field, value);
 }
 
 Variant Recordset::Coerce(const Field& field, const Variant& value) const {

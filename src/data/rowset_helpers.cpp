@@ -37,7 +37,7 @@ std::unique_ptr<Recordset> clsRS::copyRS(Recordset* source) {
   if (!source) return nullptr;
   try {
     auto copy = std::make_unique<Recordset>();
-    for (const Field& f : source->fields()) copy->AppendField(AppendedField(f.name));
+    for (const Field& f : source->fields()) copy->AppendField(ResultTextField(f.name));
     copy->Open();
     const size_t columns = source->fields().size();
     while (!source->IsEof()) {

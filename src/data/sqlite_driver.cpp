@@ -10,6 +10,7 @@
 #include "data/column_values.h"
 #include "data/sql_text.h"
 #include "data/sql_format_function.h"
+#include "data/sql_server_text.h"
 #include "data/tsql_adapter.h"
 
 namespace ent {
@@ -62,7 +63,7 @@ class SqliteConnection : public Connection {
   SqliteConnection(DbHandle db, std::string catalog) : db_(std::move(db)), catalog_(std::move(catalog)) {}
 
   void Execute(const std::string& sql) override {
-    const std::string text = tsql::ToSqlite(sql);
+    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
     const char* tail = text.c_str();
     while (tail && *tail) {
       StmtHandle stmt = Prepare(tail, &tail);
@@ -75,7 +76,7 @@ class SqliteConnection : public Connection {
   }
 
   QueryResult Query(const std::string& sql) override {
-    const std::string text = tsql::ToSqlite(sql);
+    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
     const char* tail = text.c_str();
     // The rows of the first statement that returns columns; statements before it run for their effect.
     while (tail && *tail) {
@@ -106,6 +107,31 @@ class SqliteConnection : public Connection {
   sqlite3* db() {
     if (!db_) throw Error(3704, "Operation is not allowed when the object is closed.");
     return db_.get();
+  }
+
+  // The tables' columns as declared, for the adapter; read again whenever the schema has changed.
+  const tsql::Schema& AdapterSchema() {
+    const int64_t version = SingleNumber(tsql::kSqliteSchemaVersionQuery);
+    if (version != schema_version_) {
+      tsql::Schema schema;
+      StmtHandle stmt = Prepare(tsql::kSqliteColumnsQuery, nullptr);
+      auto text = [&](int c) {
+        const unsigned char* t = sqlite3_column_text(stmt.get(), c);
+        return std::string(t ? reinterpret_cast<const char*>(t) : "");
+      };
+      int rc;
+      while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) tsql::AddDeclaredColumn(schema, text(0), text(1), text(2));
+      if (rc != SQLITE_DONE) Raise(db());
+      schema_ = std::move(schema);
+      schema_version_ = version;
+    }
+    return schema_;
+  }
+
+  int64_t SingleNumber(const char* sql) {
+    StmtHandle stmt = Prepare(sql, nullptr);
+    if (sqlite3_step(stmt.get()) != SQLITE_ROW) Raise(db());
+    return sqlite3_column_int64(stmt.get(), 0);
   }
 
   StmtHandle Prepare(const char* sql, const char** tail) {
@@ -192,6 +218,8 @@ class SqliteConnection : public Connection {
 
   DbHandle db_;
   std::string catalog_;
+  tsql::Schema schema_;
+  int64_t schema_version_ = -1;
 };
 
 }  // namespace
@@ -210,6 +238,7 @@ std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path) {
   sqlite3_busy_timeout(db.get(), kBusyTimeoutMs);
   sqlite3_extended_result_codes(db.get(), 1);
   RegisterSqlFormatFunction(db.get());
+  RegisterSqlServerText(db.get());
   // Reading the schema proves the file is a database before anyone relies on it.
   if (sqlite3_exec(db.get(), "select count(*) from sqlite_master", nullptr, nullptr, nullptr) != SQLITE_OK) {
     std::string why = sqlite3_errmsg(db.get());

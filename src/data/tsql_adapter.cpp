@@ -6,8 +6,8 @@
 #include <map>
 #include <optional>
 
-#include "common/date_time.h"
 #include "data/sql_tokenizer.h"
+#include "data/tsql_dates.h"
 
 namespace ent::tsql {
 
@@ -218,35 +218,6 @@ void RewriteConcatenation(Tokens& t) {
   for (Chain& c : stack) finish(c);
 }
 
-// --- date literals -------------------------------------------------------------------------------
-
-std::optional<std::string> DateLiteral(const std::string& literal) {
-  if (literal.size() < 10 || literal.size() > 40) return std::nullopt;
-  const std::string inner = literal.substr(1, literal.size() - 2);
-  // Only the date forms of the shop's texts: a four-digit year and no letters but AM/PM.
-  for (char c : inner)
-    if (!std::isdigit(static_cast<unsigned char>(c)) && std::string_view("/-: AMPamp").find(c) == std::string_view::npos)
-      return std::nullopt;
-  const size_t slash = inner.find('/'), dash = inner.find('-');
-  if (slash == std::string::npos && dash != 4) return std::nullopt;
-  if (slash != std::string::npos) {  // M/d/yyyy: the year has four digits
-    const size_t second = inner.find('/', slash + 1);
-    if (second == std::string::npos || second + 5 > inner.size()) return std::nullopt;
-    for (size_t k = second + 1; k < second + 5; ++k)
-      if (!std::isdigit(static_cast<unsigned char>(inner[k]))) return std::nullopt;
-    if (second + 5 < inner.size() && inner[second + 5] != ' ') return std::nullopt;
-  }
-  auto d = DateTime::Parse(inner);
-  if (!d) return std::nullopt;
-  return "'" + d->StoredText() + "'";
-}
-
-void RewriteDates(Tokens& t) {
-  for (Token& tok : t)
-    if (tok.kind == TokenKind::kString)
-      if (auto stored = DateLiteral(tok.text)) tok.text = *stored;
-}
-
 // --- CREATE TABLE ----------------------------------------------------------------------------------
 
 void RewriteColumnDefinition(Tokens& t, size_t begin, size_t end, Edits& edits) {
@@ -311,12 +282,12 @@ void RewriteCreateTable(Tokens& t, Edits& edits) {
 
 }  // namespace
 
-std::string ToSqlite(std::string_view tsql) {
+std::string ToSqlite(std::string_view tsql, const Schema& schema) {
   Tokens tokens = Tokenize(tsql);
   Edits edits(tokens.size());
   RewriteIsNull(tokens);
   RewriteConcatenation(tokens);
-  RewriteDates(tokens);
+  RewriteDateLiterals(tokens, schema);
   RewriteCreateTable(tokens, edits);
   RewriteTop(tokens, edits);
   AliasPlainColumns(tokens, edits);
@@ -347,6 +318,18 @@ DeclaredType ParseDeclaredType(std::string_view text) {
     type.scale = values[1];
   }
   return type;
+}
+
+void AddDeclaredColumn(Schema& schema, std::string_view table, std::string_view column,
+                       std::string_view declared_type) {
+  auto lower = [](std::string_view s) {
+    std::string out;
+    for (char c : s) out += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return out;
+  };
+  const std::string type = ParseDeclaredType(declared_type).name;
+  const bool is_date = type == "datetime" || type == "smalldatetime" || type == "date" || type == "datetime2";
+  schema[lower(table)].push_back({lower(column), is_date});
 }
 
 }  // namespace ent::tsql

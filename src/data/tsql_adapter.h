@@ -4,20 +4,31 @@
 //  - TOP n (or TOP (n)) after SELECT [DISTINCT] becomes LIMIT n at the end of that select;
 //  - isnull(a, b) becomes ifnull(a, b);
 //  - a chain of + with a string literal among its operands becomes || concatenation;
-//  - string literals that read as dates (M/d/yyyy, MM/dd/yyyy, yyyy-MM-dd, optionally with a time)
-//    become the stored form 'yyyy-MM-dd HH:mm:ss';
+//  - string literals compared with (or inserted into) date columns are read as the shop database's
+//    server reads them and become the stored form 'yyyy-MM-dd HH:mm:ss' (see tsql_dates.h);
 //  - in CREATE TABLE, text columns compare without case (COLLATE NOCASE); money, smallmoney,
 //    decimal and numeric columns keep their type name but get REAL affinity ("money real",
 //    "decimal real(18,4)"), so amounts are never divided as whole numbers; IDENTITY(n,m) goes.
 // Text inside string literals, comments and quoted names is never touched otherwise.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ent::tsql {
 
-std::string ToSqlite(std::string_view tsql);
+// What the adapter knows of the database's tables: their columns in order and which hold dates.
+// Table and column names are in lower case.
+struct TableColumn {
+  std::string name;
+  bool is_date = false;
+};
+using Schema = std::map<std::string, std::vector<TableColumn>>;
+
+// Raises Error for a literal that meets a date column and does not read as a date.
+std::string ToSqlite(std::string_view tsql, const Schema& schema = {});
 
 // The SQL Server type a declared column type names, as the adapter writes declarations:
 // "money real" -> {"money"}, "varchar(50) COLLATE NOCASE" -> {"varchar", 50},
@@ -28,5 +39,16 @@ struct DeclaredType {
   int scale = 0;
 };
 DeclaredType ParseDeclaredType(std::string_view decltype_text);
+
+// For drivers over SQLite: the query that lists every table's columns (table, column, declared type)
+// in order, and the query of the schema's version, which changes whenever a table does.
+inline constexpr char kSqliteColumnsQuery[] =
+    "select m.name, p.name, p.type from sqlite_master m join pragma_table_info(m.name) p "
+    "where m.type = 'table' order by m.name, p.cid";
+inline constexpr char kSqliteSchemaVersionQuery[] = "PRAGMA schema_version";
+
+// Adds one row of kSqliteColumnsQuery to the schema.
+void AddDeclaredColumn(Schema& schema, std::string_view table, std::string_view column,
+                       std::string_view declared_type);
 
 }  // namespace ent::tsql

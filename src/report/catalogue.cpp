@@ -1,5 +1,6 @@
-// The catalogue: report codes of the head office bound to report operations, with the conversions
-// of their parameters. Codes are compared in upper case, in the order of the table.
+// The catalogue: report codes of the head office bound to report operations. Codes are compared in
+// upper case, in the order of the table; each code's parameters are read as its signature types them
+// and all are checked before the operation runs.
 #include <algorithm>
 #include <cctype>
 #include <functional>
@@ -10,6 +11,7 @@
 #include "common/variant.h"
 #include "data/cls_rs.h"
 #include "report/cls_prebuilt_report.h"
+#include "report/report_params.h"
 
 namespace ent {
 
@@ -18,27 +20,36 @@ namespace {
 const char kNotFound[] = "Prebuilt report not found.";
 const char kOldClient[] = "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.";
 
-// Reads the job's parameters "p0".."p6" with the catalogue's conversions. A parameter the request did
-// not supply reads as the empty text, 0 or false.
+// Reads the job's parameters "p0".."p6" as the code's signature types them (report_params.h). A
+// parameter the request did not supply reads as the empty text, 0 or false.
 class Params {
  public:
-  explicit Params(clsPrebuiltReport& job) : job_(job) {}
-  std::string T(int n) { return job_.getParam("p" + std::to_string(n)); }
-  int32_t W(int n) {
-    std::string t = T(n);
-    return t.empty() ? 0 : Variant(t).ToLong();
-  }
-  bool B(int n) {
-    std::string t = T(n);
-    return t.empty() ? false : Variant(t).ToBool();
-  }
-  Currency C(int n) {
-    std::string t = T(n);
-    return t.empty() ? Currency() : Variant(t).ToCurrency();
+  Params(clsPrebuiltReport& job, const ReportSignature& signature) : job_(job), signature_(signature) {}
+  std::string T(int n) { return Read(n, ParamType::kText).text(); }
+  int32_t W(int n) { return Read(n, ParamType::kWholeNumber).ToLong(); }
+  bool B(int n) { return Read(n, ParamType::kTrueFalse).boolean(); }
+  Currency C(int n) { return Read(n, ParamType::kCurrency).currency(); }
+
+  // Reads every parameter of the signature in order; the first that does not convert raises Error.
+  void CheckAll() {
+    for (const ReportParam& param : signature_.params) Read(param.position, param.type);
   }
 
  private:
+  Variant Read(int n, ParamType type) {
+    for (const ReportParam& param : signature_.params) {
+      const bool same = param.type == type || (type == ParamType::kText && param.type == ParamType::kDate);
+      if (param.position == n && same)
+        return ReadReportParam(signature_.code, param, job_.getParam("p" + std::to_string(n)));
+    }
+    // The catalogue and the signatures disagree: a fault of this program, not of the request.
+    throw Error(err::kInvalidProcedureCall,
+                std::string("The report ") + signature_.code + " reads p" + std::to_string(n) +
+                    " other than its signature says.");
+  }
+
   clsPrebuiltReport& job_;
+  const ReportSignature& signature_;
 };
 
 ReportOutput Rows(std::unique_ptr<Recordset> rowset) {
@@ -248,15 +259,21 @@ ReportOutput clsPrebuiltReport::getPrebuiltReport(const std::string& code) {
     } else if (!entry->run) {
       StatusStr = entry->notice;
     } else {
-      Params params(*this);
+      const ReportSignature* signature = FindReportSignature(key);
+      if (!signature) throw Error(err::kInvalidProcedureCall, "The report " + key + " has no signature.");
+      Params params(*this, *signature);
+      params.CheckAll();  // before any SQL runs
       output = entry->run(engine, params, StatusStr);
     }
     WriteLog("getPrebuiltReport End:" + code);
     if (output.rowset) output.rowset->Detach();
   } catch (const Error& e) {
     WriteLog("getPrebuiltReport:ERROR:" + e.description());
+    // A failure always reaches the head office as its description, never as an empty status or "0".
+    if (StatusStr.empty() || StatusStr == "0") StatusStr = e.description();
   } catch (const std::exception& e) {
     WriteLog(std::string("getPrebuiltReport:ERROR:") + e.what());
+    if (StatusStr.empty() || StatusStr == "0") StatusStr = e.what();
   }
   return output;
 }

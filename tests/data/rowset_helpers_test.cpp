@@ -45,7 +45,7 @@ TEST(RowsetHelpers, FormatColumnsRewritesNumbersAndLeavesTextAlone) {
   EXPECT_EQ(test::Column(*rs, "A"), (std::vector<std::string>{"1,234.50", "abc", "-0.00"}));
 }
 
-TEST(RowsetHelpers, CopyIsTextAndFailsWholeOnAValueTooLong) {
+TEST(RowsetHelpers, CopyIsTextAndKeepsLongValuesWhole) {
   test::TestDb db;
   db.Exec("create table t (id int, amount money, d datetime, note varchar(80));"
           "insert into t values (1, 12.5, '2024-01-15', null);"
@@ -61,9 +61,16 @@ TEST(RowsetHelpers, CopyIsTextAndFailsWholeOnAValueTooLong) {
   EXPECT_EQ(test::Column(*copy, "note"), (std::vector<std::string>{"", "ok"}));
   EXPECT_EQ(clsRS::copyRS(nullptr), nullptr);
 
-  db.Exec("insert into t values (3, 0, null, '" + std::string(60, 'n') + "')");
-  source = Recordset::OpenQuery(db.Connect(), "select * from t", false);
-  EXPECT_EQ(clsRS::copyRS(source.get()), nullptr);
+  // A longer value is copied whole and widens its column, and only its column.
+  const std::string long_note = std::string(59, 'n') + "\xC3\xA9";  // 60 characters, 61 bytes
+  db.Exec("insert into t values (3, 0, null, '" + long_note + "')");
+  source = Recordset::OpenQuery(db.Connect(), "select * from t order by id", false);
+  copy = clsRS::copyRS(source.get());
+  ASSERT_TRUE(copy);
+  EXPECT_EQ(test::Column(*copy, "note").back(), long_note);
+  EXPECT_EQ(copy->fields()[3].defined_size, 60);
+  EXPECT_EQ(copy->fields()[1].defined_size, 50);
+  EXPECT_NE(copy->SaveToString().find("dt:maxLength='60'"), std::string::npos);
 }
 
 TEST(RowsetHelpers, ToCurrencyAndRunQuery) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/error.h"
 #include "data/recordset.h"
 #include "support/test_db.h"
 
@@ -23,11 +24,6 @@ TEST(TsqlAdapter, RewritesEachRule) {
   EXPECT_EQ(
       ToSqlite("select isnull( sum(amt), 0) as s, (ahtel + '-' + htel) as HomePhone, a + b as c from t"),
       "select ifnull( sum(amt), 0) as s, (ahtel || '-' || htel) as HomePhone, a + b as c from t");
-  // Date literals become the stored form; patterns and other texts stay.
-  EXPECT_EQ(ToSqlite("where d between '1/5/2024' and '01/31/2024 1:05 PM' and e <= '2024-02-29' "
-                     "and format(d, 'MM/dd/yyyy') <> '13/45/2024' and x = '2024' and y like '1/1/24'"),
-            "where d between '2024-01-05 00:00:00' and '2024-01-31 13:05:00' and e <= '2024-02-29 00:00:00' "
-            "and format(d, 'MM/dd/yyyy') <> '13/45/2024' and x = '2024' and y like '1/1/24'");
   // CREATE TABLE: text without case, amounts with REAL affinity, no IDENTITY.
   EXPECT_EQ(
       ToSqlite("create table t (id int IDENTITY(1,1) PRIMARY KEY, n varchar(20), c char(3) collate binary, "
@@ -43,6 +39,53 @@ TEST(TsqlAdapter, LeavesStringsCommentsAndNamesAlone) {
            "select \"isnull\"(a) as v from t where a = '###,##0.00'",
        })
     EXPECT_EQ(ToSqlite(same), same);
+}
+
+TEST(TsqlAdapter, LiteralsMeetingDateColumnsAreReadAsTheServerReadsThem) {
+  tsql::Schema schema;
+  tsql::AddDeclaredColumn(schema, "WO", "woid", "int");
+  tsql::AddDeclaredColumn(schema, "wo", "LatestDate", "datetime");
+  tsql::AddDeclaredColumn(schema, "wo", "summary", "varchar(255) COLLATE NOCASE");
+  tsql::AddDeclaredColumn(schema, "posting", "transdate", "DATETIME");
+  tsql::AddDeclaredColumn(schema, "t1", "d", "datetime");
+  tsql::AddDeclaredColumn(schema, "t2", "d", "varchar(10)");
+  EXPECT_EQ(ToSqlite("where latestdate between '6/30/24' and '20240701' and ((wo.LatestDate)>='Jun 30 2024') "
+                     "and '2024-06-30T10:00:00' < max(transdate) and [latestdate] not in ('1/2/2024', '1/3/24') "
+                     "and transdate not between '' and '01/31/2024 1:05 PM'",
+                     schema),
+            "where latestdate between '2024-06-30 00:00:00' and '2024-07-01 00:00:00' and "
+            "((wo.LatestDate)>='2024-06-30 00:00:00') and '2024-06-30 10:00:00' < max(transdate) and [latestdate] "
+            "not in ('2024-01-02 00:00:00', '2024-01-03 00:00:00') and transdate not between '1900-01-01 "
+            "00:00:00' and '2024-01-31 13:05:00'");
+  // Texts that meet no date column stay as they are: other columns, a name that is a date in one table
+  // and text in another, a function of a date, a pattern.
+  for (const char* same : {"where summary = '6/30/2024' and d = '1/1/2024' and woid = '20240630'",
+                           "where format(latestdate, 'MM/dd/yyyy') <> '13/45/2024' and year(latestdate) = '2024'",
+                           "select '6/30/24' as x from wo where summary like '1/1/24'"})
+    EXPECT_EQ(ToSqlite(same, schema), same);
+  // Writing: UPDATE ... SET, and INSERT into the table's date columns, listed or all.
+  EXPECT_EQ(ToSqlite("update wo set latestdate = 'Jun 30 2024', summary = '6/30/24' where woid = 1", schema),
+            "update wo set latestdate = '2024-06-30 00:00:00', summary = '6/30/24' where woid = 1");
+  EXPECT_EQ(ToSqlite("insert into wo (summary, latestdate) values ('6/30/24', '6/30/24'), ('x', '20240101')",
+                     schema),
+            "insert into wo (summary, latestdate) values ('6/30/24', '2024-06-30 00:00:00'), ('x', "
+            "'2024-01-01 00:00:00')");
+  EXPECT_EQ(ToSqlite("insert into wo values (1, '1/2/24', '1/2/24')", schema),
+            "insert into wo values (1, '2024-01-02 00:00:00', '1/2/24')");
+  EXPECT_EQ(ToSqlite("create table p (id int, note text, d datetime); insert into p values (1, '1/2/24', "
+                     "'1/2/24')"),
+            "create table p (id int, note text COLLATE NOCASE, d datetime); insert into p values (1, '1/2/24', "
+            "'2024-01-02 00:00:00')");
+  // What the server cannot read fails the statement with the server's message.
+  for (const char* bad : {"select * from wo where latestdate <= 'junk'", "update wo set latestdate = '2/30/2024'",
+                          "insert into wo values (1, 'not a date', '')"}) {
+    try {
+      ToSqlite(bad, schema);
+      ADD_FAILURE() << bad;
+    } catch (const Error& e) {
+      EXPECT_EQ(e.description(), "Conversion failed when converting date and/or time from character string.");
+    }
+  }
 }
 
 TEST(TsqlAdapter, DeclaredTypes) {
@@ -102,6 +145,15 @@ TEST(TsqlAdapter, DateTextsCompareAsDates) {
   EXPECT_EQ(ids("transdate >= '9/30/2024' and transdate <= '10/2/2024'"), "123");
   EXPECT_EQ(ids("(transdate <= '10/01/2024 11:59 PM')and (transdate > '12/30/1899')"), "124");
   EXPECT_EQ(ids("transdate < '12/30/1899'"), "");
+  // Every form the server reads, against the database's own declarations.
+  EXPECT_EQ(ids("transdate between '9/30/24' and '20241001 23:59'"), "12");
+  EXPECT_EQ(ids("transdate >= 'Oct 1 2024' and transdate < '2024-10-02T00:00:01'"), "23");
+  try {
+    Recordset::OpenQuery(db.Connect(), "select id from posting where transdate <= 'junk'", false);
+    ADD_FAILURE();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.description(), "Conversion failed when converting date and/or time from character string.");
+  }
 }
 
 }  // namespace

@@ -59,8 +59,8 @@ ReportRun RunReport(const std::string& code, const std::vector<std::string>& par
   return RunReportOn(SmallSampleShop(), code, params);
 }
 
-ReportRun RunReportOn(const std::string& path, const std::string& code, const std::vector<std::string>& params) {
-  SetShopConnectionString("Provider=SQLite;Data Source=" + path);
+ReportRun RunReportOn(const std::string& shop, const std::string& code, const std::vector<std::string>& params) {
+  SetShopConnectionString("Provider=SQLite;Data Source=" + shop);
   clsPrebuiltReport job;
   job.reportName = code;
   for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
@@ -70,8 +70,10 @@ ReportRun RunReportOn(const std::string& path, const std::string& code, const st
   if (!result || !result->XMLDocument()) return run;
   run.has_document = true;
   const pugi::xml_document& doc = *result->XMLDocument();
-  for (const pugi::xpath_node& column : doc.select_nodes("//s:AttributeType"))
+  for (const pugi::xpath_node& column : doc.select_nodes("//s:AttributeType")) {
     run.columns.push_back(column.node().attribute("name").value());
+    run.widths.push_back(column.node().child("s:datatype").attribute("dt:maxLength").as_int());
+  }
   for (const pugi::xpath_node& row : doc.select_nodes("//rs:data/z:row")) {
     std::map<std::string, std::string> values;
     for (pugi::xml_attribute a = row.node().first_attribute(); a; a = a.next_attribute())

@@ -20,12 +20,14 @@ struct ReportRun {
   std::string status;
   bool has_document = false;
   std::vector<std::string> columns;
+  std::vector<int> widths;  // each column's declared width (dt:maxLength)
   std::vector<std::map<std::string, std::string>> rows;
 };
 
-// Runs a code with parameters p0, p1, ... on the small sample shop, or on the shop at `path`.
+// Runs a code with parameters p0, p1, ... on the small sample shop.
 ReportRun RunReport(const std::string& code, const std::vector<std::string>& params);
-ReportRun RunReportOn(const std::string& path, const std::string& code, const std::vector<std::string>& params);
+// The same on the shop database file `shop`.
+ReportRun RunReportOn(const std::string& shop, const std::string& code, const std::vector<std::string>& params);
 
 // The first column of the first row of a query run directly with SQLite on the small sample shop,
 // as text ("" for null): the independent check of a report's figures.

@@ -6,7 +6,7 @@ namespace ent::parts {
 
 std::unique_ptr<Recordset> NewResultRowset(const std::vector<std::string>& columns) {
   auto rowset = std::make_unique<Recordset>();
-  for (const std::string& name : columns) rowset->AppendField(AppendedField(name));
+  for (const std::string& name : columns) rowset->AppendField(ResultTextField(name));
   rowset->Open();
   return rowset;
 }

@@ -10,7 +10,7 @@
 
 namespace ent::parts {
 
-// A free-standing rowset with one 50-character text column per name, opened and empty.
+// A free-standing rowset with one result text column per name (50 characters wide or wider), opened and empty.
 std::unique_ptr<Recordset> NewResultRowset(const std::vector<std::string>& columns);
 
 // The rowset a query gave. When it gave none, the query's failure text goes into `status` and Error

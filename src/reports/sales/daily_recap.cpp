@@ -152,7 +152,7 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
     for (const std::string& salesClass : names) {
       result->AddNew();
       YieldToPendingWork();
-      result->Set("Sales_Class", Variant(sales::Left(salesClass, 50)));
+      result->Set("Sales_Class", Variant(salesClass));
       for (size_t p = 0; p < 3; ++p) {
         const ClassTotals t = getClassTotals(salesClass, starts[p], day);
         result->Set(kPeriods[p].units, Amount(t.units));

@@ -42,13 +42,13 @@ void SetExclusions(Recordset& rs, std::string filter) {
 }
 
 // Copies the customers' visible rows into the postcard table, the first `columns` columns by
-// position, each cut to 50 characters and trimmed.
+// position, each trimmed.
 void CopyCustomers(Recordset& from, Recordset& to, size_t columns, bool yield) {
   if (from.IsEof()) return;
   for (from.MoveFirst(); !from.IsEof(); from.MoveNext()) {
     to.AddNew();
     for (size_t c = 0; c < columns; ++c)
-      to.Set(c, Variant(sales::Trim(sales::Left(SafeString(from.Get(c)), 50))));
+      to.Set(c, Variant(sales::Trim(SafeString(from.Get(c)))));
     to.Update();
     if (yield) YieldToPendingWork();
   }

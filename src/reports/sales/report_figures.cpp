@@ -11,7 +11,7 @@ namespace ent::sales {
 
 std::unique_ptr<Recordset> NewTable(std::initializer_list<const char*> columns) {
   auto rs = std::make_unique<Recordset>();
-  for (const char* name : columns) rs->AppendField(AppendedField(name));
+  for (const char* name : columns) rs->AppendField(ResultTextField(name));
   rs->Open();
   return rs;
 }
@@ -27,11 +27,6 @@ double Round2(double value) {
 Currency MarginPercent(Currency sales, Currency cost) {
   const double s = sales.ToDouble();
   return Currency::FromDouble(Round2((s - cost.ToDouble()) / s * 100.0));
-}
-
-std::string Left(std::string text, size_t n) {
-  if (text.size() > n) text.resize(n);
-  return text;
 }
 
 std::string Trim(std::string_view text) {

@@ -14,7 +14,7 @@
 
 namespace ent::sales {
 
-// An open free-standing rowset with one 50-character text column per name.
+// An open free-standing rowset with one result text column per name (50 characters wide or wider).
 std::unique_ptr<Recordset> NewTable(std::initializer_list<const char*> columns);
 
 // The value formatted with the pattern and read back: "##,###.00" keeps two decimals.
@@ -26,8 +26,6 @@ double Round2(double value);
 // A percentage of sales with two decimals, as the margins show it.
 Currency MarginPercent(Currency sales, Currency cost);
 
-// The first n characters.
-std::string Left(std::string text, size_t n);
 // Without blanks at either end.
 std::string Trim(std::string_view text);
 

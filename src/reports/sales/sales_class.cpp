@@ -105,7 +105,7 @@ std::unique_ptr<Recordset> clsRS::getSalesClassReport2(const std::string& dtStar
 
     result->AddNew();
     result->Set("Sales_Class",
-                Variant(salesClass.empty() ? std::string("UNCLASSIFIED") : sales::Left(salesClass, 50)));
+                Variant(salesClass.empty() ? std::string("UNCLASSIFIED") : salesClass));
     auto put = [&](const char* prefix, const Group& g) {
       const std::string p = prefix;
       result->Set(p + "_Sold", Variant(Format(Variant(g.sold), kAmountPattern)));

@@ -1,0 +1,102 @@
+// The catalogue reads each code's parameters as its signature types them: a text that does not
+// convert is posted as a failure naming the parameter, before any SQL runs, and every date form the
+// shop database's server reads gives the same answer.
+#include "report/report_params.h"
+
+#include <gtest/gtest.h>
+
+#include "common/error.h"
+#include "support/sample_shop.h"
+#include "support/test_db.h"
+
+namespace ent {
+namespace {
+
+using test::RunReport;
+
+TEST(ReportParams, AParameterThatDoesNotConvertIsPostedWithItsNameValueAndType) {
+  struct Case {
+    std::string code;
+    std::vector<std::string> params;
+    std::string status;
+  };
+  const std::vector<Case> cases = {
+      {"ENTCUSTSRCH", {"", "", "", "", "abc"}, "Parameter p4 (lMaxRecords) of ENTCUSTSRCH is not a whole number: 'abc'"},
+      {"INVSUM01", {"1/1/2024", "1/31/2024", "yes"}, "Parameter p2 (bIncCustInfo) of INVSUM01 is not true or false: 'yes'"},
+      {"LOYAL01", {"1/1/2024", "12/31/2024", "abc"}, "Parameter p2 (lInvCount) of LOYAL01 is not a whole number: 'abc'"},
+      {"LOYAL01", {"1/1/2024", "12/31/2024", "2", "lots"}, "Parameter p3 (cSubTot) of LOYAL01 is not an amount: 'lots'"},
+      {"LOYAL01", {"1/1/2024", "12/31/2024", "99999999999"},
+       "Parameter p2 (lInvCount) of LOYAL01 is not a whole number: '99999999999'"},
+      {"AP01", {"not a date"}, "Parameter p0 (dtEnd) of AP01 is not a date: 'not a date'"},
+      {"DSR01", {"not a date"}, "Parameter p0 (dDateAsOf) of DSR01 is not a date: 'not a date'"},
+      {"ar01", {"junk"}, "Parameter p0 (dtEnd) of AR01 is not a date: 'junk'"},
+      {"PROFALOSS01", {"1/1/2024", "junk"}, "Parameter p1 (dtEnd) of PROFALOSS01 is not a date: 'junk'"},
+      {"ENTINVOICE", {"x1"}, "Parameter p0 (lInvoiceId) of ENTINVOICE is not a whole number: 'x1'"},
+      // The first failing parameter in order p0, p1, ... is the one posted.
+      {"SALESCOMP01", {"1/1/2024", "2/30/2024", "junk"}, "Parameter p1 (EndDate) of SALESCOMP01 is not a date: '2/30/2024'"},
+  };
+  for (const Case& c : cases) {
+    test::ReportRun run = RunReport(c.code, c.params);
+    EXPECT_EQ(run.status, c.status) << c.code;
+    EXPECT_FALSE(run.has_document) << c.code;
+  }
+}
+
+TEST(ReportParams, ParametersAreCheckedBeforeAnySqlRuns) {
+  test::TestDb empty;  // no tables: any query would fail with "no such table"
+  EXPECT_EQ(test::RunReportOn(empty.path(), "BL01", {"6/31/2024"}).status,
+            "Parameter p0 (dtAsOf) of BL01 is not a date: '6/31/2024'");
+  EXPECT_EQ(test::RunReportOn(empty.path(), "TECHCOST01", {"1/1/2024", "1/31/2024", "false", "0", "maybe"}).status,
+            "Parameter p4 (chkHours) of TECHCOST01 is not true or false: 'maybe'");
+  const std::string query_failure = test::RunReportOn(empty.path(), "AR01", {"6/30/2024"}).status;
+  EXPECT_NE(query_failure.find("no such table"), std::string::npos) << query_failure;
+}
+
+TEST(ReportParams, EveryDateFormTheServerReadsGivesTheSameAnswer) {
+  struct Case {
+    std::string code;
+    std::vector<std::string> before, after;  // parameters around the date
+  };
+  const std::vector<Case> cases = {
+      {"BL01", {}, {}},
+      {"TB01", {}, {}},
+      {"AR01", {}, {}},
+      {"AP01", {}, {}},
+      {"PROFALOSS01", {"1/1/2024"}, {}},
+      {"INVSUM01", {"1/1/24"}, {"true", "true", "true"}},
+      {"PARTGP01", {"Jan 1 2024"}, {}},
+      {"DSR01", {}, {"true"}},
+  };
+  for (const Case& c : cases) {
+    auto params = [&](const std::string& date) {
+      std::vector<std::string> p = c.before;
+      p.push_back(date);
+      p.insert(p.end(), c.after.begin(), c.after.end());
+      return p;
+    };
+    const test::ReportRun usual = RunReport(c.code, params("3/28/2024"));
+    ASSERT_EQ(usual.status, "0") << c.code;
+    ASSERT_FALSE(usual.rows.empty()) << c.code;
+    for (const char* form : {"3/28/24", "20240328", "2024-03-28T00:00:00", "Mar 28 2024", "March 28, 2024",
+                             "2024-03-28", " 03/28/2024 "}) {
+      const test::ReportRun run = RunReport(c.code, params(form));
+      EXPECT_EQ(run.status, "0") << c.code << " " << form;
+      EXPECT_EQ(run.rows, usual.rows) << c.code << " " << form;
+    }
+  }
+}
+
+TEST(ReportParams, SignaturesNameEveryRequestParameterOnce) {
+  EXPECT_EQ(ReportSignatures().size(), 28u);
+  for (const ReportSignature& s : ReportSignatures()) {
+    for (size_t i = 0; i < s.params.size(); ++i) EXPECT_EQ(s.params[i].position, static_cast<int>(i)) << s.code;
+    EXPECT_EQ(FindReportSignature(s.code), &s);
+  }
+  EXPECT_EQ(FindReportSignature("TRANSREQ"), nullptr);
+  const ReportParam date{0, "dtEnd", ParamType::kDate};
+  EXPECT_EQ(ReadReportParam("TB01", date, "2024-06-30T14:05:00").text(), "6/30/2024 2:05:00 PM");
+  EXPECT_EQ(ReadReportParam("TB01", date, "").text(), "");
+}
+
+}  // namespace
+}  // namespace ent
