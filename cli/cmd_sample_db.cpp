@@ -14,7 +14,8 @@ namespace ent::cli {
 namespace {
 
 const char kUsage[] =
-    "usage: entprcreq sample-db --out FILE [--size small|medium|large] [--seed N] [--force]\n"
+    "usage: entprcreq sample-db --out FILE [--size small|medium|large] [--seed N] [--untidy]\n"
+    "                          [--force]\n"
     "\n"
     "Creates a SQLite shop database with three years (2023-2025) of a sample repair shop:\n"
     "customers, vehicles, work orders and invoices, stock, suppliers, staff and balanced books.\n"
@@ -24,6 +25,9 @@ const char kUsage[] =
     "               large (120,000, for benchmarks)\n"
     "  --seed N     the random seed (a whole number, default 1); the same size and seed give the\n"
     "               same file\n"
+    "  --untidy     make the data as untidy as real shops': texts at full width, nulls in every\n"
+    "               optional column, a pricing band without a class, a part credited in full,\n"
+    "               invoices on the first and last day of months\n"
     "  --force      replace FILE if it exists\n";
 
 int UsageError(const std::string& message) {
@@ -57,6 +61,8 @@ int RunSampleDb(const Args& args) {
       return 0;
     } else if (arg == "--force") {
       options.replace = true;
+    } else if (arg == "--untidy") {
+      options.untidy = true;
     } else if (arg == "--out" || arg == "--size" || arg == "--seed") {
       if (!has_value) return UsageError(arg + " needs a value");
       const std::string& value = args[++i];

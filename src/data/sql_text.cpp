@@ -54,6 +54,11 @@ std::string SqlQuote(std::string_view value) {
   return out;
 }
 
+std::string LikeFilter(std::string_view column, std::string_view pattern) {
+  if (pattern.find_first_not_of('%') == std::string_view::npos) return "";
+  return " and " + std::string(column) + " like '" + SqlQuote(pattern) + "'";
+}
+
 std::optional<std::string> CheckSortOrder(std::string_view order_by) {
   const std::string failure = "The sort order \"" + std::string(order_by) +
                               "\" is not accepted: give column names separated by commas, each optionally "

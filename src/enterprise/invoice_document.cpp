@@ -1,5 +1,6 @@
 // The invoice look-up (ENTINVOICE): one invoice as a finished RepairOrder document.
 #include <exception>
+#include <string>
 
 #include "data/cls_rs.h"
 #include "enterprise/cls_invoice_dom.h"
@@ -9,6 +10,12 @@ namespace ent {
 std::unique_ptr<pugi::xml_document> clsRS::generateEnterpriseInvoice(int32_t lInvoiceId,
                                                                      const std::string& sInvState,
                                                                      std::string& strErr) {
+  // Open work orders carry invoice number 0: without a number the look-up would assemble one.
+  if (lInvoiceId <= 0) {
+    strErr = "Invoice look-up failed: parameter p0 (lInvoiceId) is " + std::to_string(lInvoiceId) +
+             "; expected the number of an invoice or credit invoice, above 0.";
+    return nullptr;
+  }
   try {
     clsInvoiceDOM builder;
     builder.InvoiceID = lInvoiceId;

@@ -1,5 +1,6 @@
 // The head office's look-ups: customer search (ENTCUSTSRCH), inventory search (ENTINVSRCH) and a
-// customer's invoices (ENTCUSTINVOICES). Search values are LIKE patterns; an empty one matches all.
+// customer's invoices (ENTCUSTINVOICES). Search values are LIKE patterns; an empty one matches all,
+// nulls included.
 #include "common/error.h"
 #include "data/cls_rs.h"
 #include "data/sql_text.h"
@@ -72,11 +73,10 @@ std::unique_ptr<Recordset> clsRS::getEnterpriseCustomer(std::string& sOrderBy, s
 
   std::string sql = "select top " + std::to_string(lMaxRecords) +
                     " company, fname as FirstName, lname as LastName, (ahtel + '-' + htel) as HomePhone, (abtel + "
-                    "'-' + btel) as BusPhone, Cusid from CUSTOMER where COMPANY LIKE '" +
-                    SqlQuote(sCompany) + "' and FNAME LIKE '" + SqlQuote(sFName) + "' and LNAME like '" +
-                    SqlQuote(sLname) + "' and ahtel like '" + SqlQuote(home_area) + "' and htel like '" +
-                    SqlQuote(sHomePhone) + "' and abtel like '" + SqlQuote(business_area) + "' and btel like '" +
-                    SqlQuote(sBusPhone) + "' order by " + sOrderBy;
+                    "'-' + btel) as BusPhone, Cusid from CUSTOMER where 1 = 1" +
+                    LikeFilter("COMPANY", sCompany) + LikeFilter("FNAME", sFName) + LikeFilter("LNAME", sLname) +
+                    LikeFilter("ahtel", home_area) + LikeFilter("htel", sHomePhone) +
+                    LikeFilter("abtel", business_area) + LikeFilter("btel", sBusPhone) + " order by " + sOrderBy;
   return RunSearch(*this, sql, strErr);
 }
 
@@ -99,9 +99,8 @@ std::unique_ptr<Recordset> clsRS::getEnterpriseInventory(std::string& sOrderBy, 
                     "inventory.Category, format(inventory.QOH, '###,###,##0.00') as QOH, ";
   sql += "format(inventory.LastList, '###,###,##0.00') as LastList FROM  inventory WHERE ";
   if (bQOHOnly) sql += " qoh > 0 and ";
-  sql += " inventory.partnum like '" + SqlQuote(sPartNum) + "' and inventory.description like '" +
-         SqlQuote(sDesc) + "' and inventory.category like '" + SqlQuote(sCat) +
-         "' and inventory.manufacturer like '" + SqlQuote(sMfg) + "' ";
+  sql += " 1 = 1" + LikeFilter("inventory.partnum", sPartNum) + LikeFilter("inventory.description", sDesc) +
+         LikeFilter("inventory.category", sCat) + LikeFilter("inventory.manufacturer", sMfg);
   sql += " order by " + sOrderBy;
   return RunSearch(*this, sql, strErr);
 }

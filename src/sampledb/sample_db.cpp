@@ -12,6 +12,7 @@
 #include "sampledb/shop.h"
 #include "sampledb/shop_schema.h"
 #include "sampledb/sqlite_out.h"
+#include "sampledb/untidy.h"
 
 namespace ent::sampledb {
 namespace {
@@ -85,6 +86,7 @@ std::vector<TableRows> CreateSampleDb(const std::string& path, const Options& op
     db.Exec("BEGIN");
     CreateShopTables(db);
     Shop(db, ScaleOf(options.size), options.seed, options.progress).Build();
+    if (options.untidy) MakeUntidy(db);
     CreateShopIndexes(db);
     db.Exec("COMMIT");
     counts = CountRows(db);

@@ -22,6 +22,7 @@ struct Options {
   Size size = Size::kMedium;
   uint64_t seed = 1;
   bool replace = false;                  // replace an existing file
+  bool untidy = false;                   // roughen the data as real shops have it (untidy.h)
   std::function<void(double)> progress;  // fraction done (0 to 1), called once per generated day
 };
 

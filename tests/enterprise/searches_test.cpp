@@ -16,12 +16,8 @@ TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
   ASSERT_EQ(all.status, "0");
   EXPECT_EQ(all.columns,
             (std::vector<std::string>{"company", "FirstName", "LastName", "HomePhone", "BusPhone", "Cusid"}));
-  // Customers whose names and phone parts are all present, up to 100.
-  const std::string complete = QueryValue(
-      "select count(*) from customer where company is not null and fname is not null and lname is not null "
-      "and "
-      "ahtel is not null and htel is not null and abtel is not null and btel is not null");
-  EXPECT_EQ(all.rows.size(), std::min<size_t>(100, std::stoul(complete)));
+  // Every customer, those with missing names or phone parts too, up to 100.
+  EXPECT_EQ(all.rows.size(), std::min<size_t>(100, std::stoul(QueryValue("select count(*) from customer"))));
 
   EXPECT_EQ(RunReport("ENTCUSTSRCH", {"", "", "", "", "5"}).rows.size(), 5u);
 

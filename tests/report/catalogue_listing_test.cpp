@@ -87,7 +87,7 @@ TEST(ReportCatalogueTest, OneJsonFromTheLibraryTheCommandAndTheServer) {
 
   EXPECT_EQ(nlohmann::json::parse(CommandOutput(std::string(ENTPRCREQ_BINARY) + " reports --json")), listed);
   const std::string text = CommandOutput(std::string(ENTPRCREQ_BINARY) + " reports");
-  EXPECT_NE(text.find("BL01  Balance sheet\n    p0  dtAsOf (text): "), std::string::npos) << text;
+  EXPECT_NE(text.find("BL01  Balance sheet\n    p0  dtAsOf (date): "), std::string::npos) << text;
   EXPECT_NE(text.find("    p6  bQOHOnly (true/false): "), std::string::npos);
 
   test::TempDir dir;

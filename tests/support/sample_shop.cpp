@@ -43,6 +43,18 @@ const std::string& SmallSampleShop() {
   return path;
 }
 
+const std::string& UntidySampleShop() {
+  static const std::string path = [] {
+    std::string file = SharedDir().file("untidy-shop.db");
+    sampledb::Options options;
+    options.size = sampledb::Size::kSmall;
+    options.untidy = true;
+    sampledb::CreateSampleDb(file, options);
+    return file;
+  }();
+  return path;
+}
+
 ReportRun RunReport(const std::string& code, const std::vector<std::string>& params) {
   return RunReportOn(SmallSampleShop(), code, params);
 }
@@ -71,9 +83,11 @@ ReportRun RunReportOn(const std::string& shop, const std::string& code, const st
   return run;
 }
 
-std::string QueryValue(const std::string& sql) {
+std::string QueryValue(const std::string& sql) { return QueryValueOn(SmallSampleShop(), sql); }
+
+std::string QueryValueOn(const std::string& path, const std::string& sql) {
   sqlite3* raw = nullptr;
-  if (sqlite3_open_v2(SmallSampleShop().c_str(), &raw, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
+  if (sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
     sqlite3_close(raw);
     ADD_FAILURE() << "cannot open the sample shop";
     return "";

@@ -11,6 +11,9 @@ namespace ent::test {
 // The path of the small sample shop (seed 1).
 const std::string& SmallSampleShop();
 
+// The small sample shop made untidy (sample-db --untidy), created once per test process.
+const std::string& UntidySampleShop();
+
 // What a prebuilt report posted: its status and, when it has a document, the document's columns in
 // order and its rows (attribute name to text; null columns are missing).
 struct ReportRun {
@@ -29,6 +32,7 @@ ReportRun RunReportOn(const std::string& shop, const std::string& code, const st
 // The first column of the first row of a query run directly with SQLite on the small sample shop,
 // as text ("" for null): the independent check of a report's figures.
 std::string QueryValue(const std::string& sql);
+std::string QueryValueOn(const std::string& path, const std::string& sql);
 
 // A displayed amount ("1,234.50") as a number; 0 for the empty text.
 double Amount(std::string text);

@@ -1,4 +1,5 @@
 // Look-ups into the chart of accounts, the fiscal years and the ledger that the statements share.
+#include <set>
 #include <string>
 
 #include "common/error.h"
@@ -72,12 +73,27 @@ std::string clsRS::getAccountName(int32_t lChid) {
 std::string clsRS::getAccountPath(int32_t& lAccountNumber) {
   int32_t c = getChidByAccountNumber(lAccountNumber);
   std::string path;
+  // A chart edited by hand can loop or point at an account that is gone; either would make the
+  // walk endless or the statement short without a word.
+  std::set<int32_t> seen;
+  const std::string failed = "Account path of account " + std::to_string(lAccountNumber) + " failed: ";
   do {
+    if (!seen.insert(c).second) {
+      throw Error(err::kInvalidProcedureCall,
+                  failed + "its parents loop back to account id " + std::to_string(c) +
+                      "; expected parents that lead up to a top account (parent 0).");
+    }
     std::string status;
     std::unique_ptr<Recordset> rs =
         runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
+    Recordset& account = accounting::Rows(rs);
+    if (account.IsEof()) {
+      throw Error(err::kInvalidProcedureCall,
+                  failed + "its parent account id " + std::to_string(c) +
+                      " is not in the chart of accounts; expected every parent to be an account of the chart.");
+    }
     path = accounting::TrimBlanks(getAccountName(c)) + ": " + path;
-    c = accounting::Rows(rs).Get("parentid").ToLong();
+    c = account.Get("parentid").ToLong();
   } while (c != 0);
   if (!path.empty() && path.front() == ':') {
     path = accounting::TrimBlanks(path.substr(1));

@@ -149,8 +149,9 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
 
     out.Total();
     innerErr = "0";
-  } catch (const Error&) {
-    // The lines written so far are the result; innerErr keeps what the last account query set.
+  } catch (const Error& e) {
+    // A statement cut short is no answer: the failure is the status.
+    innerErr = e.description();
   }
 }
 

@@ -72,7 +72,7 @@ void clsRS::addStatementLine(std::string& sName, int32_t& lLevel, std::string& s
 bool clsRS::createTrialBalanceTable() {
   try {
     Recreate(*conn_, "DROP TABLE entTrialBalanceRPT",
-             "create table entTrialBalanceRPT (AccountName varchar(100), cDebit varchar(100), cCredit "
+             "create table entTrialBalanceRPT (AccountName varchar(8000), cDebit varchar(100), cCredit "
              "varchar(100), rowID integer)");
     return true;
   } catch (const Error&) {

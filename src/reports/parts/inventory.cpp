@@ -12,7 +12,7 @@ namespace ent {
 
 namespace {
 
-// An empty filter matches anything.
+// An empty filter matches anything, nulls included (LikeFilter leaves it out).
 void MatchAnyWhenEmpty(std::string& filter) {
   if (filter.empty()) filter = "%";
 }
@@ -37,8 +37,8 @@ std::unique_ptr<Recordset> clsRS::getInvValue(std::string& sPartNum, std::string
         "format((inventory.lastlist * inventory.qoh), '###,###,##0.00') as List_Times_QOH from invtrans "
         "right "
         "join inventory on invtrans.invid = inventory.invid where invtrans.qty > 0 ";
-    sql += "and inventory.partnum like '" + SqlQuote(sPartNum) + "' and inventory.description like '" +
-           SqlQuote(sDesc) + "' and inventory.category like '" + SqlQuote(sCategory) + "' ";
+    sql += LikeFilter("inventory.partnum", sPartNum) + LikeFilter("inventory.description", sDesc) +
+           LikeFilter("inventory.category", sCategory) + " ";
     sql +=
         "group by  inventory.partnum, inventory.description, inventory.category, inventory.qoh, "
         "inventory.lastlist, inventory.lastcost order by inventory.partnum ";
@@ -68,9 +68,9 @@ std::unique_ptr<Recordset> clsRS::getInvList(std::string& sPartNum, std::string&
         "Category, format(lastlist, '###,###,##0.00') as List_Price, format(lastcost, '###,###,##0.00') as "
         "Last_Cost, format(qoh,'###,###,##0.00') as QOH ";
     sql += "from inventory inner join supplier on inventory.supid = supplier.supid ";
-    sql += "where location like '" + SqlQuote(sLoc) + "' and partnum like '" + SqlQuote(sPartNum) +
-           "' and description like '" + SqlQuote(sDesc) + "' and category like '" + SqlQuote(sCategory) +
-           "' and supplier.company like '" + SqlQuote(sSupp) + "' order by partnum";
+    sql += "where 1 = 1" + LikeFilter("location", sLoc) + LikeFilter("partnum", sPartNum) +
+           LikeFilter("description", sDesc) + LikeFilter("category", sCategory) +
+           LikeFilter("supplier.company", sSupp) + " order by partnum";
     std::unique_ptr<Recordset> query = runQuery(sql, strErr, false);
     std::unique_ptr<Recordset> copy = copyRS(query.get());
     if (!copy) return nullptr;
@@ -94,13 +94,16 @@ std::unique_ptr<Recordset> clsRS::getPartsSalesPerformance(const std::string& sD
   sql += "inventory.partnum as Part_Number,";
   sql += "inventory.Description,";
   sql += "(sum(qty)) as Qty_Sold ,";
-  sql += "(sum(invcost+invcorecost) / sum(qty))  as Avg_Cost,";
-  sql += "(sum(totparts-discpart)/sum(qty)) as Avg_Price,";
+  // A part sold and credited in full in the range has no quantity: its averages stay empty (and out
+  // of the margin average), its revenue still counts.
+  sql += "(sum(invcost+invcorecost) / nullif(sum(qty), 0))  as Avg_Cost,";
+  sql += "(sum(totparts-discpart)/nullif(sum(qty), 0)) as Avg_Price,";
   sql += "(sum(invcost)) as Total_Cost,";
-  sql += "(sum(qty) * (sum(totparts-discpart)/sum(qty))) as Total_Revenue,";
+  sql += "(sum(totparts-discpart)) as Total_Revenue,";
   sql +=
-      "iif((sum(totparts-discpart)/sum(qty)) <> 0, ((((sum(totparts-discpart)/sum(qty)) - "
-      "(sum(invcost+invcorecost) / sum(qty))) / (sum(totparts-discpart)/sum(qty)))*100), 0) as Avg_Margin,";
+      "iif((sum(totparts-discpart)/nullif(sum(qty), 0)) <> 0, ((((sum(totparts-discpart)/sum(qty)) - "
+      "(sum(invcost+invcorecost) / sum(qty))) / (sum(totparts-discpart)/sum(qty)))*100), "
+      "iif(sum(qty) = 0, null, 0)) as Avg_Margin,";
   sql += " (Supplier.Company) as Supplier_Name";
   sql += " FROM";
   sql +=
@@ -110,9 +113,9 @@ std::unique_ptr<Recordset> clsRS::getPartsSalesPerformance(const std::string& sD
   sql += bIncVoidWOs ? " or (woparts.woid = wo.woid and wo.chkvoid = 1) " : " ";
   sql += " )";
   sql += " and woparts.invinvid = inventory.invid and wodeleted = 0 and invcost <> 0 and skip <> 'Yes'";
-  sql += " and inventory.description like '" + SqlQuote(sDesc) + "' and inventory.category like '" +
-         SqlQuote(sCategory) + "' and latestdate >= '" + SqlQuote(sDateStart) + "' AND latestdate <= '" +
-         SqlQuote(sDateEnd) + "' and partnum like '" + SqlQuote(sPartNum) + "'";
+  sql += LikeFilter("inventory.description", sDesc) + LikeFilter("inventory.category", sCategory) +
+         " and latestdate >= '" + SqlQuote(sDateStart) + "' AND latestdate <= '" + SqlQuote(sDateEnd) + "'" +
+         LikeFilter("partnum", sPartNum);
   sql +=
       " and Qty <> 0 and invcost <> 0 group by partnum,inventory.description, supplier.company order by "
       "partnum";

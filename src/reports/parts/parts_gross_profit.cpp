@@ -6,6 +6,7 @@
 #include "common/error.h"
 #include "common/format.h"
 #include "common/thread_values.h"
+#include "common/value_helpers.h"
 #include "data/cls_rs.h"
 #include "data/sql_text.h"
 #include "reports/parts/result_rowset.h"
@@ -14,9 +15,9 @@ namespace ent {
 
 namespace {
 
-// The cell's text; a null cell raises "Invalid use of Null".
+// The cell's text; a null cell reads as the empty text.
 std::string Text(const Variant& value) {
-  return value.ToText();
+  return SafeString(value);
 }
 
 // An amount cell of the report: the value as text, formatted and trimmed.

@@ -135,13 +135,23 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
       strErr = "0";
       return result;
     }
+    // A blank (or null) class and UNCLASSIFIED both stand for the lines without a class: when the
+    // pricing table has both, the lines are shown once, under UNCLASSIFIED.
+    std::vector<std::string> names;
+    bool has_unclassified = false;
+    for (; !list.IsEof(); list.MoveNext()) {
+      names.push_back(SafeString(list.Get("salesclass")));
+      if (Upper(sales::Trim(names.back())) == "UNCLASSIFIED") has_unclassified = true;
+    }
+    if (has_unclassified) {
+      std::erase_if(names, [](const std::string& name) { return sales::Trim(name).empty(); });
+    }
     const DateTime starts[] = {day, DateTime::FromParts(day.year(), day.month(), 1),
                                DateTime::FromParts(day.year(), 1, 1)};
     std::array<CategoryFigures, 5> categories{};
-    for (; !list.IsEof(); list.MoveNext()) {
+    for (const std::string& salesClass : names) {
       result->AddNew();
       YieldToPendingWork();
-      const std::string salesClass = SafeString(list.Get("salesclass"));
       result->Set("Sales_Class", Variant(salesClass));
       for (size_t p = 0; p < 3; ++p) {
         const ClassTotals t = getClassTotals(salesClass, starts[p], day);
