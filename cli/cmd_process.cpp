@@ -7,6 +7,7 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "options.h"
+#include "query_limit_options.h"
 #include "server/cls_process_request.h"
 
 namespace ent::cli {
@@ -56,10 +57,11 @@ int RunProcess(const Args& args) {
     Options options(
         args,
         {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode", "--client-id",
-         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout"},
+         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout", kQueryTimeoutOption,
+         kMaxResultOption},
         {"--debug", "--db-size", "--help"});
     if (options.Has("--help")) {
-      std::cout << kHelp;
+      std::cout << kHelp << kQueryLimitHelp;
       return 0;
     }
     if (!options.Has("--request") || !options.positional().empty()) {
@@ -67,6 +69,7 @@ int RunProcess(const Args& args) {
       return 2;
     }
     if (options.Has("--log-dir")) SetLogDirectory(options.Get("--log-dir"));
+    ApplyQueryLimitOptions(options);
     request = std::make_unique<clsProcessRequest>();
     request->set_ApplicationPath(options.Get("--connection"));
     request->HostAddress = options.Get("--host-address");

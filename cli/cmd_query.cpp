@@ -4,6 +4,7 @@
 #include "common/thread_values.h"
 #include "data/cls_rs.h"
 #include "options.h"
+#include "query_limit_options.h"
 #include "report/result_document.h"
 
 namespace ent::cli {
@@ -11,7 +12,7 @@ namespace ent::cli {
 namespace {
 
 const char kHelp[] =
-    "usage: entprcreq query --connection STRING --sql TEXT\n"
+    "usage: entprcreq query --connection STRING --sql TEXT [--write]\n"
     "\n"
     "Runs a head office's free SQL text against the shop database and prints the result document\n"
     "that a custom report request with that text would post. Use it to try a SQL text before the\n"
@@ -19,6 +20,8 @@ const char kHelp[] =
     "\n"
     "  --connection STRING  the shop database, e.g. \"Provider=SQLite;Data Source=/srv/shop.db\"\n"
     "  --sql TEXT           the SQL text, exactly as the head office would send it\n"
+    "  --write              let the text change the database (SQLite; without it the database is\n"
+    "                       opened for reading only and a write fails)\n"
     "\n"
     "Prints the document, or \"No records found.\" when the text returns no rows (exit code 0).\n"
     "When the text fails, prints the status text the head office would receive (exit code 1).\n";
@@ -27,16 +30,19 @@ const char kHelp[] =
 
 int RunQuery(const Args& args) {
   try {
-    Options options(args, {"--connection", "--sql"}, {"--help"});
+    Options options(args, {"--connection", "--sql", kQueryTimeoutOption, kMaxResultOption}, {"--help", "--write"});
     if (options.Has("--help")) {
-      std::cout << kHelp;
+      std::cout << kHelp << kQueryLimitHelp;
       return 0;
     }
     if (!options.Has("--connection") || !options.Has("--sql") || !options.positional().empty()) {
       std::cerr << kHelp;
       return 2;
     }
-    SetShopConnectionString(options.Get("--connection"));
+    ApplyQueryLimitOptions(options);
+    std::string connection = options.Get("--connection");
+    if (!options.Has("--write")) connection += ";Mode=Read";
+    SetShopConnectionString(connection);
     clsRS engine;
     std::string status;
     std::unique_ptr<Recordset> rs = engine.getCustomRS(options.Get("--sql"), status);

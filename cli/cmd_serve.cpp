@@ -7,6 +7,8 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "options.h"
+#include "query_limit_options.h"
+#include "data/query_limits.h"
 #include "server/host_server.h"
 #include "serving.h"
 
@@ -27,12 +29,17 @@ const char kHelp[] =
     "\"<report>...</report>\"}\n"
     "The answer, once the result has been posted to the head office, is {\"KillFlag\": true}; when the\n"
     "database-in-use token cannot be used it is HTTP 500 with the reason. GET /health shows the load.\n"
-    "SIGTERM or Ctrl-C stops taking requests; those in progress finish and post first.\n"
+    "SIGTERM or Ctrl-C stops taking requests; those in progress have their queries interrupted and\n"
+    "post the failure (or their result, when their query had ended) first.\n"
     "\n"
     "  --listen HOST:PORT    where to listen (default 127.0.0.1:8420; port 0 picks a free port)\n"
     "  --workers N           requests that run at once (default 4)\n"
     "  --queue N             requests that may wait for a worker (default 16); more are refused\n"
     "                        with HTTP 503 and Retry-After\n"
+    "  --connections N       connections read at once besides the running and waiting requests\n"
+    "                        (default 128); a client that sends slowly holds one, never a worker\n"
+    "  --request-time S      seconds a call may take to arrive whole; slower ones are cut off\n"
+    "                        (default 20)\n"
     "  --token-dir DIR       where the database-in-use token is kept (as for 'process')\n"
     "  --log-dir DIR         where log files go (as for 'process')\n"
     "  --connect-timeout S   seconds to wait for the head office to accept a connection (default 10)\n"
@@ -64,10 +71,11 @@ int RunServe(const Args& args) {
   try {
     Options options(args,
                     {"--listen", "--workers", "--queue", "--token-dir", "--log-dir", "--connect-timeout",
-                     "--timeout", "--secret-file"},
+                     "--timeout", "--secret-file", "--connections", "--request-time", kQueryTimeoutOption,
+                     kMaxResultOption},
                     {"--allow-remote", "--help"});
     if (options.Has("--help")) {
-      std::cout << kHelp;
+      std::cout << kHelp << kQueryLimitHelp;
       return 0;
     }
     if (!options.positional().empty()) {
@@ -77,6 +85,9 @@ int RunServe(const Args& args) {
     ParseListen(options.Get("--listen", "127.0.0.1:8420"), host, port);
     settings.workers = static_cast<int>(options.GetNumber("--workers", settings.workers));
     settings.queue = static_cast<int>(options.GetNumber("--queue", settings.queue, 0));
+    settings.connections = static_cast<int>(options.GetNumber("--connections", settings.connections));
+    settings.request_seconds = static_cast<int>(options.GetNumber("--request-time", settings.request_seconds));
+    ApplyQueryLimitOptions(options);
     settings.token_dir = options.Get("--token-dir");
     settings.soap.connect_timeout_seconds =
         options.GetNumber("--connect-timeout", settings.soap.connect_timeout_seconds);
@@ -95,7 +106,9 @@ int RunServe(const Args& args) {
     port = server.Start(host, port);
     std::cout << "serving on http://" << host << ":" << port << "/requests" << std::endl;
     WaitForStopSignal();
-    std::cout << "stopping: requests in progress finish first" << std::endl;
+    std::cout << "stopping: queries in progress are interrupted, their requests post the failure"
+              << std::endl;
+    InterruptRunningQueries();
     server.Stop();
   } catch (const Error& e) {
     std::cerr << "entprcreq serve: " << e.description() << "\n";

@@ -2,7 +2,9 @@
 // host_call.h) and runs it on a worker thread exactly as the host's own call would run, answering
 // {"KillFlag": true} once the result has been posted. GET /health tells whether it runs and how busy
 // it is. Calls beyond the workers wait in a bounded queue; past it they are refused with 503 and
-// Retry-After. Stopping lets calls in flight finish and post.
+// Retry-After. Stopping lets calls in flight finish and post. Connections have threads of their own,
+// so that clients that send slowly cannot keep /health or calls from being answered; the secret is
+// checked as soon as the headers are in.
 #pragma once
 
 #include <memory>
@@ -19,6 +21,8 @@ struct HostServerOptions {
   SoapOptions soap;           // timeouts towards the head office
   std::string secret;         // when set, every call must send "Authorization: Bearer <secret>"
   bool allow_remote = false;  // listening beyond loopback needs this and a secret
+  int connections = 128;      // connections read at once, besides those of running and waiting calls
+  int request_seconds = 20;   // a call must arrive whole within this time, or its connection is closed
 };
 
 class HostServer {
