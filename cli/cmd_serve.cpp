@@ -108,7 +108,7 @@ int RunServe(const Args& args) {
     WaitForStopSignal();
     std::cout << "stopping: queries in progress are interrupted, their requests post the failure"
               << std::endl;
-    InterruptRunningQueries();
+    StopAllQueries();
     server.Stop();
   } catch (const Error& e) {
     std::cerr << "entprcreq serve: " << e.description() << "\n";

@@ -18,6 +18,7 @@ std::mutex limits_mutex;
 QueryLimits limits;
 // Bumped by each interruption; a statement started under an older value stops.
 std::atomic<uint64_t> interrupt_epoch{0};
+std::atomic<bool> stopping{false};
 
 // The statements running now that can be cancelled from outside, and a watchdog thread that cancels
 // those whose time is up: some drivers run a whole query inside one call and check nothing meanwhile.
@@ -76,6 +77,11 @@ void InterruptRunningQueries() {
   }
 }
 
+void StopAllQueries() {
+  stopping = true;
+  InterruptRunningQueries();
+}
+
 QueryWatch::QueryWatch(std::function<void()> cancel) : epoch_(interrupt_epoch.load()) {
   const QueryLimits now = CurrentQueryLimits();
   seconds_ = now.seconds;
@@ -101,10 +107,12 @@ QueryWatch::~QueryWatch() {
   r.running.remove_if([this](const Running& statement) { return statement.watch == this; });
 }
 
-bool QueryWatch::MustStop() const { return interrupt_epoch.load() != epoch_ || Clock::now() >= end_; }
+bool QueryWatch::MustStop() const {
+  return stopping || interrupt_epoch.load() != epoch_ || Clock::now() >= end_;
+}
 
 void QueryWatch::RaiseIfStopped() const {
-  if (interrupt_epoch.load() != epoch_)
+  if (stopping || interrupt_epoch.load() != epoch_)
     throw Error(err::kDatabaseError, "The query was interrupted: the server is stopping.", "query");
   if (Clock::now() >= end_)
     throw Error(err::kDatabaseError,

@@ -21,6 +21,8 @@ void SetQueryLimits(QueryLimits limits);
 
 // Interrupts the queries running now (later ones run as usual): each fails with a text saying so.
 void InterruptRunningQueries();
+// For a program that is stopping: interrupts the queries running now and every later one at once.
+void StopAllQueries();
 
 // One statement's watch over its limits, kept by a driver from start to its last row. `cancel`, when
 // given, is called (from another thread) if the running queries are interrupted while the watch
