@@ -128,6 +128,13 @@ TEST(LongParameters, APaddedParameterFailsAtOnceNamingIt) {
   EXPECT_EQ(job.StatusStr, "The report parameter p0 is 20971530 bytes long; a parameter may have at most 4000.");
 }
 
+TEST(SqlFormatFunction, APatternItRefusesFailsTheStatementInsteadOfTheProcess) {
+  test::TestDb db;
+  std::shared_ptr<Connection> connection = db.Connect();
+  EXPECT_THROW(connection->Query("select format('2024-02-29 13:05:09', '12.5O#,##0.00;(#,##0.00);zero') as f"), Error);
+  EXPECT_EQ(connection->Query("select format(1234.5, '#,##0.00') as f").rows.at(0).at(0).ToText(), "1,234.50");
+}
+
 TEST(DeclaredTypes, SizesBeyondTheLargestColumnAreReadAsTheLargest) {
   EXPECT_EQ(tsql::ParseDeclaredType("varchar(99999999999)").size_or_precision, 2147483647);
   EXPECT_EQ(tsql::ParseDeclaredType("decimal(99999999999999999999, 99999999999)").scale, 2147483647);

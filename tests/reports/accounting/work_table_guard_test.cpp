@@ -149,6 +149,10 @@ TEST(WorkTableGuard, StatementsInSeparateProcessesDoNotMixTheirLines) {
     }
   }
   EXPECT_EQ(first_document.size(), 2u);
+  // The last run's lines stay in the shop's work tables (its transaction was committed).
+  std::shared_ptr<Connection> check = OpenConnection("Provider=SQLite;Data Source=" + shop);
+  EXPECT_GT(check->Query("select count(*) as n from entBalanceShtRPT").rows.at(0).at(0).ToLong(), 10);
+  EXPECT_GT(check->Query("select count(*) as n from entTrialBalanceRPT").rows.at(0).at(0).ToLong(), 10);
 }
 
 }  // namespace
