@@ -7,6 +7,7 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "options.h"
+#include "query_limit_options.h"
 #include "server/cls_process_request.h"
 #include "server/execution_journal.h"
 
@@ -60,10 +61,11 @@ int RunProcess(const Args& args) {
     Options options(
         args,
         {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode", "--client-id",
-         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout", "--journal"},
-        {"--debug", "--db-size", "--help", "--quiet"}, kHelp);
+         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout", "--journal",
+         kQueryTimeoutOption, kMaxResultOption},
+        {"--debug", "--db-size", "--help", "--quiet"}, std::string(kHelp) + kQueryLimitHelp);
     if (options.Has("--help")) {
-      std::cout << kHelp;
+      std::cout << kHelp << kQueryLimitHelp;
       return 0;
     }
     options.Require("--request");
@@ -71,6 +73,7 @@ int RunProcess(const Args& args) {
     if (options.Has("--log-dir")) SetLogDirectory(options.Get("--log-dir"));
     if (options.Has("--journal")) SetJournalPath(options.Get("--journal"));
     quiet = options.Has("--quiet");
+    ApplyQueryLimitOptions(options);
     request = std::make_unique<clsProcessRequest>();
     request->set_ApplicationPath(options.Get("--connection"));
     request->HostAddress = options.Get("--host-address");

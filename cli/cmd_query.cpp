@@ -4,6 +4,7 @@
 #include "common/thread_values.h"
 #include "data/cls_rs.h"
 #include "options.h"
+#include "query_limit_options.h"
 #include "report/result_document.h"
 #include "report/result_view.h"
 
@@ -12,7 +13,7 @@ namespace ent::cli {
 namespace {
 
 const char kHelp[] =
-    "usage: entprcreq query --connection STRING --sql TEXT [--format xml|text|html|csv]\n"
+    "usage: entprcreq query --connection STRING --sql TEXT [--format xml|text|html|csv] [--write]\n"
     "\n"
     "Runs a head office's free SQL text against the shop database and prints the result document\n"
     "that a custom report request with that text would post. Use it to try a SQL text before the\n"
@@ -22,6 +23,8 @@ const char kHelp[] =
     "  --sql TEXT           the SQL text, exactly as the head office would send it\n"
     "  --format FORMAT      xml: the document itself (default); text, html, csv: the document as\n"
     "                       'entprcreq render' shows it\n"
+    "  --write              let the text change the database (SQLite; without it the database is\n"
+    "                       opened for reading only and a write fails)\n"
     "\n"
     "Prints the document, or \"No records found.\" when the text returns no rows (exit code 0).\n"
     "When the text fails, prints the status text the head office would receive (exit code 1).\n";
@@ -30,9 +33,10 @@ const char kHelp[] =
 
 int RunQuery(const Args& args) {
   try {
-    Options options(args, {"--connection", "--sql", "--format"}, {"--help"}, kHelp);
+    Options options(args, {"--connection", "--sql", "--format", kQueryTimeoutOption, kMaxResultOption},
+                    {"--help", "--write"}, std::string(kHelp) + kQueryLimitHelp);
     if (options.Has("--help")) {
-      std::cout << kHelp;
+      std::cout << kHelp << kQueryLimitHelp;
       return 0;
     }
     options.Require("--connection");
@@ -40,7 +44,10 @@ int RunQuery(const Args& args) {
     options.RejectPositional();
     const std::string format = options.Get("--format", "xml");
     if (format != "xml") RenderAs(ResultView{}, format, "");  // an unknown format fails before the query runs
-    SetShopConnectionString(options.Get("--connection"));
+    ApplyQueryLimitOptions(options);
+    std::string connection = options.Get("--connection");
+    if (!options.Has("--write")) connection += ";Mode=Read";
+    SetShopConnectionString(connection);
     clsRS engine;
     std::string status;
     std::unique_ptr<Recordset> rs = engine.getCustomRS(options.Get("--sql"), status);

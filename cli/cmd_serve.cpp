@@ -7,6 +7,8 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "options.h"
+#include "data/query_limits.h"
+#include "query_limit_options.h"
 #include "server/execution_journal.h"
 #include "server/host_server.h"
 #include "server/systemd_notify.h"
@@ -33,12 +35,17 @@ const char kHelp[] =
     "counters in the Prometheus text format. Every call is written to the execution journal and as one\n"
     "line to stderr, as is every answer that is not a success. Under systemd (Type=notify) it reports\n"
     "when it is ready.\n"
-    "SIGTERM or Ctrl-C stops taking requests; those in progress finish and post first.\n"
+    "SIGTERM or Ctrl-C stops taking requests; those in progress have their queries interrupted and\n"
+    "post the failure (or their result, when their query had ended) first.\n"
     "\n"
     "  --listen HOST:PORT    where to listen (default 127.0.0.1:8420; port 0 picks a free port)\n"
     "  --workers N           requests that run at once (default 4)\n"
     "  --queue N             requests that may wait for a worker (default 16); more are refused\n"
     "                        with HTTP 503 and Retry-After\n"
+    "  --connections N       connections read at once besides the running and waiting requests\n"
+    "                        (default 128); a client that sends slowly holds one, never a worker\n"
+    "  --request-time S      seconds a call may take to arrive whole; slower ones are cut off\n"
+    "                        (default 20)\n"
     "  --token-dir DIR       where the database-in-use token is kept (as for 'process')\n"
     "  --log-dir DIR         where log files go (as for 'process')\n"
     "  --connect-timeout S   seconds to wait for the head office to accept a connection (default 10)\n"
@@ -76,16 +83,20 @@ int RunServe(const Args& args) {
   try {
     Options options(args,
                     {"--listen", "--workers", "--queue", "--token-dir", "--log-dir", "--connect-timeout",
-                     "--timeout", "--secret-file", "--journal", "--journal-days"},
-                    {"--allow-remote", "--help"}, kHelp);
+                     "--timeout", "--secret-file", "--journal", "--journal-days", "--connections",
+                     "--request-time", kQueryTimeoutOption, kMaxResultOption},
+                    {"--allow-remote", "--help"}, std::string(kHelp) + kQueryLimitHelp);
     if (options.Has("--help")) {
-      std::cout << kHelp;
+      std::cout << kHelp << kQueryLimitHelp;
       return 0;
     }
     options.RejectPositional();
     ParseListen(options.Get("--listen", "127.0.0.1:8420"), host, port);
     settings.workers = static_cast<int>(options.GetNumber("--workers", settings.workers));
     settings.queue = static_cast<int>(options.GetNumber("--queue", settings.queue, 0));
+    settings.connections = static_cast<int>(options.GetNumber("--connections", settings.connections));
+    settings.request_seconds = static_cast<int>(options.GetNumber("--request-time", settings.request_seconds));
+    ApplyQueryLimitOptions(options);
     settings.token_dir = options.Get("--token-dir");
     settings.soap.connect_timeout_seconds =
         options.GetNumber("--connect-timeout", settings.soap.connect_timeout_seconds);
@@ -109,7 +120,9 @@ int RunServe(const Args& args) {
     NotifySystemd("READY=1\nSTATUS=serving on " + host + ":" + std::to_string(port));
     WaitForStopSignal();
     NotifySystemd("STOPPING=1");
-    std::cout << "stopping: requests in progress finish first" << std::endl;
+    std::cout << "stopping: queries in progress are interrupted, their requests post the failure"
+              << std::endl;
+    StopAllQueries();
     server.Stop();
   } catch (const Error& e) {
     std::cerr << "entprcreq serve: " << e.description() << "\n";

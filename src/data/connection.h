@@ -18,9 +18,15 @@ struct QueryResult {
   std::vector<std::vector<Variant>> rows;
 };
 
+// The SQL a connection speaks: the shop's SQL Server dialect as it stands, or SQLite's (texts pass the
+// T-SQL adapter). Statements that are not portable (transactions, locks) are chosen by it.
+enum class SqlDialect { kSqlServer, kSqlite };
+
 class Connection {
  public:
   virtual ~Connection() = default;
+
+  virtual SqlDialect dialect() const = 0;
 
   // Runs statements that return no rows.
   virtual void Execute(const std::string& sql) = 0;
@@ -33,8 +39,8 @@ class Connection {
   virtual bool IsOpen() const = 0;
 };
 
-// Opens the database a connection string names. Raises Error for an unknown provider, a malformed
-// string or a database that cannot be opened.
+// Opens the database a connection string names ("Mode=Read" opens an SQLite database for reading
+// only). Raises Error for an unknown provider, a malformed string or a database that cannot be opened.
 std::shared_ptr<Connection> OpenConnection(const std::string& connection_string);
 
 }  // namespace ent

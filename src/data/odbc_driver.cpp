@@ -13,6 +13,7 @@
 
 #include "common/error.h"
 #include "data/column_values.h"
+#include "data/query_limits.h"
 #include "data/sql_text.h"
 #include "data/tsql_adapter.h"
 
@@ -152,18 +153,24 @@ class OdbcConnection : public Connection {
 
   ~OdbcConnection() override { Close(); }
 
+  SqlDialect dialect() const override { return sqlite_ ? SqlDialect::kSqlite : SqlDialect::kSqlServer; }
+
   void Execute(const std::string& sql) override {
-    Handle stmt = Run(sql);
+    Handle stmt(SQL_HANDLE_STMT, dbc()->get());
+    QueryWatch watch(Canceller(stmt));
+    Run(stmt, sql, watch);
     while (SQL_SUCCEEDED(SQLMoreResults(stmt.get()))) {
     }
   }
 
   QueryResult Query(const std::string& sql) override {
-    Handle stmt = Run(sql);
+    Handle stmt(SQL_HANDLE_STMT, dbc()->get());
+    QueryWatch watch(Canceller(stmt));
+    Run(stmt, sql, watch);
     SQLSMALLINT columns = 0;
     for (;;) {
       Check(SQLNumResultCols(stmt.get(), &columns), stmt);
-      if (columns > 0) return Fetch(stmt, columns);
+      if (columns > 0) return Fetch(stmt, columns, watch);
       SQLRETURN rc = SQLMoreResults(stmt.get());
       if (rc == SQL_NO_DATA) return QueryResult{};
       Check(rc, stmt);
@@ -236,11 +243,20 @@ class OdbcConnection : public Connection {
     return schema_;
   }
 
-  Handle Run(const std::string& sql) {
-    Handle stmt(SQL_HANDLE_STMT, dbc()->get());
+  // Stops the statement from another thread when the running queries are interrupted.
+  static std::function<void()> Canceller(const Handle& stmt) {
+    SQLHANDLE handle = stmt.get();
+    return [handle] { SQLCancel(handle); };
+  }
+
+  // Runs a text on `stmt` within the watch's time limit (the database's own query timeout).
+  void Run(const Handle& stmt, const std::string& sql, const QueryWatch& watch) {
     std::string text = sqlite_ ? tsql::ToSqlite(sql, AdapterSchema()) : sql;
-    Check(SQLExecDirect(stmt.get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), stmt);
-    return stmt;
+    SQLSetStmtAttr(stmt.get(), SQL_ATTR_QUERY_TIMEOUT,
+                   reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(watch.SecondsLeft())), 0);
+    const SQLRETURN rc = SQLExecDirect(stmt.get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
+    if (!SQL_SUCCEEDED(rc) && rc != SQL_NO_DATA) watch.RaiseIfStopped();
+    Check(rc, stmt);
   }
 
   // What the database declares about the columns of a base table, asked once per table.
@@ -383,7 +399,7 @@ class OdbcConnection : public Connection {
     }
   }
 
-  QueryResult Fetch(const Handle& stmt, SQLSMALLINT columns) {
+  QueryResult Fetch(const Handle& stmt, SQLSMALLINT columns, QueryWatch& watch) {
     QueryResult result;
     std::vector<bool> typed(static_cast<size_t>(columns));
     for (SQLSMALLINT c = 1; c <= columns; ++c) {
@@ -393,13 +409,17 @@ class OdbcConnection : public Connection {
     }
     SQLRETURN rc;
     while ((rc = SQLFetch(stmt.get())) != SQL_NO_DATA) {
+      if (!SQL_SUCCEEDED(rc) || watch.MustStop()) watch.RaiseIfStopped();
       Check(rc, stmt);
       std::vector<Variant> row;
       row.reserve(static_cast<size_t>(columns));
+      int64_t bytes = 0;
       for (SQLSMALLINT c = 1; c <= columns; ++c) {
         const size_t i = static_cast<size_t>(c - 1);
         row.push_back(RawCell(stmt, static_cast<SQLUSMALLINT>(c), result.fields[i], typed[i]));
+        bytes += row.back().IsString() ? static_cast<int64_t>(row.back().text().size()) + 16 : 16;
       }
+      watch.AddBytes(bytes);
       result.rows.push_back(std::move(row));
     }
     TypeColumns(result, typed);

@@ -13,7 +13,7 @@ namespace ent {
 
 namespace {
 
-void SqlFormat(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+void FormatValue(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   if (argc != 2 || sqlite3_value_type(argv[0]) == SQLITE_NULL || sqlite3_value_type(argv[1]) == SQLITE_NULL) {
     sqlite3_result_null(ctx);
     return;
@@ -41,6 +41,17 @@ void SqlFormat(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
     return;
   }
   sqlite3_result_text(ctx, out.data(), static_cast<int>(out.size()), SQLITE_TRANSIENT);
+}
+
+// No exception may cross SQLite's C frames: a pattern the engine refuses is the statement's error.
+void SqlFormat(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+  try {
+    FormatValue(ctx, argc, argv);
+  } catch (const Error& e) {
+    sqlite3_result_error(ctx, e.description().c_str(), -1);
+  } catch (const std::exception& e) {
+    sqlite3_result_error(ctx, e.what(), -1);
+  }
 }
 
 }  // namespace

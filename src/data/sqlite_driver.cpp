@@ -11,6 +11,7 @@
 
 #include "common/error.h"
 #include "data/column_values.h"
+#include "data/query_limits.h"
 #include "data/sql_text.h"
 #include "data/sql_format_function.h"
 #include "data/sql_server_text.h"
@@ -90,37 +91,66 @@ Variant RawValue(sqlite3_stmt* stmt, int col) {
   }
 }
 
+// The limits' watch over one call of the driver: SQLite asks it every few thousand steps whether to
+// go on, and an interruption from another thread stops it through sqlite3_interrupt.
+class WatchedCall {
+ public:
+  explicit WatchedCall(sqlite3* db) : db_(db), watch_([db] { sqlite3_interrupt(db); }) {
+    sqlite3_progress_handler(db_, 4000, &WatchedCall::Stop, &watch_);
+  }
+  ~WatchedCall() { sqlite3_progress_handler(db_, 0, nullptr, nullptr); }
+  WatchedCall(const WatchedCall&) = delete;
+  WatchedCall& operator=(const WatchedCall&) = delete;
+
+  QueryWatch& watch() { return watch_; }
+  // A failure of the call: the limit that stopped it, or SQLite's own.
+  [[noreturn]] void Fail() {
+    watch_.RaiseIfStopped();
+    Raise(db_);
+  }
+
+ private:
+  static int Stop(void* watch) { return static_cast<QueryWatch*>(watch)->MustStop() ? 1 : 0; }
+
+  sqlite3* db_;
+  QueryWatch watch_;
+};
+
 class SqliteConnection : public Connection {
  public:
   SqliteConnection(DbHandle db, std::string catalog, FileHandle sql_log)
       : sql_log_(std::move(sql_log)), db_(std::move(db)), catalog_(std::move(catalog)) {}
 
+  SqlDialect dialect() const override { return SqlDialect::kSqlite; }
+
   void Execute(const std::string& sql) override {
     const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    WatchedCall call(db());
     const char* tail = text.c_str();
     while (tail && *tail) {
-      StmtHandle stmt = Prepare(tail, &tail);
+      StmtHandle stmt = Prepare(tail, &tail, call);
       if (!stmt) continue;
       int rc;
       while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) {
       }
-      if (rc != SQLITE_DONE) Raise(db());
+      if (rc != SQLITE_DONE) call.Fail();
     }
   }
 
   QueryResult Query(const std::string& sql) override {
     const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    WatchedCall call(db());
     const char* tail = text.c_str();
     // The rows of the first statement that returns columns; statements before it run for their effect.
     while (tail && *tail) {
-      StmtHandle stmt = Prepare(tail, &tail);
+      StmtHandle stmt = Prepare(tail, &tail, call);
       if (!stmt) continue;
       if (sqlite3_column_count(stmt.get()) == 0) {
         int rc = sqlite3_step(stmt.get());
-        if (rc != SQLITE_DONE && rc != SQLITE_ROW) Raise(db());
+        if (rc != SQLITE_DONE && rc != SQLITE_ROW) call.Fail();
         continue;
       }
-      return Fetch(stmt.get());
+      return Fetch(stmt.get(), call);
     }
     return QueryResult{};
   }
@@ -172,6 +202,11 @@ class SqliteConnection : public Connection {
     if (sqlite3_prepare_v2(db(), sql, -1, &raw, tail) != SQLITE_OK) Raise(db());
     return StmtHandle(raw);
   }
+  StmtHandle Prepare(const char* sql, const char** tail, WatchedCall& call) {
+    sqlite3_stmt* raw = nullptr;
+    if (sqlite3_prepare_v2(db(), sql, -1, &raw, tail) != SQLITE_OK) call.Fail();
+    return StmtHandle(raw);
+  }
 
   static void Bind(sqlite3_stmt* stmt, int index, const Variant& v) {
     using K = Variant::Kind;
@@ -203,7 +238,7 @@ class SqliteConnection : public Connection {
     }
   }
 
-  QueryResult Fetch(sqlite3_stmt* stmt) {
+  QueryResult Fetch(sqlite3_stmt* stmt, WatchedCall& call) {
     QueryResult result;
     const int n = sqlite3_column_count(stmt);
     std::vector<bool> declared(static_cast<size_t>(n), false);
@@ -223,10 +258,15 @@ class SqliteConnection : public Connection {
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
       std::vector<Variant> row;
       row.reserve(static_cast<size_t>(n));
-      for (int c = 0; c < n; ++c) row.push_back(RawValue(stmt, c));
+      int64_t bytes = 0;
+      for (int c = 0; c < n; ++c) {
+        row.push_back(RawValue(stmt, c));
+        bytes += row.back().IsString() ? static_cast<int64_t>(row.back().text().size()) + 16 : 16;
+      }
+      call.watch().AddBytes(bytes);
       result.rows.push_back(std::move(row));
     }
-    if (rc != SQLITE_DONE) Raise(db());
+    if (rc != SQLITE_DONE) call.Fail();
     TypeColumns(result, declared);
     return result;
   }
@@ -259,12 +299,14 @@ class SqliteConnection : public Connection {
 
 }  // namespace
 
-std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path) {
+std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path, bool read_only) {
   if (path.empty())
     throw Error(err::kDatabaseError, "The connection string names no Data Source (the shop database file).",
                 "sqlite");
   sqlite3* raw = nullptr;
-  int rc = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+  int rc = sqlite3_open_v2(path.c_str(), &raw,
+                           (read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX,
+                           nullptr);
   DbHandle db(raw);
   if (rc != SQLITE_OK) {
     std::string why = raw ? sqlite3_errmsg(raw) : "out of memory";

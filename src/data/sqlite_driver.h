@@ -10,7 +10,8 @@
 
 namespace ent {
 
-// Opens an existing database file for reading and writing. Raises Error when it cannot be opened.
-std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path);
+// Opens an existing database file for reading and writing, or only for reading (every write then
+// fails). Raises Error when it cannot be opened.
+std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path, bool read_only = false);
 
 }  // namespace ent

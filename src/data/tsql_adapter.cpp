@@ -1,5 +1,7 @@
 #include "data/tsql_adapter.h"
 
+#include <algorithm>
+
 #include <array>
 #include <cctype>
 #include <cstdio>
@@ -308,14 +310,17 @@ DeclaredType ParseDeclaredType(std::string_view text) {
     type.name += static_cast<char>(std::tolower(static_cast<unsigned char>(text[i++])));
   size_t open = text.find('(', i);
   if (open != std::string_view::npos) {
-    int values[2] = {0, 0};
+    // Sizes beyond the largest a column can have (2^31 - 1, SQL Server's "max") are read as that.
+    constexpr int64_t kLargest = 2147483647;
+    int64_t values[2] = {0, 0};
     int which = 0;
     for (size_t k = open + 1; k < text.size() && text[k] != ')'; ++k) {
       if (text[k] == ',') which = 1;
-      else if (std::isdigit(static_cast<unsigned char>(text[k]))) values[which] = values[which] * 10 + (text[k] - '0');
+      else if (std::isdigit(static_cast<unsigned char>(text[k])))
+        values[which] = std::min(kLargest, values[which] * 10 + (text[k] - '0'));
     }
-    type.size_or_precision = values[0];
-    type.scale = values[1];
+    type.size_or_precision = static_cast<int>(values[0]);
+    type.scale = static_cast<int>(values[1]);
   }
   return type;
 }

@@ -33,6 +33,13 @@ std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
       output.rowset = engine.getCustomRS(sqlString, StatusStr);
     } else {
       WriteLog("generateDOC: Pre Built Report :" + reportName);
+      // No report takes a long parameter; a padded one would only make its SQL slow to build and run.
+      for (const auto& [name, value] : params_)
+        if (value.size() > kMaxParameterLength)
+          throw Error(err::kReportStatus, "The report parameter " + name + " is " + std::to_string(value.size()) +
+                                              " bytes long; a parameter may have at most " +
+                                              std::to_string(kMaxParameterLength) + ".",
+                      "generateDoc");
       output = getPrebuiltReport(reportName);
     }
     EnterPhase(Phase::kBuild);  // the rows are read; what follows builds the document

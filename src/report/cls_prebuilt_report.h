@@ -14,6 +14,9 @@
 
 namespace ent {
 
+// The longest parameter of a prebuilt report (bytes); a longer one fails the report, naming it.
+inline constexpr size_t kMaxParameterLength = 4000;
+
 class clsPrebuiltReport {
  public:
   std::string reportName;

@@ -36,7 +36,8 @@ bool SameSecret(const std::string& given, const std::string& secret) {
 
 void Answer(httplib::Response& response, int status, const nlohmann::json& body) {
   response.status = status;
-  response.set_content(body.dump() + "\n", kJson);
+  // Texts quoted from a call (a parse error's last bytes) may be invalid UTF-8: replace those bytes.
+  response.set_content(body.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n", kJson);
 }
 
 // Up to `workers` calls run; up to `queue` more wait for one of them; the rest are turned away.
@@ -108,7 +109,6 @@ struct HostServer::Impl {
   }
 
   void Run(const httplib::Request& http, httplib::Response& response) {
-    if (!Authorised(http, response)) return;
     HostCall call;
     try {
       call = ParseHostCall(http.body);
@@ -137,7 +137,7 @@ struct HostServer::Impl {
 
   HostServerOptions options;
   Admission admission;
-  httplib::Server server;
+  DeadlineServer server;
   std::thread thread;
 };
 
@@ -153,17 +153,26 @@ int HostServer::Start(const std::string& host, int port) {
     throw Error(err::kServiceFailure, "listening on " + host +
                                           " would open the server beyond this machine: that needs the remote "
                                           "switch and a shared secret");
-  if (s.options.workers < 1 || s.options.queue < 0)
-    throw Error(err::kServiceFailure, "the server needs at least one worker and a queue of zero or more");
-  // Threads for the workers, the calls waiting for them and a few more that answer /health and 503.
-  const size_t threads = static_cast<size_t>(s.options.workers + s.options.queue + 4);
+  if (s.options.workers < 1 || s.options.queue < 0 || s.options.connections < 1 ||
+      s.options.request_seconds < 1)
+    throw Error(err::kServiceFailure,
+                "the server needs at least one worker, a queue of zero or more, at least one connection "
+                "and a request time of at least one second");
+  // Threads for the workers and the calls waiting for them, and as many again for connections still
+  // being read (or answered /health and 503): a slow client holds one of those, never a worker.
+  const size_t threads = static_cast<size_t>(s.options.workers + s.options.queue + s.options.connections);
   s.server.new_task_queue = [threads] { return new httplib::ThreadPool(threads); };
+  s.server.set_request_deadline(std::chrono::seconds(s.options.request_seconds));
   s.server.set_payload_max_length(64u << 20);
+  // Before the body is read: a caller without the secret is refused at once.
+  s.server.set_pre_routing_handler([&s](const httplib::Request& request, httplib::Response& response) {
+    return s.Authorised(request, response) ? httplib::Server::HandlerResponse::Unhandled
+                                           : httplib::Server::HandlerResponse::Handled;
+  });
   s.server.Post("/requests", [&s](const httplib::Request& request, httplib::Response& response) {
     s.Run(request, response);
   });
-  s.server.Get("/health", [&s](const httplib::Request& request, httplib::Response& response) {
-    if (!s.Authorised(request, response)) return;
+  s.server.Get("/health", [&s](const httplib::Request&, httplib::Response& response) {
     nlohmann::json load = s.admission.Load();
     const Health health = CheckHealth(s.options.token_dir);
     load["status"] = health.healthy ? "running" : "unhealthy";

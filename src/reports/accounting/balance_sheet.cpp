@@ -32,7 +32,11 @@ accounting::StatementPeriod AsOf(const std::string& date, const char* balance_bl
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getBalanceSheet(std::string& dtAsOf, std::string& innerErr) {
-  accounting::WorkTableLock lock(ShopConnectionString());
+  accounting::WorkTableLock lock(ShopConnectionString(), conn_.get());
+  if (!lock.failure().empty()) {
+    innerErr = lock.failure();
+    return nullptr;
+  }
   try {
     bool bPL = false;
     if (!createStatementTable(bPL, innerErr)) return nullptr;
@@ -40,6 +44,7 @@ std::unique_ptr<Recordset> clsRS::getBalanceSheet(std::string& dtAsOf, std::stri
     computeBalanceSheet(dtAsOf, innerErr);
     if (innerErr != "0") return nullptr;
     std::unique_ptr<Recordset> rs = runQuery(kReadBack, innerErr, false);
+    lock.Commit();
     if (innerErr.empty()) innerErr = "0";
     return rs;
   } catch (const Error& e) {

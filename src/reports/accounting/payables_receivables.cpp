@@ -38,8 +38,18 @@ std::unique_ptr<Recordset> clsRS::getAPARSummary(int32_t& eTyp, std::string& inn
   if (eTyp == 0) {
     rs = runQuery(getReceivablesSQL(dtEnd), innerErr, false);
   } else {
-    accounting::WorkTableLock lock(ShopConnectionString());
+    accounting::WorkTableLock lock(ShopConnectionString(), conn_.get());
+    if (!lock.failure().empty()) {
+      innerErr = lock.failure();
+      return nullptr;
+    }
     if (fillAPARTable(eTyp, innerErr, dtEnd)) rs = runQuery(kPayablesReadBack, innerErr, false);
+    try {
+      if (rs) lock.Commit();
+    } catch (const Error& e) {
+      innerErr = e.description();
+      return nullptr;
+    }
   }
   if (!rs) return nullptr;
   std::unique_ptr<Recordset> copy = copyRS(rs.get());

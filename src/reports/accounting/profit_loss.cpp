@@ -31,12 +31,17 @@ accounting::StatementPeriod Period(const std::string& start, const std::string& 
 
 std::unique_ptr<Recordset> clsRS::getProfitLoss(std::string& dtStart, std::string& dtEnd,
                                                 std::string& innerErr) {
-  accounting::WorkTableLock lock(ShopConnectionString());
+  accounting::WorkTableLock lock(ShopConnectionString(), conn_.get());
+  if (!lock.failure().empty()) {
+    innerErr = lock.failure();
+    return nullptr;
+  }
   try {
     bool bPL = true;
     if (!createStatementTable(bPL, innerErr)) return nullptr;
     if (!computeProfitLoss(dtStart, dtEnd, innerErr)) return nullptr;
     std::unique_ptr<Recordset> rs = runQuery(kReadBack, innerErr, false);
+    lock.Commit();
     if (innerErr.empty()) innerErr = "0";
     return rs;
   } catch (const Error&) {

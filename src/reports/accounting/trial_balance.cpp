@@ -60,12 +60,17 @@ std::string AccountsSql(const std::string& where) {
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getTrialBalance(std::string& dtEnd, std::string& innerErr) {
-  accounting::WorkTableLock lock(ShopConnectionString());
+  accounting::WorkTableLock lock(ShopConnectionString(), conn_.get());
+  if (!lock.failure().empty()) {
+    innerErr = lock.failure();
+    return nullptr;
+  }
   try {
     computeTrialBalance(dtEnd, innerErr);
     if (innerErr != "0") return nullptr;
     std::string scratch;
     std::unique_ptr<Recordset> rs = runQuery(kReadBack, scratch, false);
+    lock.Commit();
     innerErr = "0";
     return rs;
   } catch (const Error& e) {

@@ -1,0 +1,1 @@
+CREATE TABLE t (a varchar(30), b money, c datetime, d decimal(18, 4)); /* x */ SELECT DISTINCT TOP 1 "q" FROM t

@@ -1,0 +1,1 @@
+SELECT TOP 5 isnull(a, 'x') + ' ' + [b c], format(d, '#,##0.00') FROM t WHERE d > '1/2/2024 10:00 PM' -- c

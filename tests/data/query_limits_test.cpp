@@ -1,0 +1,146 @@
+// Runaway SQL texts are stopped by the query limits, and an interruption stops what runs now.
+#include "data/query_limits.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <future>
+#include <thread>
+
+#include "common/error.h"
+#include "common/thread_values.h"
+#include "data/cls_rs.h"
+#include "data/connection_string.h"
+#include "data/odbc_driver.h"
+#include "data/recordset.h"
+#include "data/tsql_adapter.h"
+#include "report/cls_prebuilt_report.h"
+#include "support/test_db.h"
+
+namespace ent {
+namespace {
+
+// Counts up forever; with `where` it may return nothing while it runs.
+std::string Endless(const std::string& where = "") {
+  return "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x, "
+         "'some text to make the rows larger' AS pad FROM c " +
+         where;
+}
+
+class QueryLimitsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    QueryLimits limits;
+    limits.seconds = 1;
+    limits.result_bytes = 4 << 20;
+    SetQueryLimits(limits);
+  }
+  void TearDown() override { SetQueryLimits(QueryLimits{}); }
+
+  // The description of the Error a query raises ("" when it returns).
+  static std::string Failure(Connection& connection, const std::string& sql) {
+    try {
+      connection.Query(sql);
+    } catch (const Error& e) {
+      return e.description();
+    }
+    return "";
+  }
+
+  test::TestDb db_;
+};
+
+TEST_F(QueryLimitsTest, RunawayTextsFailWithTheLimitThatStoppedThem) {
+  std::shared_ptr<Connection> sqlite = db_.Connect();
+  const std::string odbc_text =
+      "Driver=SQLite3;Database=" + db_.path() + ";LoadExt=" + ENTPRCREQ_SQLITE_EXTENSION;
+  std::shared_ptr<Connection> odbc = OpenOdbcConnection(*OdbcTargetOf(ConnectionString::Parse(odbc_text)));
+  EXPECT_EQ(Failure(*sqlite, Endless()).rfind("The query's result grew beyond its size limit of 4 MB", 0), 0u);
+  for (Connection* connection : {sqlite.get(), odbc.get()}) {
+    const auto start = std::chrono::steady_clock::now();
+    // The SQLite ODBC driver gathers every row inside one call: there the time limit stops it.
+    const std::string growing = Failure(*connection, Endless());
+    EXPECT_TRUE(growing.find("size limit of 4 MB") != std::string::npos ||
+                growing.find("time limit of 1 seconds") != std::string::npos)
+        << growing;
+    EXPECT_NE(Failure(*connection, Endless("WHERE x < 0")).find("ran longer than its time limit of 1 seconds"),
+              std::string::npos);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    // Texts within the limits run as before.
+    EXPECT_EQ(connection->Query(Endless("LIMIT 1000")).rows.size(), 1000u);
+  }
+  // The time limit holds for statements that return no rows, too.
+  EXPECT_THROW(sqlite->Execute("create table t as " + Endless("WHERE x < 0")), Error);
+}
+
+TEST_F(QueryLimitsTest, AnInterruptionStopsTheQueriesRunningNowOnly) {
+  SetQueryLimits(QueryLimits{});
+  std::shared_ptr<Connection> connection = db_.Connect();
+  auto running = std::async(std::launch::async, [&] { return Failure(*connection, Endless("WHERE x < 0")); });
+  // Interrupt until the query has seen it (it may not have started at the first call).
+  while (running.wait_for(std::chrono::milliseconds(200)) != std::future_status::ready) InterruptRunningQueries();
+  EXPECT_EQ(running.get(), "The query was interrupted: the server is stopping.");
+  EXPECT_EQ(connection->Query(Endless("LIMIT 3")).rows.size(), 3u);
+}
+
+TEST_F(QueryLimitsTest, AFreeSqlRequestPostsTheLimitAsItsStatus) {
+  SetShopConnectionString(db_.connection_string());
+  clsRS engine;
+  std::string status;
+  EXPECT_EQ(engine.getCustomRS(Endless(), status), nullptr);
+  EXPECT_EQ(status.rfind("The query's result grew beyond", 0), 0u) << status;
+}
+
+TEST(ReadOnlyMode, ModeReadRefusesWritesAndKeepsTheDatabase) {
+  test::TestDb db;
+  db.Exec("create table t (x int)");
+  std::shared_ptr<Connection> reader = OpenConnection(db.connection_string() + ";Mode=Read");
+  EXPECT_THROW(reader->Execute("insert into t values (1)"), Error);
+  EXPECT_THROW(reader->Query("delete from t; select 1 as one"), Error);
+  EXPECT_EQ(reader->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "0");
+  OpenConnection(db.connection_string() + ";Mode=ReadWrite")->Execute("insert into t values (1)");
+  EXPECT_EQ(reader->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "1");
+}
+
+TEST(ReadOnlyMode, TheQueryCommandWritesOnlyWhenToldTo) {
+  test::TestDb db;
+  db.Exec("create table t (x int)");
+  auto run = [&](const std::string& extra) {
+    const std::string command = std::string(ENTPRCREQ_BINARY) + " query --connection '" +
+                                db.connection_string() + "' --sql 'insert into t values (5); select 1 as one'" +
+                                extra + " >/dev/null 2>&1";
+    return WEXITSTATUS(std::system(command.c_str()));
+  };
+  EXPECT_EQ(run(""), 1);
+  EXPECT_EQ(db.Connect()->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "0");
+  EXPECT_EQ(run(" --write"), 0);
+  EXPECT_EQ(db.Connect()->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "1");
+}
+
+TEST(LongParameters, APaddedParameterFailsAtOnceNamingIt) {
+  test::TestDb db;
+  SetShopConnectionString(db.connection_string());
+  clsPrebuiltReport job;
+  job.reportName = "TB01";
+  job.addParam("p0", "12/31/2024" + std::string(20 << 20, ' '));
+  job.generateDOC();
+  EXPECT_EQ(job.StatusStr, "The report parameter p0 is 20971530 bytes long; a parameter may have at most 4000.");
+}
+
+TEST(SqlFormatFunction, APatternItRefusesFailsTheStatementInsteadOfTheProcess) {
+  test::TestDb db;
+  std::shared_ptr<Connection> connection = db.Connect();
+  EXPECT_THROW(connection->Query("select format('2024-02-29 13:05:09', '12.5O#,##0.00;(#,##0.00);zero') as f"), Error);
+  EXPECT_EQ(connection->Query("select format(1234.5, '#,##0.00') as f").rows.at(0).at(0).ToText(), "1,234.50");
+}
+
+TEST(DeclaredTypes, SizesBeyondTheLargestColumnAreReadAsTheLargest) {
+  EXPECT_EQ(tsql::ParseDeclaredType("varchar(99999999999)").size_or_precision, 2147483647);
+  EXPECT_EQ(tsql::ParseDeclaredType("decimal(99999999999999999999, 99999999999)").scale, 2147483647);
+  EXPECT_EQ(tsql::ParseDeclaredType("varchar(2147483647)").size_or_precision, 2147483647);
+  EXPECT_EQ(tsql::ParseDeclaredType("numeric(18, 4)").scale, 4);
+}
+
+}  // namespace
+}  // namespace ent

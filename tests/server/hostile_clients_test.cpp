@@ -1,0 +1,242 @@
+// The host's HTTP interface under clients that send slowly, send bytes that are not UTF-8, or try a
+// port that is taken; and `serve` stopping while a runaway query runs.
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "common/error.h"
+#include "server/head_office.h"
+#include "server/host_server.h"
+#include "server/http_client.h"
+#include "server/token.h"
+#include "support/temp_dir.h"
+#include "support/test_db.h"
+
+namespace ent {
+namespace {
+
+using nlohmann::json;
+using Clock = std::chrono::steady_clock;
+
+// A raw TCP connection to 127.0.0.1:port, closed at the end.
+class RawClient {
+ public:
+  explicit RawClient(int port) : fd_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    connected_ = connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  }
+  ~RawClient() { close(fd_); }
+  RawClient(const RawClient&) = delete;
+  RawClient& operator=(const RawClient&) = delete;
+
+  bool connected() const { return connected_; }
+  bool Send(const std::string& bytes) { return send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0; }
+  // What the server sent until it closed the connection or `seconds` passed; `closed` tells which.
+  std::string Receive(int seconds, bool& closed) {
+    std::string got;
+    closed = false;
+    const auto end = Clock::now() + std::chrono::seconds(seconds);
+    while (Clock::now() < end) {
+      pollfd p{fd_, POLLIN, 0};
+      if (poll(&p, 1, 100) <= 0) continue;
+      char buffer[4096];
+      const ssize_t n = recv(fd_, buffer, sizeof buffer, 0);
+      if (n <= 0) {
+        closed = true;
+        break;
+      }
+      got.append(buffer, static_cast<size_t>(n));
+    }
+    return got;
+  }
+
+ private:
+  int fd_;
+  bool connected_ = false;
+};
+
+class HostileClientsTest : public ::testing::Test {
+ protected:
+  void Serve(HostServerOptions options) {
+    options.token_dir = dir_.file("token");
+    options.soap = {2, 10};
+    server_ = std::make_unique<HostServer>(options);
+    port_ = server_->Start("127.0.0.1", 0);
+  }
+  std::string Url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
+  json Call(const std::string& session, const std::string& sql) const {
+    return {{"ApplicationPath", db_.connection_string()},
+            {"HostAddress", "127.0.0.1"},
+            {"HostPort", std::to_string(office_port_)},
+            {"SessionID", session},
+            {"DBSize", true},
+            {"Request", "<report><type>2</type><clientid>1</clientid><sql>" + sql +
+                            "</sql><name/><params><reportItem/></params><sessionid>" + session +
+                            "</sessionid></report>"}};
+  }
+
+  test::TempDir dir_;
+  test::TestDb db_;
+  HeadOffice office_{HeadOfficeOptions{}};
+  int office_port_ = office_.Start("127.0.0.1", 0);
+  std::unique_ptr<HostServer> server_;
+  int port_ = 0;
+};
+
+TEST_F(HostileClientsTest, SlowClientsNeitherStopTheServerNorHoldItLong) {
+  HostServerOptions options;
+  options.workers = 2;
+  options.queue = 2;
+  options.request_seconds = 3;
+  Serve(options);
+  // 64 clients that send a request one byte a second.
+  std::vector<std::unique_ptr<RawClient>> slow;
+  for (int i = 0; i < 64; ++i) {
+    slow.push_back(std::make_unique<RawClient>(port_));
+    ASSERT_TRUE(slow.back()->connected());
+    slow.back()->Send("POST /requests HTTP/1.1\r\nHost: x\r\n");
+  }
+  std::atomic<bool> done{false};
+  std::thread trickle([&] {
+    for (int second = 0; second < 8 && !done; ++second) {
+      for (auto& client : slow) client->Send("X");
+      std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  // /health and a real call are answered while all of them are connected.
+  const HttpResponse health = HttpGet(Url("/health"), {2, 2});
+  EXPECT_EQ(health.status, 200);
+  const HttpResponse call = HttpPost(Url("/requests"), {"Content-Type: application/json"},
+                                     Call("1", "select 1 as one").dump(), {2, 5});
+  EXPECT_EQ(call.status, 200) << call.body;
+  ASSERT_EQ(office_.Posts().size(), 1u);
+  EXPECT_EQ(office_.Posts()[0].arguments.at(4).second, "0");
+  // A request must arrive whole within its time: the slow ones are cut off at about 3 seconds.
+  bool closed = false;
+  slow.front()->Receive(8, closed);
+  EXPECT_TRUE(closed);
+  done = true;
+  trickle.join();
+}
+
+TEST_F(HostileClientsTest, TheSecretIsCheckedBeforeTheBodyIsRead) {
+  HostServerOptions options;
+  options.secret = "s3cret";
+  Serve(options);
+  RawClient client(port_);
+  // The body is announced but never sent: without the secret the answer must not wait for it.
+  client.Send("POST /requests HTTP/1.1\r\nHost: x\r\nContent-Length: 1000000\r\n\r\n");
+  bool closed = false;
+  const std::string answer = client.Receive(3, closed);
+  EXPECT_EQ(answer.rfind("HTTP/1.1 401", 0), 0u) << answer;
+  EXPECT_TRUE(office_.Posts().empty());
+}
+
+TEST_F(HostileClientsTest, BytesThatAreNotUtf8AreABadRequestWithAText) {
+  Serve(HostServerOptions{});
+  const std::string document = Call("1", "select 1 as one").dump();
+  const std::vector<std::string> bodies = {"{\"SessionID\": \"a\xff\xfe\"}", "{\"Request\": \"\xc3\x28\"}",
+                                           document.substr(0, document.size() - 2) + "\x80\"}"};
+  for (const std::string& body : bodies) {
+    const HttpResponse answer = HttpPost(Url("/requests"), {"Content-Type: application/json"}, body, {2, 5});
+    EXPECT_EQ(answer.status, 400) << body;
+    ASSERT_FALSE(answer.body.empty());
+    EXPECT_NE(json::parse(answer.body).at("error").get<std::string>().find("UTF-8"), std::string::npos)
+        << answer.body;
+  }
+  EXPECT_TRUE(office_.Posts().empty());
+}
+
+TEST_F(HostileClientsTest, APortInUseIsRefusedWithAClearText) {
+  Serve(HostServerOptions{});
+  auto refused_text = [](const std::function<void()>& start) {
+    try {
+      start();
+    } catch (const Error& e) {
+      return e.description();
+    }
+    return std::string("started");
+  };
+  const std::string host = refused_text([&] { HostServer(HostServerOptions{}).Start("127.0.0.1", port_); });
+  EXPECT_NE(host.find("in use"), std::string::npos) << host;
+  EXPECT_NE(host.find(std::to_string(port_)), std::string::npos) << host;
+  const std::string office = refused_text([&] { HeadOffice(HeadOfficeOptions{}).Start("127.0.0.1", port_); });
+  EXPECT_NE(office.find("in use"), std::string::npos) << office;
+  EXPECT_EQ(HttpGet(Url("/health"), {2, 5}).status, 200);
+}
+
+// A free port on loopback (bound and released).
+int FreePort() {
+  const int fd = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+  socklen_t length = sizeof address;
+  getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
+  close(fd);
+  return ntohs(address.sin_port);
+}
+
+TEST_F(HostileClientsTest, SigtermStopsServeWhileAQueryRunsAndTheFailureIsPosted) {
+  port_ = FreePort();
+  const std::string listen = "127.0.0.1:" + std::to_string(port_);
+  const std::string token = dir_.file("token");
+  const pid_t serve = fork();
+  if (serve == 0) {
+    execl(ENTPRCREQ_BINARY, ENTPRCREQ_BINARY, "serve", "--listen", listen.c_str(), "--token-dir", token.c_str(),
+          static_cast<char*>(nullptr));
+    _exit(127);
+  }
+  auto health = [&] {
+    try {
+      return json::parse(HttpGet(Url("/health"), {1, 2}).body);
+    } catch (const std::exception&) {
+      return json();
+    }
+  };
+  for (int i = 0; i < 100 && health().is_null(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  // A text that runs for ever and returns nothing.
+  std::thread caller([&] {
+    try {
+      HttpPost(Url("/requests"), {"Content-Type: application/json"},
+               Call("7", "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE x = 0")
+                   .dump(),
+               {2, 60});
+    } catch (const Error&) {
+    }
+  });
+  for (int i = 0; i < 100 && health().value("running", 0) != 1; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(health().value("running", 0), 1);
+  kill(serve, SIGTERM);
+  int status = -1;
+  for (int i = 0; i < 200 && waitpid(serve, &status, WNOHANG) == 0; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  if (!WIFEXITED(status)) {
+    kill(serve, SIGKILL);
+    waitpid(serve, &status, 0);
+    ADD_FAILURE() << "serve did not stop within 20 seconds of SIGTERM";
+  }
+  caller.join();
+  ASSERT_EQ(office_.Posts().size(), 1u);
+  EXPECT_EQ(office_.Posts()[0].arguments.at(4).second, "The query was interrupted: the server is stopping.");
+  EXPECT_EQ(DbInUseToken::Create(token)->GetdbInUse(), 0);
+}
+
+}  // namespace
+}  // namespace ent
