@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <iostream>
 
 #include "commands.h"
@@ -20,7 +22,7 @@ const char kHelp[] =
     "  --connection STRING  the shop database, e.g. \"Provider=SQLite;Data Source=/srv/shop.db\"\n"
     "  --sql TEXT           the SQL text, exactly as the head office would send it\n"
     "\n"
-    "Prints the document, or \"No records found.\" when the text returns no rows (exit code 0).\n"
+    "Prints the document exactly as the head office would receive it, or \"No records found.\" when the text returns no rows (exit code 0).\n"
     "When the text fails, prints the status text the head office would receive (exit code 1).\n";
 
 }  // namespace
@@ -48,13 +50,11 @@ int RunQuery(const Args& args) {
       std::cout << "No records found.\n";
       return 0;
     }
-    auto doc = SaveRowsetToDocument(*rs);
-    std::string failure;
-    if (!FlattenRowsetDocument(*doc, failure)) {
-      std::cout << failure << "\n";
-      return 1;
-    }
-    std::cout << DocumentXmlText(*doc) << "\n";
+    std::shared_ptr<ResultDocument> document = ResultDocument::FromRowset(*rs);
+    document->CopyTo(std::cout);
+    // The document itself ends without a line end; a terminal gets one so the prompt starts afresh.
+    if (isatty(STDOUT_FILENO)) std::cout << "\n";
+    std::cout.flush();
     return 0;
   } catch (const std::exception& e) {
     std::cerr << "entprcreq query: " << e.what() << "\n";

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -75,21 +76,11 @@ class SqliteConnection : public Connection {
   }
 
   QueryResult Query(const std::string& sql) override {
-    const std::string text = tsql::ToSqlite(sql);
-    const char* tail = text.c_str();
-    // The rows of the first statement that returns columns; statements before it run for their effect.
-    while (tail && *tail) {
-      StmtHandle stmt = Prepare(tail, &tail);
-      if (!stmt) continue;
-      if (sqlite3_column_count(stmt.get()) == 0) {
-        int rc = sqlite3_step(stmt.get());
-        if (rc != SQLITE_DONE && rc != SQLITE_ROW) Raise(db());
-        continue;
-      }
-      return Fetch(stmt.get());
-    }
-    return QueryResult{};
+    StmtHandle stmt = FirstQuery(sql);
+    return stmt ? Fetch(stmt.get()) : QueryResult{};
   }
+
+  std::unique_ptr<RowCursor> OpenCursor(const std::string& sql) override;
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
@@ -106,6 +97,24 @@ class SqliteConnection : public Connection {
   sqlite3* db() {
     if (!db_) throw Error(3704, "Operation is not allowed when the object is closed.");
     return db_.get();
+  }
+
+  // The first statement of the text that returns columns, prepared; statements before it run for
+  // their effect. Null when there is none.
+  StmtHandle FirstQuery(const std::string& sql) {
+    const std::string text = tsql::ToSqlite(sql);
+    const char* tail = text.c_str();
+    while (tail && *tail) {
+      StmtHandle stmt = Prepare(tail, &tail);
+      if (!stmt) continue;
+      if (sqlite3_column_count(stmt.get()) == 0) {
+        int rc = sqlite3_step(stmt.get());
+        if (rc != SQLITE_DONE && rc != SQLITE_ROW) Raise(db());
+        continue;
+      }
+      return stmt;
+    }
+    return nullptr;
   }
 
   StmtHandle Prepare(const char* sql, const char** tail) {
@@ -144,10 +153,11 @@ class SqliteConnection : public Connection {
     }
   }
 
-  QueryResult Fetch(sqlite3_stmt* stmt) {
-    QueryResult result;
+  // The fields of a statement's columns; `declared[c]` tells whether column c has a declared type.
+  std::vector<Field> DescribeColumns(sqlite3_stmt* stmt, std::vector<bool>& declared) {
     const int n = sqlite3_column_count(stmt);
-    std::vector<bool> declared(static_cast<size_t>(n), false);
+    std::vector<Field> fields;
+    declared.assign(static_cast<size_t>(n), false);
     for (int c = 0; c < n; ++c) {
       Field f;
       const char* decl = sqlite3_column_decltype(stmt, c);
@@ -158,8 +168,16 @@ class SqliteConnection : public Connection {
       }
       f.name = sqlite3_column_name(stmt, c);
       DescribeBase(stmt, c, f);
-      result.fields.push_back(std::move(f));
+      fields.push_back(std::move(f));
     }
+    return fields;
+  }
+
+  QueryResult Fetch(sqlite3_stmt* stmt) {
+    QueryResult result;
+    const int n = sqlite3_column_count(stmt);
+    std::vector<bool> declared;
+    result.fields = DescribeColumns(stmt, declared);
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
       std::vector<Variant> row;
@@ -193,6 +211,42 @@ class SqliteConnection : public Connection {
   DbHandle db_;
   std::string catalog_;
 };
+
+// Steps the statement as the reader asks for rows: nothing but the current row is held.
+class SqliteCursor : public RowCursor {
+ public:
+  SqliteCursor(sqlite3* db, StmtHandle stmt, std::vector<Field> fields)
+      : db_(db), stmt_(std::move(stmt)), fields_(std::move(fields)) {}
+  const std::vector<Field>& fields() const override { return fields_; }
+  bool Next(std::vector<Variant>& row) override {
+    if (!stmt_) return false;
+    int rc = sqlite3_step(stmt_.get());
+    if (rc == SQLITE_DONE) {
+      stmt_.reset();
+      return false;
+    }
+    if (rc != SQLITE_ROW) Raise(db_);
+    row.resize(fields_.size());
+    for (size_t c = 0; c < fields_.size(); ++c)
+      row[c] = TypedValue(fields_[c], RawValue(stmt_.get(), static_cast<int>(c)));
+    return true;
+  }
+
+ private:
+  sqlite3* db_;
+  StmtHandle stmt_;
+  std::vector<Field> fields_;
+};
+
+std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql) {
+  StmtHandle stmt = FirstQuery(sql);
+  if (!stmt) return CursorOver(QueryResult{});
+  std::vector<bool> declared;
+  std::vector<Field> fields = DescribeColumns(stmt.get(), declared);
+  // A computed column takes its type from all of its values: such results are fetched whole.
+  if (std::find(declared.begin(), declared.end(), false) != declared.end()) return CursorOver(Fetch(stmt.get()));
+  return std::make_unique<SqliteCursor>(db(), std::move(stmt), std::move(fields));
+}
 
 }  // namespace
 

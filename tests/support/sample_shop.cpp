@@ -53,7 +53,8 @@ ReportRun RunReport(const std::string& code, const std::vector<std::string>& par
   run.status = job.StatusStr;
   if (!result || !result->XMLDocument()) return run;
   run.has_document = true;
-  const pugi::xml_document& doc = *result->XMLDocument();
+  pugi::xml_document doc;
+  doc.load_string(result->XMLDocument()->Text().c_str());
   for (const pugi::xpath_node& column : doc.select_nodes("//s:AttributeType"))
     run.columns.push_back(column.node().attribute("name").value());
   for (const pugi::xpath_node& row : doc.select_nodes("//rs:data/z:row")) {
