@@ -269,11 +269,12 @@ struct HeadOffice::Impl {
       post.document_root = RootName(document);
       if (!post.document_root.empty()) post.rows = CountRows(document);
     }
+    body = std::string();  // the arguments hold their own texts now
     {
       std::lock_guard<std::mutex> lock(mutex);
       post.number = static_cast<int>(posts.size()) + 1;
-      posts.push_back(post);
       Store(post);
+      posts.push_back(std::move(post));
     }
     if (options.delay_ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(options.delay_ms));
     if (!options.fault.empty()) return fail("soap:Server", options.fault);
