@@ -206,24 +206,26 @@ struct HeadOffice::Impl {
   mutable std::mutex mutex;
   std::vector<HeadOfficePost> posts;
 
-  void Store(const HeadOfficePost& post) const {
+  // `document` is the text of the last argument (kept out of `post` when it is stored).
+  void Store(const HeadOfficePost& post, std::string_view document) const {
     if (options.out_dir.empty()) return;
     char stem[16];
     std::snprintf(stem, sizeof stem, "%04d", post.number);
     const std::filesystem::path dir(options.out_dir);
-    const std::string document = post.arguments.empty() ? "" : post.arguments.back().second;
     std::ofstream json(dir / (std::string(stem) + ".json"), std::ios::binary);
     json << "{\n  \"soapAction\": " << JsonString(post.soap_action) << ",\n  \"arguments\": [";
     for (size_t i = 0; i < post.arguments.size(); ++i) {
       const auto& [name, value] = post.arguments[i];
-      const bool is_document = i + 1 == post.arguments.size() && !value.empty();
+      const bool is_document = i + 1 == post.arguments.size() && !document.empty();
       json << (i ? "," : "") << "\n    {\"name\": " << JsonString(name) << ", "
            << (is_document ? "\"file\": " + JsonString(std::string(stem) + ".xml")
                            : "\"value\": " + JsonString(value))
            << "}";
     }
     json << "\n  ],\n  \"rows\": " << post.rows << "\n}\n";
-    if (!document.empty()) std::ofstream(dir / (std::string(stem) + ".xml"), std::ios::binary) << document;
+    if (!document.empty())
+      std::ofstream(dir / (std::string(stem) + ".xml"), std::ios::binary)
+          .write(document.data(), static_cast<std::streamsize>(document.size()));
     auto arg = [&](size_t i) { return i < post.arguments.size() ? post.arguments[i].second : std::string(); };
     std::ofstream(dir / "posts.txt", std::ios::binary | std::ios::app)
         << stem << '\t' << OneLine(arg(2), 40) << '\t' << OneLine(arg(3), 12) << '\t' << OneLine(arg(4), 100)
@@ -261,21 +263,30 @@ struct HeadOffice::Impl {
 
     HeadOfficePost post;
     post.soap_action = action;
+    std::vector<pugi::xml_node> arguments;
     for (pugi::xml_node arg = call.first_child(); arg; arg = arg.next_sibling())
-      if (arg.type() == pugi::node_element)
-        post.arguments.emplace_back(xml::LocalName(arg.name()), arg.text().get());
-    if (!post.arguments.empty() && !post.arguments.back().second.empty()) {
-      const std::string& document = post.arguments.back().second;
+      if (arg.type() == pugi::node_element) arguments.push_back(arg);
+    // The last argument is the document: read where the parser left it in the body, and copied
+    // only to be kept in memory when there is no folder to store it in.
+    std::string_view document;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+      const bool last = i + 1 == arguments.size();
+      if (last) document = arguments[i].text().get();
+      post.arguments.emplace_back(xml::LocalName(arguments[i].name()),
+                                  last ? std::string() : std::string(arguments[i].text().get()));
+    }
+    if (!post.arguments.empty() && !document.empty()) {
       post.document_root = RootName(document);
       if (!post.document_root.empty()) post.rows = CountRows(document);
+      if (options.out_dir.empty()) post.arguments.back().second = std::string(document);
     }
-    body = std::string();  // the arguments hold their own texts now
     {
       std::lock_guard<std::mutex> lock(mutex);
       post.number = static_cast<int>(posts.size()) + 1;
-      Store(post);
+      Store(post, document);
       posts.push_back(std::move(post));
     }
+    body = std::string();
     if (options.delay_ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(options.delay_ms));
     if (!options.fault.empty()) return fail("soap:Server", options.fault);
     response.set_content(AnswerText(options), "text/xml; charset=utf-8");
