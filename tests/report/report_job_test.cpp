@@ -119,9 +119,21 @@ TEST_F(ReportJobTest, FreeSqlRowsetReadsForwardOnly) {
   auto streamed = engine.getCustomRS(sql, status);
   auto whole = Recordset::OpenQuery(db_.Connect(), sql, false);
   EXPECT_EQ(streamed->SaveToString(), whole->SaveToString());
-  auto declared_only = engine.getCustomRS("select * from customer order by cusid", status);
-  auto whole_declared = Recordset::OpenQuery(db_.Connect(), "select * from customer order by cusid", false);
-  EXPECT_EQ(declared_only->SaveToString(), whole_declared->SaveToString());
+  db_.Exec("create table visit (id int, at datetime, paid money);"
+           "insert into visit values (1, '2024-03-01 10:20:30', 0.1);");
+  for (const std::string declared : {"select * from customer order by cusid", "select * from visit"}) {
+    const std::string text = engine.getCustomRS(declared, status)->SaveToString();
+    EXPECT_EQ(text, Recordset::OpenQuery(db_.Connect(), declared, false)->SaveToString());
+    if (declared.find("visit") != std::string::npos) {
+      EXPECT_NE(text.find("at='2024-03-01T10:20:30' paid='0.1'"), std::string::npos) << text;
+    }
+  }
+
+  auto passed = engine.getCustomRS("select cusid from customer", status);
+  passed->MoveNext();
+  passed->MoveNext();
+  EXPECT_TRUE(passed->IsEof());
+  EXPECT_THROW(passed->MoveNext(), Error);
 }
 
 TEST_F(ReportJobTest, CatalogueCodesNoticesAndConversions) {
