@@ -37,7 +37,7 @@ size_t PostedLength(const std::string& code, const std::vector<std::string>& par
   job.reportName = code;
   for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
   auto result = job.generateDOC();
-  return result && result->XMLDocument() ? ent::DocumentXmlText(*result->XMLDocument()).size() : 0;
+  return result && result->XMLDocument() ? result->XMLDocument()->bytes() : 0;
 }
 
 void BM_FreeSqlLines(benchmark::State& state) {

@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <iostream>
 
 #include "commands.h"
@@ -26,7 +28,8 @@ const char kHelp[] =
     "  --write              let the text change the database (SQLite; without it the database is\n"
     "                       opened for reading only and a write fails)\n"
     "\n"
-    "Prints the document, or \"No records found.\" when the text returns no rows (exit code 0).\n"
+    "Prints the document exactly as the head office would receive it, or \"No records found.\" when the\n"
+    "text returns no rows (exit code 0).\n"
     "When the text fails, prints the status text the head office would receive (exit code 1).\n";
 
 }  // namespace
@@ -59,16 +62,17 @@ int RunQuery(const Args& args) {
       std::cout << "No records found.\n";
       return 0;
     }
-    auto doc = SaveRowsetToDocument(*rs);
-    std::string failure;
-    if (!FlattenRowsetDocument(*doc, failure)) {
-      std::cout << failure << "\n";
-      return 1;
+    std::shared_ptr<ResultDocument> document = ResultDocument::FromRowset(*rs);
+    if (format != "xml") {
+      pugi::xml_document doc;
+      doc.load_string(document->Text().c_str());
+      std::cout << RenderAs(ReadResultView(doc), format, "Query result");
+      return 0;
     }
-    if (format == "xml")
-      std::cout << DocumentXmlText(*doc) << "\n";
-    else
-      std::cout << RenderAs(ReadResultView(*doc), format, "Query result");
+    document->CopyTo(std::cout);
+    // The document itself ends without a line end; a terminal gets one so the prompt starts afresh.
+    if (isatty(STDOUT_FILENO)) std::cout << "\n";
+    std::cout.flush();
     return 0;
   } catch (const std::exception& e) {
     std::cerr << "entprcreq query: " << e.what() << "\n";

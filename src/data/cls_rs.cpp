@@ -26,7 +26,7 @@ std::unique_ptr<Recordset> clsRS::getCustomRS(const std::string& sql, std::strin
     WriteLog(sql);
     WriteLog(MaskedConnectionString(ShopConnectionString()));
     std::shared_ptr<Connection> connection = OpenConnection(ShopConnectionString());
-    auto rs = Recordset::OpenQuery(std::move(connection), sql, false);
+    auto rs = Recordset::OpenForwardOnly(std::move(connection), sql);
     sInnerErr = "0";
     WriteLog("Finished getCustomRS");
     return rs;

@@ -36,8 +36,9 @@ class clsRS {
   // Opens the shop connection from the thread's shop connection string. Failures go to the caller.
   void openConnections();
 
-  // Runs a free SQL text on a connection of its own, exactly as received. Returns the rowset (which
-  // keeps that connection) and "0", or nothing and the failure's description.
+  // Runs a free SQL text on a connection of its own, exactly as received. Returns the forward-only
+  // rowset (which keeps that connection and reads its rows as it moves on) and "0", or nothing and
+  // the failure's description.
   std::unique_ptr<Recordset> getCustomRS(const std::string& sql, std::string& sInnerErr);
 
   const std::shared_ptr<Connection>& connection() const { return conn_; }

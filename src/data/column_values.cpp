@@ -37,6 +37,8 @@ Field FieldFromRawValues(const std::vector<std::vector<Variant>>& rows, size_t c
   return FieldOfSqlServerType(big ? "bigint" : "int");
 }
 
+}  // namespace
+
 Variant TypedValue(const Field& f, Variant raw) {
   using K = Variant::Kind;
   if (raw.IsNull()) return raw;
@@ -91,8 +93,6 @@ Variant TypedValue(const Field& f, Variant raw) {
       return Variant(raw.ToText());
   }
 }
-
-}  // namespace
 
 void TypeColumns(QueryResult& result, const std::vector<bool>& declared) {
   for (size_t c = 0; c < result.fields.size(); ++c) {

@@ -10,6 +10,31 @@
 
 namespace ent {
 
+namespace {
+
+class FetchedRows : public RowCursor {
+ public:
+  explicit FetchedRows(QueryResult result) : result_(std::move(result)) {}
+  const std::vector<Field>& fields() const override { return result_.fields; }
+  bool Next(std::vector<Variant>& row) override {
+    if (next_ >= result_.rows.size()) return false;
+    row = std::move(result_.rows[next_++]);
+    return true;
+  }
+
+ private:
+  QueryResult result_;
+  size_t next_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<RowCursor> CursorOver(QueryResult result) {
+  return std::make_unique<FetchedRows>(std::move(result));
+}
+
+std::unique_ptr<RowCursor> Connection::OpenCursor(const std::string& sql) { return CursorOver(Query(sql)); }
+
 std::shared_ptr<Connection> OpenConnection(const std::string& connection_string) {
   ConnectionString cs = ConnectionString::Parse(connection_string);
   if (std::optional<OdbcTarget> odbc = OdbcTargetOf(cs)) return OpenOdbcConnection(*odbc);

@@ -22,6 +22,15 @@ struct QueryResult {
 // T-SQL adapter). Statements that are not portable (transactions, locks) are chosen by it.
 enum class SqlDialect { kSqlServer, kSqlite };
 
+// The rows of one query read once, in order (a forward-only cursor), typed as Query types them.
+class RowCursor {
+ public:
+  virtual ~RowCursor() = default;
+  virtual const std::vector<Field>& fields() const = 0;
+  // Reads the next row into `row`, one value per field; false after the last row. Failures raise.
+  virtual bool Next(std::vector<Variant>& row) = 0;
+};
+
 class Connection {
  public:
   virtual ~Connection() = default;
@@ -32,12 +41,18 @@ class Connection {
   virtual void Execute(const std::string& sql) = 0;
   // Runs a query and fetches every row.
   virtual QueryResult Query(const std::string& sql) = 0;
+  // Runs a query whose rows are read once, in order. Statements before the first one that returns
+  // columns run for their effect. Drivers that cannot read row by row fetch every row first.
+  virtual std::unique_ptr<RowCursor> OpenCursor(const std::string& sql);
   // Inserts one row into a table (an editable rowset's Update).
   virtual void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                          const std::vector<Variant>& values) = 0;
   virtual void Close() = 0;
   virtual bool IsOpen() const = 0;
 };
+
+// A cursor over rows already fetched.
+std::unique_ptr<RowCursor> CursorOver(QueryResult result);
 
 // Opens the database a connection string names ("Mode=Read" opens an SQLite database for reading
 // only). Raises Error for an unknown provider, a malformed string or a database that cannot be opened.

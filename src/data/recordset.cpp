@@ -61,6 +61,22 @@ std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> conn
   return rs;
 }
 
+std::unique_ptr<Recordset> Recordset::OpenForwardOnly(std::shared_ptr<Connection> connection,
+                                                      const std::string& sql) {
+  if (!connection || !connection->IsOpen())
+    throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+  auto rs = std::make_unique<Recordset>();
+  rs->cursor_ = connection->OpenCursor(sql);
+  rs->fields_ = rs->cursor_->fields();
+  // One row slot, refilled by MoveNext; visible while it holds a row.
+  rs->rows_.resize(1);
+  if (rs->cursor_->Next(rs->rows_[0].values)) rs->visible_.push_back(0);
+  rs->from_query_ = true;
+  rs->connection_ = std::move(connection);
+  rs->open_ = true;
+  return rs;
+}
+
 void Recordset::AppendField(Field field) {
   if (open_) throw Error(err::kOperationNotAllowed, "Operation is not allowed in this context.");
   field.appended = true;
@@ -76,6 +92,7 @@ void Recordset::Open() {
 
 void Recordset::Close() {
   open_ = false;
+  cursor_.reset();
   rows_.clear();
   visible_.clear();
   connection_.reset();
@@ -104,6 +121,7 @@ bool Recordset::IsEof() const {
 void Recordset::MoveFirst() {
   CheckOpen();
   FinishEdit();
+  if (cursor_ && position_ > 0) throw Error(err::kOperationNotAllowed, "Rowset does not support fetching backward.");
   position_ = 0;
   before_first_ = false;
 }
@@ -117,12 +135,17 @@ void Recordset::MoveNext() {
     position_ = 0;
     return;
   }
+  if (cursor_) {
+    if (!cursor_->Next(rows_[0].values)) position_ = 1;
+    return;
+  }
   ++position_;
 }
 
 void Recordset::MovePrevious() {
   CheckOpen();
   FinishEdit();
+  if (cursor_) throw Error(err::kOperationNotAllowed, "Rowset does not support fetching backward.");
   if (IsBof()) throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
   if (position_ == 0) {
     before_first_ = true;
@@ -134,6 +157,7 @@ void Recordset::MovePrevious() {
 void Recordset::MoveLast() {
   CheckOpen();
   FinishEdit();
+  if (cursor_) throw Error(err::kOperationNotAllowed, "Rowset does not support fetching backward.");
   before_first_ = false;
   position_ = visible_.empty() ? 0 : visible_.size() - 1;
 }
@@ -251,6 +275,7 @@ void Recordset::FinishEdit() {
 
 void Recordset::SetFilter(std::string_view criteria) {
   CheckOpen();
+  if (cursor_) throw Error(err::kOperationNotAllowed, "Operation is not allowed in this context.");
   FinishEdit();
   if (criteria.empty()) {
     filter_.reset();
@@ -270,15 +295,33 @@ void Recordset::RebuildVisible() {
   before_first_ = false;
 }
 
-void Recordset::Save(std::ostream& out) const {
+uint64_t Recordset::Write(std::ostream& out, bool flatten) {
   CheckOpen();
-  std::vector<XmlRow> rows;
-  rows.reserve(visible_.size());
-  for (size_t i : visible_) rows.push_back(XmlRow{&rows_[i].values, rows_[i].pending_insert});
-  WriteRowsetXml(out, fields_, rows);
+  RowsetXmlWriter writer(out, fields_);
+  if (cursor_) {
+    if (!IsEof()) {
+      writer.Row(rows_[0].values);
+      while (cursor_->Next(rows_[0].values)) writer.Row(rows_[0].values);
+    }
+    position_ = 1;
+    writer.Finish();
+    return writer.rows();
+  }
+  const bool move_added = flatten && !visible_.empty() && rows_[visible_.front()].pending_insert;
+  for (size_t i : visible_)
+    if (!move_added || !rows_[i].pending_insert) writer.Row(rows_[i].values, rows_[i].pending_insert);
+  if (move_added)
+    for (size_t i : visible_)
+      if (rows_[i].pending_insert) writer.Row(rows_[i].values);
+  writer.Finish();
+  return writer.rows();
 }
 
-std::string Recordset::SaveToString() const {
+uint64_t Recordset::Save(std::ostream& out) { return Write(out, false); }
+
+uint64_t Recordset::SaveFlattened(std::ostream& out) { return Write(out, true); }
+
+std::string Recordset::SaveToString() {
   std::ostringstream out;
   Save(out);
   return out.str();

@@ -1,12 +1,15 @@
 // A rowset, standing in for the reference's client-side Recordset. Two kinds:
 //  - query rowsets (OpenQuery): every row fetched at once; editable ones insert new rows into their
 //    base table on Update;
+//  - forward-only query rowsets (OpenForwardOnly): rows read from the database one at a time as the
+//    rowset moves on, gone once passed; not editable, no filter;
 //  - free-standing rowsets: fields appended, opened without a source, rows added in memory. Rows added
 //    and not sent to a database are pending inserts and are saved inside rs:insert.
 // Navigation follows the reference: IsBof/IsEof, MoveFirst/Next/Last, a Filter that hides rows.
 // Column names are matched without regard to case. Failures raise Error.
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -31,6 +34,10 @@ class Recordset {
   // A query rowset over `connection`. An editable one accepts AddNew/Update.
   static std::unique_ptr<Recordset> OpenQuery(std::shared_ptr<Connection> connection, const std::string& sql,
                                               bool editable);
+
+  // A forward-only query rowset over `connection`, positioned on its first row.
+  static std::unique_ptr<Recordset> OpenForwardOnly(std::shared_ptr<Connection> connection,
+                                                    const std::string& sql);
 
   // Free-standing rowset: append fields, then Open.
   void AppendField(Field field);
@@ -71,9 +78,13 @@ class Recordset {
   void Detach() { connection_.reset(); }
   bool IsDetached() const { return connection_ == nullptr; }
 
-  // Writes the visible rows as persisted-rowset XML.
-  void Save(std::ostream& out) const;
-  std::string SaveToString() const;
+  // Writes the visible rows as persisted-rowset XML and returns how many. A forward-only rowset
+  // writes its current row and every later one, and is at its end afterwards.
+  uint64_t Save(std::ostream& out);
+  std::string SaveToString();
+  // As Save, but rows added in memory stand directly under rs:data, after the others, when the
+  // first row is such a row (as the job's document has them); otherwise as Save.
+  uint64_t SaveFlattened(std::ostream& out);
 
  private:
   struct Row {
@@ -87,6 +98,7 @@ class Recordset {
   void FinishEdit();
   Variant Coerce(const Field& field, const Variant& value) const;
   void RebuildVisible();
+  uint64_t Write(std::ostream& out, bool flatten);
 
   std::vector<Field> fields_;
   std::vector<Row> rows_;
@@ -101,6 +113,7 @@ class Recordset {
   std::shared_ptr<Connection> connection_;
   std::string filter_text_;
   std::unique_ptr<RowFilter> filter_;
+  std::unique_ptr<RowCursor> cursor_;  // forward-only: the rows not read yet
 };
 
 }  // namespace ent

@@ -525,22 +525,44 @@ void WriteRow(Writer& w, int depth, const std::vector<Field>& fields, const std:
 
 }  // namespace
 
-void WriteRowsetXml(std::ostream& out, const std::vector<Field>& fields, const std::vector<XmlRow>& rows) {
-  const std::vector<std::string> names = XmlNames(fields);
-  Writer w(out);
-  WriteSchema(w, fields, names);
+struct RowsetXmlWriter::Impl {
+  Impl(std::ostream& out, const std::vector<Field>& f) : fields(f), names(XmlNames(f)), w(out) {}
+  const std::vector<Field>& fields;
+  const std::vector<std::string> names;
+  Writer w;
   bool in_insert = false;
-  for (const XmlRow& row : rows) {
-    if (row.pending_insert != in_insert) {
-      w.Raw(row.pending_insert ? "\t<rs:insert>\r\n" : "\t</rs:insert>\r\n");
-      in_insert = row.pending_insert;
-    }
-    WriteRow(w, in_insert ? 2 : 1, fields, names, *row.values);
-    w.MaybeFlush();
+};
+
+RowsetXmlWriter::RowsetXmlWriter(std::ostream& out, const std::vector<Field>& fields)
+    : impl_(std::make_unique<Impl>(out, fields)) {
+  WriteSchema(impl_->w, fields, impl_->names);
+}
+
+RowsetXmlWriter::~RowsetXmlWriter() = default;
+
+void RowsetXmlWriter::Row(const std::vector<Variant>& values, bool pending_insert) {
+  Impl& s = *impl_;
+  if (pending_insert != s.in_insert) {
+    s.w.Raw(pending_insert ? "\t<rs:insert>\r\n" : "\t</rs:insert>\r\n");
+    s.in_insert = pending_insert;
   }
-  if (in_insert) w.Raw("\t</rs:insert>\r\n");
-  w.Raw(kFooter);
-  w.Flush();
+  WriteRow(s.w, s.in_insert ? 2 : 1, s.fields, s.names, values);
+  s.w.MaybeFlush();
+  ++rows_;
+}
+
+void RowsetXmlWriter::Finish() {
+  Impl& s = *impl_;
+  if (s.in_insert) s.w.Raw("\t</rs:insert>\r\n");
+  s.in_insert = false;
+  s.w.Raw(kFooter);
+  s.w.Flush();
+}
+
+void WriteRowsetXml(std::ostream& out, const std::vector<Field>& fields, const std::vector<XmlRow>& rows) {
+  RowsetXmlWriter writer(out, fields);
+  for (const XmlRow& row : rows) writer.Row(*row.values, row.pending_insert);
+  writer.Finish();
 }
 
 }  // namespace ent

@@ -4,7 +4,9 @@
 // tab indentation, long start tags wrapped. Written as a stream.
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <vector>
 
 #include "common/variant.h"
@@ -18,5 +20,26 @@ struct XmlRow {
 };
 
 void WriteRowsetXml(std::ostream& out, const std::vector<Field>& fields, const std::vector<XmlRow>& rows);
+
+// The same document, row by row, for rows that are not all at hand: the head and the schema are
+// written at construction, Finish closes the document. Consecutive pending inserts share one
+// rs:insert. Output is handed to `out` in pieces of some tens of kilobytes.
+class RowsetXmlWriter {
+ public:
+  RowsetXmlWriter(std::ostream& out, const std::vector<Field>& fields);
+  ~RowsetXmlWriter();
+  RowsetXmlWriter(const RowsetXmlWriter&) = delete;
+  RowsetXmlWriter& operator=(const RowsetXmlWriter&) = delete;
+
+  void Row(const std::vector<Variant>& values, bool pending_insert = false);
+  // Raises Error 3004 when `out` failed.
+  void Finish();
+  uint64_t rows() const { return rows_; }
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+  uint64_t rows_ = 0;
+};
 
 }  // namespace ent

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -138,22 +139,12 @@ class SqliteConnection : public Connection {
   }
 
   QueryResult Query(const std::string& sql) override {
-    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
     WatchedCall call(db());
-    const char* tail = text.c_str();
-    // The rows of the first statement that returns columns; statements before it run for their effect.
-    while (tail && *tail) {
-      StmtHandle stmt = Prepare(tail, &tail, call);
-      if (!stmt) continue;
-      if (sqlite3_column_count(stmt.get()) == 0) {
-        int rc = sqlite3_step(stmt.get());
-        if (rc != SQLITE_DONE && rc != SQLITE_ROW) call.Fail();
-        continue;
-      }
-      return Fetch(stmt.get(), call);
-    }
-    return QueryResult{};
+    StmtHandle stmt = FirstQuery(sql, call);
+    return stmt ? Fetch(stmt.get(), call) : QueryResult{};
   }
+
+  std::unique_ptr<RowCursor> OpenCursor(const std::string& sql) override;
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
@@ -197,6 +188,24 @@ class SqliteConnection : public Connection {
     return sqlite3_column_int64(stmt.get(), 0);
   }
 
+  // The first statement of the text that returns columns, prepared; statements before it run for
+  // their effect. Null when there is none.
+  StmtHandle FirstQuery(const std::string& sql, WatchedCall& call) {
+    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    const char* tail = text.c_str();
+    while (tail && *tail) {
+      StmtHandle stmt = Prepare(tail, &tail, call);
+      if (!stmt) continue;
+      if (sqlite3_column_count(stmt.get()) == 0) {
+        int rc = sqlite3_step(stmt.get());
+        if (rc != SQLITE_DONE && rc != SQLITE_ROW) call.Fail();
+        continue;
+      }
+      return stmt;
+    }
+    return nullptr;
+  }
+
   StmtHandle Prepare(const char* sql, const char** tail) {
     sqlite3_stmt* raw = nullptr;
     if (sqlite3_prepare_v2(db(), sql, -1, &raw, tail) != SQLITE_OK) Raise(db());
@@ -238,10 +247,11 @@ class SqliteConnection : public Connection {
     }
   }
 
-  QueryResult Fetch(sqlite3_stmt* stmt, WatchedCall& call) {
-    QueryResult result;
+  // The fields of a statement's columns; `declared[c]` tells whether column c has a declared type.
+  std::vector<Field> DescribeColumns(sqlite3_stmt* stmt, std::vector<bool>& declared) {
     const int n = sqlite3_column_count(stmt);
-    std::vector<bool> declared(static_cast<size_t>(n), false);
+    std::vector<Field> fields;
+    declared.assign(static_cast<size_t>(n), false);
     for (int c = 0; c < n; ++c) {
       Field f;
       const char* decl = sqlite3_column_decltype(stmt, c);
@@ -252,8 +262,16 @@ class SqliteConnection : public Connection {
       }
       f.name = sqlite3_column_name(stmt, c);
       DescribeBase(stmt, c, f);
-      result.fields.push_back(std::move(f));
+      fields.push_back(std::move(f));
     }
+    return fields;
+  }
+
+  QueryResult Fetch(sqlite3_stmt* stmt, WatchedCall& call) {
+    QueryResult result;
+    const int n = sqlite3_column_count(stmt);
+    std::vector<bool> declared;
+    result.fields = DescribeColumns(stmt, declared);
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
       std::vector<Variant> row;
@@ -296,6 +314,48 @@ class SqliteConnection : public Connection {
   tsql::Schema schema_;
   int64_t schema_version_ = -1;
 };
+
+// Steps the statement as the reader asks for rows: nothing but the current row is held.
+class SqliteCursor : public RowCursor {
+ public:
+  SqliteCursor(std::unique_ptr<WatchedCall> call, StmtHandle stmt, std::vector<Field> fields)
+      : call_(std::move(call)), stmt_(std::move(stmt)), fields_(std::move(fields)) {}
+  const std::vector<Field>& fields() const override { return fields_; }
+  bool Next(std::vector<Variant>& row) override {
+    if (!stmt_) return false;
+    int rc = sqlite3_step(stmt_.get());
+    if (rc == SQLITE_DONE) {
+      stmt_.reset();
+      return false;
+    }
+    if (rc != SQLITE_ROW) call_->Fail();
+    row.resize(fields_.size());
+    int64_t bytes = 0;
+    for (size_t c = 0; c < fields_.size(); ++c) {
+      row[c] = TypedValue(fields_[c], RawValue(stmt_.get(), static_cast<int>(c)));
+      bytes += row[c].IsString() ? static_cast<int64_t>(row[c].text().size()) + 16 : 16;
+    }
+    call_->watch().AddBytes(bytes);
+    return true;
+  }
+
+ private:
+  std::unique_ptr<WatchedCall> call_;  // the limits hold while rows are read
+  StmtHandle stmt_;
+  std::vector<Field> fields_;
+};
+
+std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql) {
+  auto call = std::make_unique<WatchedCall>(db());
+  StmtHandle stmt = FirstQuery(sql, *call);
+  if (!stmt) return CursorOver(QueryResult{});
+  std::vector<bool> declared;
+  std::vector<Field> fields = DescribeColumns(stmt.get(), declared);
+  // A computed column takes its type from all of its values: such results are fetched whole.
+  if (std::find(declared.begin(), declared.end(), false) != declared.end())
+    return CursorOver(Fetch(stmt.get(), *call));
+  return std::make_unique<SqliteCursor>(std::move(call), std::move(stmt), std::move(fields));
+}
 
 }  // namespace
 

@@ -16,13 +16,6 @@ bool clsPrebuiltReport::addParam(const std::string& sKey, const std::string& sVa
 
 std::string clsPrebuiltReport::getParam(const std::string& sKey) { return params_[sKey]; }
 
-bool clsPrebuiltReport::flattenRowsetXML(pugi::xml_document& document) {
-  std::string failure;
-  if (FlattenRowsetDocument(document, failure)) return true;
-  StatusStr = failure;
-  return false;
-}
-
 std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
   std::shared_ptr<ISendable> result;
   ReportOutput output;
@@ -45,12 +38,6 @@ std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
     EnterPhase(Phase::kBuild);  // the rows are read; what follows builds the document
     if (StatusStr != "0") throw Error(err::kReportStatus, StatusStr, "generateDoc");
 
-    auto save_flattened = [&](const Recordset& rs) {
-      std::shared_ptr<pugi::xml_document> doc = SaveRowsetToDocument(rs);
-      if (!flattenRowsetXML(*doc)) throw Error(err::kReportStatus, StatusStr, "generateDoc");
-      return doc;
-    };
-
     if (output.empty()) {
       StatusStr = "No records found.";
       result = std::make_shared<clsGenericReport>();
@@ -60,16 +47,16 @@ std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
         result = std::make_shared<clsGenericReport>();
       } else {
         auto report = std::make_shared<clsGenericReport>();
-        report->SetXMLDocument(save_flattened(*output.rowset));
+        report->SetXMLDocument(ResultDocument::FromRowset(*output.rowset));
         result = report;
       }
     } else if (output.sendable) {
       const std::shared_ptr<Recordset>& rs = output.sendable->rs();
-      if (rs && !rs->IsBof() && !rs->IsEof()) output.sendable->SetXMLDocument(save_flattened(*rs));
+      if (rs && !rs->IsBof() && !rs->IsEof()) output.sendable->SetXMLDocument(ResultDocument::FromRowset(*rs));
       result = output.sendable;
     } else if (output.document) {
       auto report = std::make_shared<clsGenericReport>();
-      report->SetXMLDocument(std::shared_ptr<pugi::xml_document>(std::move(output.document)));
+      report->SetXMLDocument(ResultDocument::FromXml(*output.document));
       result = report;
     } else {
       StatusStr = "Uknown TypeOf Object Set.";

@@ -7,8 +7,6 @@
 #include <memory>
 #include <string>
 
-#include <pugixml.hpp>
-
 #include "report/report_output.h"
 #include "server/sendable.h"
 
@@ -36,7 +34,6 @@ class clsPrebuiltReport {
   std::shared_ptr<ISendable> generateDOC();
 
  private:
-  bool flattenRowsetXML(pugi::xml_document& document);
   ReportOutput getPrebuiltReport(const std::string& code);
 
   std::map<std::string, std::string> params_;

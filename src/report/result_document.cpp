@@ -1,6 +1,6 @@
 #include "report/result_document.h"
 
-#include <sstream>
+#include <ostream>
 #include <vector>
 
 #include "common/error.h"
@@ -9,74 +9,44 @@ namespace ent {
 
 namespace {
 
-constexpr unsigned kParseOptions = (pugi::parse_default | pugi::parse_ws_pcdata) & ~pugi::parse_eol;
-constexpr unsigned kSaveOptions =
-    pugi::format_raw | pugi::format_no_declaration | pugi::format_attribute_single_quote;
+// pugixml writer that appends to a spool file.
+class SpoolXmlWriter : public pugi::xml_writer {
+ public:
+  explicit SpoolXmlWriter(SpoolFile& file) : file_(file) {}
+  void write(const void* data, size_t size) override { file_.Append(static_cast<const char*>(data), size); }
 
-bool IsBlankText(const pugi::xml_node& n) {
-  if (n.type() != pugi::node_pcdata) return false;
-  for (const char* p = n.value(); *p; ++p)
-    if (*p != ' ' && *p != '\t' && *p != '\r' && *p != '\n') return false;
-  return true;
-}
+ private:
+  SpoolFile& file_;
+};
 
 }  // namespace
 
-std::unique_ptr<pugi::xml_document> SaveRowsetToDocument(const Recordset& rs) {
-  const std::string text = rs.SaveToString();
-  auto doc = std::make_unique<pugi::xml_document>();
-  pugi::xml_parse_result parsed = doc->load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
-  if (!parsed)
-    throw Error(err::kDatabaseError, std::string("The saved rowset is not well-formed XML: ") + parsed.description(),
-                "rowset");
-  return doc;
+std::shared_ptr<ResultDocument> ResultDocument::FromRowset(Recordset& rs) {
+  auto document = std::make_shared<ResultDocument>();
+  SpoolWriteBuffer buffer(document->file_);
+  std::ostream out(&buffer);
+  document->rows_ = rs.SaveFlattened(out);
+  out.flush();
+  if (!out) throw Error(3004, "Write to file failed.");
+  return document;
 }
 
-bool FlattenRowsetDocument(pugi::xml_document& doc, std::string& failure) {
-  try {
-    pugi::xml_node data = doc.select_node("//rs:data").node();
-    if (!data) throw Error(err::kObjectRequired, "Object required: the document has no rs:data element.");
-    // Blank text between elements is layout, not content: the first child that counts is an element.
-    pugi::xml_node first = data.first_child();
-    while (first && IsBlankText(first)) first = first.next_sibling();
-    if (!first || std::string_view(first.name()) != "rs:insert") return true;
+std::shared_ptr<ResultDocument> ResultDocument::FromXml(const pugi::xml_document& doc) {
+  auto document = std::make_shared<ResultDocument>();
+  SpoolXmlWriter writer(document->file_);
+  doc.save(writer, "", pugi::format_raw | pugi::format_no_declaration | pugi::format_attribute_single_quote,
+           pugi::encoding_utf8);
+  return document;
+}
 
-    pugi::xml_node root = doc.first_child();
-    pugi::xml_node target = root.first_child();
-    while (target && target.type() != pugi::node_element) target = target.next_sibling();
-    if (target) target = target.next_sibling();
-    while (target && target.type() != pugi::node_element) target = target.next_sibling();
-    if (!target) throw Error(err::kObjectRequired, "Object required: the document's root has no second element.");
-
-    // The text before </rs:data> stays last; moved rows get the indentation of plain rows.
-    pugi::xml_node closing = target.last_child();
-    if (closing && !IsBlankText(closing)) closing = pugi::xml_node();
-    std::vector<pugi::xml_node> rows;
-    for (const pugi::xpath_node& x : doc.select_nodes("//rs:data/rs:insert/z:row")) rows.push_back(x.node());
-    for (pugi::xml_node row : rows) {
-      pugi::xml_node moved = closing ? target.insert_move_before(row, closing) : target.append_move(row);
-      target.insert_child_before(pugi::node_pcdata, moved).set_value("\r\n\t");
-    }
-    pugi::xml_node insert = doc.select_node("//rs:data/rs:insert").node();
-    if (insert) {
-      pugi::xml_node before = insert.previous_sibling();
-      target.remove_child(insert);
-      if (before && IsBlankText(before)) target.remove_child(before);
-    }
-    return true;
-  } catch (const Error& e) {
-    failure = e.description();
-    return false;
-  } catch (const std::exception& e) {
-    failure = e.what();
-    return false;
+void ResultDocument::CopyTo(std::ostream& out) const {
+  std::vector<char> piece(1 << 20);
+  uint64_t offset = 0;
+  while (size_t n = Read(offset, piece.data(), piece.size())) {
+    out.write(piece.data(), static_cast<std::streamsize>(n));
+    if (!out) throw Error(3004, "Write to file failed.");
+    offset += n;
   }
-}
-
-std::string DocumentXmlText(const pugi::xml_document& doc) {
-  std::ostringstream out;
-  doc.save(out, "", kSaveOptions, pugi::encoding_utf8);
-  return out.str();
 }
 
 }  // namespace ent

@@ -1,27 +1,41 @@
-// The result document of a report: a rowset saved as persisted-rowset XML into an XML document
-// (pugixml stands in for the reference's DOM), reshaped so that rows added in memory stand directly
-// under rs:data, and turned back into the text that is posted.
+// The result document of a report as the head office receives it: its XML text, written once into a
+// spool file (results can be far larger than memory), with its length and number of rows. A rowset
+// is written by the persisted-rowset writer with rows added in memory directly under rs:data; a
+// finished document (the invoice) is saved as it is.
 #pragma once
 
+#include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <string>
 
 #include <pugixml.hpp>
 
+#include "common/spool_file.h"
 #include "data/recordset.h"
 
 namespace ent {
 
-// Saves every visible row of the rowset into a new document. The layout of the saved text (line ends,
-// indentation) is kept in the document, so an unchanged document gives back the same layout.
-std::unique_ptr<pugi::xml_document> SaveRowsetToDocument(const Recordset& rs);
+class ResultDocument {
+ public:
+  // Writes the rowset's visible rows (a forward-only rowset: from its current row to its end).
+  static std::shared_ptr<ResultDocument> FromRowset(Recordset& rs);
+  // Saves a finished document: no declaration, the layout it holds.
+  static std::shared_ptr<ResultDocument> FromXml(const pugi::xml_document& doc);
 
-// Moves the z:row elements of "//rs:data/rs:insert" to the end of rs:data and removes rs:insert. A
-// document whose rs:data does not start with rs:insert is left unchanged. On failure returns false
-// with the failure's description in `failure`.
-bool FlattenRowsetDocument(pugi::xml_document& doc, std::string& failure);
+  uint64_t bytes() const { return file_.size(); }
+  // z:row elements written; 0 for a finished document.
+  uint64_t rows() const { return rows_; }
+  // Up to `size` bytes from `offset`; 0 at the end.
+  size_t Read(uint64_t offset, char* out, size_t size) const { return file_.ReadAt(offset, out, size); }
+  // The whole text; for documents known to be small.
+  std::string Text() const { return file_.ReadAll(); }
+  // Copies the text to `out` in pieces. Raises Error when `out` fails.
+  void CopyTo(std::ostream& out) const;
 
-// The document's XML text: no declaration, single-quoted attributes, the layout it holds.
-std::string DocumentXmlText(const pugi::xml_document& doc);
+ private:
+  SpoolFile file_;
+  uint64_t rows_ = 0;
+};
 
 }  // namespace ent

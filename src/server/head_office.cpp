@@ -1,12 +1,15 @@
 #include "server/head_office.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <mutex>
 #include <pugixml.hpp>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
 #include "common/error.h"
@@ -155,6 +158,37 @@ std::string JsonString(const std::string& text) {
   return out.str();
 }
 
+// z:row elements in a document's text, found by their start tags: no tree is built, so a document
+// of any size is counted at the speed of a text search.
+int CountRows(std::string_view text) {
+  int rows = 0;
+  for (size_t at = text.find("<z:row"); at != std::string_view::npos; at = text.find("<z:row", at + 6)) {
+    const char next = at + 6 < text.size() ? text[at + 6] : '\0';
+    if (next == ' ' || next == '\t' || next == '\r' || next == '\n' || next == '/' || next == '>') ++rows;
+  }
+  return rows;
+}
+
+// The name of a document's first element, after any declaration, comment or blank; "" when the text
+// does not start like a document.
+std::string RootName(std::string_view text) {
+  size_t at = 0;
+  while (true) {
+    at = text.find_first_not_of(" \t\r\n", at);
+    if (at == std::string_view::npos || text[at] != '<') return "";
+    if (text.compare(at, 4, "<!--") == 0) {
+      at = text.find("-->", at);
+    } else if (text.compare(at, 2, "<?") == 0) {
+      at = text.find("?>", at);
+    } else {
+      size_t end = text.find_first_of(" \t\r\n/>", at + 1);
+      return std::string(text.substr(at + 1, end == std::string_view::npos ? std::string_view::npos : end - at - 1));
+    }
+    if (at == std::string_view::npos) return "";
+    at += 2;
+  }
+}
+
 // One line of posts.txt: tabs and line breaks of the status become spaces.
 std::string OneLine(std::string text, size_t limit) {
   for (char& c : text)
@@ -173,31 +207,44 @@ struct HeadOffice::Impl {
   mutable std::mutex mutex;
   std::vector<HeadOfficePost> posts;
 
-  void Store(const HeadOfficePost& post) const {
+  // `document` is the text of the last argument (kept out of `post` when it is stored).
+  void Store(const HeadOfficePost& post, std::string_view document) const {
     if (options.out_dir.empty()) return;
     char stem[16];
     std::snprintf(stem, sizeof stem, "%04d", post.number);
     const std::filesystem::path dir(options.out_dir);
-    const std::string document = post.arguments.empty() ? "" : post.arguments.back().second;
     std::ofstream json(dir / (std::string(stem) + ".json"), std::ios::binary);
     json << "{\n  \"soapAction\": " << JsonString(post.soap_action) << ",\n  \"arguments\": [";
     for (size_t i = 0; i < post.arguments.size(); ++i) {
       const auto& [name, value] = post.arguments[i];
-      const bool is_document = i + 1 == post.arguments.size() && !value.empty();
+      const bool is_document = i + 1 == post.arguments.size() && !document.empty();
       json << (i ? "," : "") << "\n    {\"name\": " << JsonString(name) << ", "
            << (is_document ? "\"file\": " + JsonString(std::string(stem) + ".xml")
                            : "\"value\": " + JsonString(value))
            << "}";
     }
     json << "\n  ],\n  \"rows\": " << post.rows << "\n}\n";
-    if (!document.empty()) std::ofstream(dir / (std::string(stem) + ".xml"), std::ios::binary) << document;
+    if (!document.empty())
+      std::ofstream(dir / (std::string(stem) + ".xml"), std::ios::binary)
+          .write(document.data(), static_cast<std::streamsize>(document.size()));
     auto arg = [&](size_t i) { return i < post.arguments.size() ? post.arguments[i].second : std::string(); };
     std::ofstream(dir / "posts.txt", std::ios::binary | std::ios::app)
         << stem << '\t' << OneLine(arg(2), 40) << '\t' << OneLine(arg(3), 12) << '\t' << OneLine(arg(4), 100)
         << '\t' << post.rows << '\t' << post.document_root << '\n';
   }
 
-  void HandlePost(const httplib::Request& request, httplib::Response& response) {
+  // Reads the body as it arrives into one buffer that the envelope is then parsed in (no copy), and
+  // hands the document on without building a tree of it.
+  void HandlePost(const httplib::Request& request, httplib::Response& response,
+                  const httplib::ContentReader& content) {
+    std::string body;
+    // The declared length only sizes the buffer, within reason; the body is read as it comes.
+    const uint64_t declared = request.get_header_value<uint64_t>("Content-Length");
+    body.reserve(static_cast<size_t>(std::min<uint64_t>(declared, uint64_t{1} << 30)));
+    content([&body](const char* data, size_t size) {
+      body.append(data, size);
+      return true;
+    });
     auto fail = [&](const std::string& code, const std::string& text) {
       response.status = 500;
       response.set_content(FaultText(code, text), "text/xml; charset=utf-8");
@@ -209,7 +256,7 @@ struct HeadOffice::Impl {
       return fail("soap:Client",
                   "Server did not recognize the value of HTTP Header SOAPAction: " + action + ".");
     pugi::xml_document doc;
-    if (!doc.load_string(request.body.c_str()))
+    if (!doc.load_buffer_inplace(body.data(), body.size()))
       return fail("soap:Client", "The request is not an XML document.");
     pugi::xml_node call = xml::FirstElement(xml::FirstElement(xml::FirstElement(doc, "Envelope"), "Body"));
     if (!call || xml::NameOf(call).local != kOperation || xml::NameOf(call).ns != options.target_namespace)
@@ -217,22 +264,30 @@ struct HeadOffice::Impl {
 
     HeadOfficePost post;
     post.soap_action = action;
+    std::vector<pugi::xml_node> arguments;
     for (pugi::xml_node arg = call.first_child(); arg; arg = arg.next_sibling())
-      if (arg.type() == pugi::node_element)
-        post.arguments.emplace_back(xml::LocalName(arg.name()), arg.text().get());
-    if (!post.arguments.empty() && !post.arguments.back().second.empty()) {
-      pugi::xml_document document;
-      if (document.load_string(post.arguments.back().second.c_str())) {
-        post.rows = static_cast<int>(document.select_nodes("//z:row").size());
-        post.document_root = document.document_element().name();
-      }
+      if (arg.type() == pugi::node_element) arguments.push_back(arg);
+    // The last argument is the document: read where the parser left it in the body, and copied
+    // only to be kept in memory when there is no folder to store it in.
+    std::string_view document;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+      const bool last = i + 1 == arguments.size();
+      if (last) document = arguments[i].text().get();
+      post.arguments.emplace_back(xml::LocalName(arguments[i].name()),
+                                  last ? std::string() : std::string(arguments[i].text().get()));
+    }
+    if (!post.arguments.empty() && !document.empty()) {
+      post.document_root = RootName(document);
+      if (!post.document_root.empty()) post.rows = CountRows(document);
+      if (options.out_dir.empty()) post.arguments.back().second = std::string(document);
     }
     {
       std::lock_guard<std::mutex> lock(mutex);
       post.number = static_cast<int>(posts.size()) + 1;
-      posts.push_back(post);
-      Store(post);
+      Store(post, document);
+      posts.push_back(std::move(post));
     }
+    body = std::string();
     if (options.delay_ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(options.delay_ms));
     if (!options.fault.empty()) return fail("soap:Server", options.fault);
     response.set_content(AnswerText(options), "text/xml; charset=utf-8");
@@ -268,8 +323,9 @@ int HeadOffice::Start(const std::string& host, int port) {
     const std::string location = "http://" + authority + s.options.service_path;
     response.set_content(WsdlText(s.options, location), "text/xml; charset=utf-8");
   });
-  s.server.Post(s.options.service_path, [&s](const httplib::Request& request, httplib::Response& response) {
-    s.HandlePost(request, response);
+  s.server.Post(s.options.service_path, [&s](const httplib::Request& request, httplib::Response& response,
+                                              const httplib::ContentReader& content) {
+    s.HandlePost(request, response, content);
   });
   AddHeadOfficePages(s.server, s.options.out_dir);
   s.host = host;

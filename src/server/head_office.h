@@ -2,7 +2,8 @@
 // shaped like an ASP.NET service's at /EntHost/service.asmx?WSDL and accepts sendReport posts. Each
 // post is kept in memory and, when an output directory is set, stored there as NNNN.json (its six
 // arguments in order; the document as its own NNNN.xml file) with a line in posts.txt (number,
-// session, client, status, rows, the document's root element).
+// session, client, status, rows, the document's root element). A stored document is not also kept
+// in memory: its argument is kept empty, so that documents of any size are stored at disk speed.
 #pragma once
 
 #include <memory>

@@ -79,11 +79,46 @@ EasyHandle NewHandle(const std::string& url, const HttpTimeouts& timeouts, Sink&
   return handle;
 }
 
-HttpResponse Perform(CURL* h, const std::string& url, Sink& sink, const char* error_buffer) {
+HeaderList HeaderLines(const std::vector<std::string>& headers) {
+  HeaderList list;
+  // Without an empty Expect header curl waits for "100 Continue" before sending a large body.
+  std::vector<std::string> lines = headers;
+  lines.push_back("Expect:");
+  for (const std::string& line : lines) {
+    curl_slist* grown = curl_slist_append(list.get(), line.c_str());
+    if (!grown) throw Error(err::kServiceFailure, "Out of memory building the HTTP headers.");
+    (void)list.release();
+    list.reset(grown);
+  }
+  return list;
+}
+
+// The body source and what went wrong reading it, for curl's read callback.
+struct BodyReader {
+  BodySource* source;
+  std::string failure;
+};
+
+size_t ReadBody(char* out, size_t size, size_t count, void* target) {
+  auto* reader = static_cast<BodyReader*>(target);
+  try {
+    return reader->source->Read(out, size * count);
+  } catch (const Error& e) {
+    reader->failure = e.description();
+  } catch (const std::exception& e) {
+    reader->failure = e.what();
+  }
+  return CURL_READFUNC_ABORT;
+}
+
+HttpResponse Perform(CURL* h, const std::string& url, Sink& sink, const char* error_buffer,
+                     const BodyReader* reader = nullptr) {
   CURLcode code = curl_easy_perform(h);
   if (sink.too_large || code == CURLE_FILESIZE_EXCEEDED)
     throw Error(err::kServiceFailure, "The answer of the service at " + url + " is longer than " +
                                           std::to_string(sink.cap) + " bytes; it is refused.");
+  if (code != CURLE_OK && reader && !reader->failure.empty())
+    throw Error(err::kServiceFailure, "The request to " + url + " could not be sent: " + reader->failure);
   if (code != CURLE_OK) {
     std::string cause = error_buffer[0] ? error_buffer : curl_easy_strerror(code);
     if (code == CURLE_OPERATION_TIMEDOUT) cause = "no answer in time (" + cause + ")";
@@ -136,22 +171,29 @@ HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& he
   Sink answer;
   char error_buffer[CURL_ERROR_SIZE] = {};
   EasyHandle handle = NewHandle(url, timeouts, answer, error_buffer);
-  HeaderList list;
-  // Without an empty Expect header curl waits for "100 Continue" before sending a large body.
-  std::vector<std::string> lines = headers;
-  lines.push_back("Expect:");
-  for (const std::string& line : lines) {
-    curl_slist* grown = curl_slist_append(list.get(), line.c_str());
-    if (!grown) throw Error(err::kServiceFailure, "Out of memory building the HTTP headers.");
-    (void)list.release();
-    list.reset(grown);
-  }
+  HeaderList list = HeaderLines(headers);
   CURL* h = handle.get();
   curl_easy_setopt(h, CURLOPT_HTTPHEADER, list.get());
   curl_easy_setopt(h, CURLOPT_POST, 1L);
   curl_easy_setopt(h, CURLOPT_POSTFIELDS, body.data());
   curl_easy_setopt(h, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
   return Perform(h, url, answer, error_buffer);
+}
+
+HttpResponse HttpPostStream(const std::string& url, const std::vector<std::string>& headers, BodySource& body,
+                            const HttpTimeouts& timeouts) {
+  Sink answer;
+  char error_buffer[CURL_ERROR_SIZE] = {};
+  EasyHandle handle = NewHandle(url, timeouts, answer, error_buffer);
+  HeaderList list = HeaderLines(headers);
+  BodyReader reader{&body, {}};
+  CURL* h = handle.get();
+  curl_easy_setopt(h, CURLOPT_HTTPHEADER, list.get());
+  curl_easy_setopt(h, CURLOPT_POST, 1L);
+  curl_easy_setopt(h, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+  curl_easy_setopt(h, CURLOPT_READFUNCTION, ReadBody);
+  curl_easy_setopt(h, CURLOPT_READDATA, &reader);
+  return Perform(h, url, answer, error_buffer, &reader);
 }
 
 }  // namespace ent

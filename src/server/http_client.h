@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -36,5 +37,19 @@ HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts);
 // POST body to url with the given extra header lines ("Name: value"). Failures as for HttpGet.
 HttpResponse HttpPost(const std::string& url, const std::vector<std::string>& headers,
                       const std::string& body, const HttpTimeouts& timeouts);
+
+// A request body made in pieces as it is sent: size() bytes in all, handed out in order by Read
+// (which returns 0 only at the end and raises ent::Error when the body cannot be read).
+class BodySource {
+ public:
+  virtual ~BodySource() = default;
+  virtual uint64_t size() const = 0;
+  virtual size_t Read(char* out, size_t size) = 0;
+};
+
+// POST a body read from `body` as it is sent, with its length declared. Failures as for HttpPost; a
+// failure of `body` is reported as such.
+HttpResponse HttpPostStream(const std::string& url, const std::vector<std::string>& headers, BodySource& body,
+                            const HttpTimeouts& timeouts);
 
 }  // namespace ent

@@ -2,7 +2,6 @@
 
 #include "common/error.h"
 #include "common/log.h"
-#include "report/result_document.h"
 #include "server/execution_trace.h"
 #include "server/soap_client.h"
 
@@ -27,6 +26,17 @@ std::string TrimAndCut(const std::string& text) {
   return trimmed.substr(0, i);
 }
 
+// The document as the SOAP client reads it.
+class DocumentSource : public TextSource {
+ public:
+  explicit DocumentSource(const ResultDocument& document) : document_(document) {}
+  uint64_t size() const override { return document_.bytes(); }
+  size_t Read(uint64_t offset, char* out, size_t size) const override { return document_.Read(offset, out, size); }
+
+ private:
+  const ResultDocument& document_;
+};
+
 }  // namespace
 
 std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
@@ -36,9 +46,9 @@ std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, 
     WriteLog("SOAP: SEND NON-ERROR RESPONSE.");
     if (!document_)
       throw Error(err::kObjectRequired, "Object required: there is no result document to send.");
-    std::string text = DocumentXmlText(*document_);
-    NoteDocumentBytes(text.size());
-    return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, strErr, std::move(text)});
+    const DocumentSource source(*document_);
+    NoteDocumentBytes(source.size());
+    return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, strErr}, source);
   }
   WriteLog("SOAP: SEND ERR::" + strErr);
   return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, TrimAndCut(strErr), ""});

@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <pugixml.hpp>
 #include <string>
 
 #include "data/recordset.h"
+#include "report/result_document.h"
 
 namespace ent {
 
@@ -17,8 +17,8 @@ class ISendable {
  public:
   virtual ~ISendable() = default;
 
-  virtual const std::shared_ptr<pugi::xml_document>& XMLDocument() const = 0;
-  virtual void SetXMLDocument(std::shared_ptr<pugi::xml_document> document) = 0;
+  virtual const std::shared_ptr<ResultDocument>& XMLDocument() const = 0;
+  virtual void SetXMLDocument(std::shared_ptr<ResultDocument> document) = 0;
   virtual const std::shared_ptr<Recordset>& rs() const = 0;
   virtual void SetRs(std::shared_ptr<Recordset> rowset) = 0;
   virtual int16_t SERVICENAME() const = 0;
@@ -39,8 +39,8 @@ class ISendable {
 
 class clsGenericReport : public ISendable {
  public:
-  const std::shared_ptr<pugi::xml_document>& XMLDocument() const override { return document_; }
-  void SetXMLDocument(std::shared_ptr<pugi::xml_document> document) override {
+  const std::shared_ptr<ResultDocument>& XMLDocument() const override { return document_; }
+  void SetXMLDocument(std::shared_ptr<ResultDocument> document) override {
     document_ = std::move(document);
   }
   const std::shared_ptr<Recordset>& rs() const override { return rowset_; }
@@ -59,7 +59,7 @@ class clsGenericReport : public ISendable {
   std::string TypeName() const override { return "clsGenericReport"; }
 
  private:
-  std::shared_ptr<pugi::xml_document> document_;
+  std::shared_ptr<ResultDocument> document_;
   std::shared_ptr<Recordset> rowset_;
 };
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +20,15 @@ struct SoapOptions {
   long connect_timeout_seconds = 10;  // until the service accepts the connection
   long total_timeout_seconds = 60;    // one whole exchange (the WSDL, or one call)
   size_t max_answer_bytes = 4 << 20;  // the WSDL, or the answer to one call
+};
+
+// A text argument too large to hold in memory (a result document): read in pieces at any offset.
+class TextSource {
+ public:
+  virtual ~TextSource() = default;
+  virtual uint64_t size() const = 0;
+  // Up to `size` bytes from `offset`; 0 at the end.
+  virtual size_t Read(uint64_t offset, char* out, size_t size) const = 0;
 };
 
 class SoapClient {
@@ -38,6 +48,10 @@ class SoapClient {
   // for an unreachable or silent service, an answer longer than the cap, an HTTP error or a SOAP Fault
   // (its faultstring is in the description).
   std::string Call(const std::string& operation, const std::vector<std::string>& arguments);
+  // The same with `last` as the last argument, after `arguments`: its text is escaped while it is
+  // sent and never held whole.
+  std::string Call(const std::string& operation, const std::vector<std::string>& arguments,
+                   const TextSource& last);
 
   // The HTTP status of the last answer (the WSDL's or a call's); 0 before any answer came.
   long last_status() const { return last_status_; }

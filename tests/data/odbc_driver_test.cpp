@@ -36,7 +36,7 @@ std::pair<std::string, std::string> Posted(const std::string& connection, const 
   job.reportName = code;
   for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
   auto result = job.generateDOC();
-  return {job.StatusStr, result && result->XMLDocument() ? DocumentXmlText(*result->XMLDocument()) : ""};
+  return {job.StatusStr, result && result->XMLDocument() ? result->XMLDocument()->Text() : ""};
 }
 
 TEST(OdbcConnectionStringTest, SqlServerProvidersMapToFreeTds) {

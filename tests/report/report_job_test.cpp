@@ -3,6 +3,7 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "report/cls_prebuilt_report.h"
+#include "data/cls_rs.h"
 #include "report/result_document.h"
 #include "support/test_db.h"
 
@@ -19,7 +20,7 @@ class ReportJobTest : public ::testing::Test {
     SetShopConnectionString(db_.connection_string());
   }
   static std::string XmlOf(const std::shared_ptr<ISendable>& result) {
-    return result && result->XMLDocument() ? DocumentXmlText(*result->XMLDocument()) : "";
+    return result && result->XMLDocument() ? result->XMLDocument()->Text() : "";
   }
   test::TestDb db_;
 };
@@ -31,7 +32,9 @@ TEST_F(ReportJobTest, CustomSqlGivesTheRowsetDocument) {
   auto result = job.generateDOC();
   EXPECT_EQ(job.StatusStr, "0");
   ASSERT_TRUE(result && result->XMLDocument());
-  const pugi::xml_document& doc = *result->XMLDocument();
+  pugi::xml_document doc;
+  ASSERT_TRUE(doc.load_string(XmlOf(result).c_str()));
+  EXPECT_EQ(result->XMLDocument()->rows(), 2u);
   EXPECT_EQ(std::string(doc.first_child().name()), "xml");
   EXPECT_EQ(doc.select_nodes("//rs:data/z:row").size(), 2u);
   EXPECT_EQ(std::string(doc.select_node("//rs:data/z:row").node().attribute("company").value()), "O'Brien Auto");
@@ -54,29 +57,83 @@ TEST_F(ReportJobTest, EmptyAndFailingCustomSql) {
   EXPECT_TRUE(result && !result->XMLDocument());
 }
 
-TEST_F(ReportJobTest, AddedRowsAreFlattenedUnderRsData) {
+TEST_F(ReportJobTest, AddedRowsStandDirectlyUnderRsData) {
+  auto added = [](Recordset& rs, std::initializer_list<const char*> labels) {
+    for (const char* c : labels) {
+      rs.AddNew();
+      rs.Set(size_t{0}, Variant(c));
+    }
+    rs.Update();
+  };
   Recordset rs;
   rs.AppendField(AppendedField("Sales_Class"));
+  for (const char* name : {"Amount", "Note", "Extra"}) rs.AppendField(AppendedField(name));
   rs.Open();
-  for (const char* c : {"OIL", "TIRES", "[b]TOTAL"}) {
-    rs.AddNew();
-    rs.Set(size_t{0}, Variant(c));
-  }
-  rs.Update();
-  auto doc = SaveRowsetToDocument(rs);
-  EXPECT_EQ(doc->select_nodes("//rs:data/rs:insert/z:row").size(), 3u);
-  std::string failure;
-  ASSERT_TRUE(FlattenRowsetDocument(*doc, failure));
-  EXPECT_EQ(doc->select_nodes("//rs:data/z:row").size(), 3u);
-  EXPECT_FALSE(doc->select_node("//rs:insert"));
-  const std::string text = DocumentXmlText(*doc);
-  EXPECT_NE(text.find("<rs:data>\r\n\t<z:row Sales_Class='OIL'/>\r\n\t<z:row Sales_Class='TIRES'/>"), std::string::npos)
+  added(rs, {"OIL", "TIRES", "[b]TOTAL"});
+  rs.MoveFirst();
+  // Long enough to wrap before the fourth attribute.
+  rs.Set(1, Variant(std::string(50, '9')));
+  rs.Set(2, Variant(std::string(50, 'n')));
+  rs.Set(3, Variant("x"));
+  EXPECT_NE(rs.SaveToString().find("<rs:insert>"), std::string::npos);
+  auto document = ResultDocument::FromRowset(rs);
+  const std::string text = document->Text();
+  EXPECT_EQ(document->rows(), 3u);
+  EXPECT_EQ(document->bytes(), text.size());
+  EXPECT_EQ(text.find("rs:insert"), std::string::npos);
+  // Written at the depth of query rows, wrapped with the continuation of that depth.
+  EXPECT_NE(text.find("<rs:data>\r\n\t<z:row Sales_Class='OIL' Amount='" + std::string(50, '9') + "' Note='" +
+                      std::string(50, 'n') + "'\r\n\t\t Extra='x'/>"),
+            std::string::npos)
       << text;
-  EXPECT_EQ(text.substr(text.size() - 20), "\r\n</rs:data>\r\n</xml>");
-  // A document without rs:insert is left as it is.
-  const std::string before = DocumentXmlText(*doc);
-  ASSERT_TRUE(FlattenRowsetDocument(*doc, failure));
-  EXPECT_EQ(DocumentXmlText(*doc), before);
+  EXPECT_NE(text.find("\r\n\t<z:row Sales_Class='TIRES'/>\r\n\t<z:row Sales_Class='[b]TOTAL'/>\r\n</rs:data>"),
+            std::string::npos)
+      << text;
+
+  // Rows of a query come first and rows added to it stay in rs:insert after them.
+  auto query = Recordset::OpenQuery(db_.Connect(), "select company from customer order by cusid", true);
+  query->Detach();
+  added(*query, {"Added"});
+  const std::string mixed = ResultDocument::FromRowset(*query)->Text();
+  EXPECT_NE(mixed.find("\t<z:row company='Acme'/>\r\n\t<rs:insert>\r\n\t\t<z:row company='Added'/>"),
+            std::string::npos)
+      << mixed;
+}
+
+TEST_F(ReportJobTest, FreeSqlRowsetReadsForwardOnly) {
+  const std::string sql = "select cusid, company, fname, cusid * 2 as twice from customer order by cusid";
+  clsRS engine;
+  std::string status;
+  auto rs = engine.getCustomRS(sql, status);
+  ASSERT_EQ(status, "0");
+  EXPECT_EQ(rs->Get("company").text(), "O'Brien Auto");
+  EXPECT_THROW(rs->MovePrevious(), Error);
+  // Saving writes the current row and every later one, then stands at the end.
+  rs->MoveNext();
+  const std::string rest = rs->SaveToString();
+  EXPECT_TRUE(rs->IsEof());
+  EXPECT_EQ(rest.find("O&#x27;Brien"), std::string::npos);
+  EXPECT_NE(rest.find("<z:row cusid='2' company='Acme' twice='4'/>"), std::string::npos) << rest;
+
+  // The same text as a rowset holding every row, for declared and computed columns alike.
+  auto streamed = engine.getCustomRS(sql, status);
+  auto whole = Recordset::OpenQuery(db_.Connect(), sql, false);
+  EXPECT_EQ(streamed->SaveToString(), whole->SaveToString());
+  db_.Exec("create table visit (id int, at datetime, paid money);"
+           "insert into visit values (1, '2024-03-01 10:20:30', 0.1);");
+  for (const std::string declared : {"select * from customer order by cusid", "select * from visit"}) {
+    const std::string text = engine.getCustomRS(declared, status)->SaveToString();
+    EXPECT_EQ(text, Recordset::OpenQuery(db_.Connect(), declared, false)->SaveToString());
+    if (declared.find("visit") != std::string::npos) {
+      EXPECT_NE(text.find("at='2024-03-01T10:20:30' paid='0.1'"), std::string::npos) << text;
+    }
+  }
+
+  auto passed = engine.getCustomRS("select cusid from customer", status);
+  passed->MoveNext();
+  passed->MoveNext();
+  EXPECT_TRUE(passed->IsEof());
+  EXPECT_THROW(passed->MoveNext(), Error);
 }
 
 TEST_F(ReportJobTest, CatalogueCodesNoticesAndConversions) {
