@@ -37,7 +37,8 @@ std::set<std::string> Words(const std::string& text) {
   return words;
 }
 
-const std::vector<std::string> kCommands = {"process", "query", "sample-db", "headoffice", "token", "serve", "journal"};
+const std::vector<std::string> kCommands = {"process", "query", "sample-db", "headoffice", "token",
+                                             "serve", "journal", "render", "reports"};
 
 TEST(InstallTest, PutsTheProgramUnitManualAndCompletionUnderThePrefix) {
   test::TempDir dir;

@@ -11,10 +11,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <thread>
 
 #include "common/error.h"
+#include "common/thread_values.h"
 #include "server/head_office.h"
 #include "server/host_server.h"
 #include "server/http_client.h"
@@ -72,6 +74,10 @@ class HostileClientsTest : public ::testing::Test {
  protected:
   void Serve(HostServerOptions options) {
     options.token_dir = dir_.file("token");
+    // /health also checks the log folder: give it one.
+    std::filesystem::create_directories(dir_.file("log"));
+    saved_log_dir_ = LogDirectory();
+    SetLogDirectory(dir_.file("log"));
     options.soap = {2, 10};
     server_ = std::make_unique<HostServer>(options);
     port_ = server_->Start("127.0.0.1", 0);
@@ -88,6 +94,11 @@ class HostileClientsTest : public ::testing::Test {
                             "</sessionid></report>"}};
   }
 
+  void TearDown() override {
+    if (!saved_log_dir_.empty()) SetLogDirectory(saved_log_dir_);
+  }
+
+  std::string saved_log_dir_;
   test::TempDir dir_;
   test::TestDb db_;
   HeadOffice office_{HeadOfficeOptions{}};
