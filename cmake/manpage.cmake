@@ -1,6 +1,6 @@
 # Writes the manual page entprcreq.1 from the program's own help texts, so the two never disagree.
 # Run at build time: cmake -DPROGRAM=<entprcreq> -DVERSION=<text> -DOUT=<file> -P manpage.cmake
-set(commands process query serve journal token headoffice sample-db)
+set(commands process query serve journal render reports token headoffice sample-db)
 
 # Roff needs backslashes doubled and lines that begin with a dot or a quote protected.
 function(roff_text text out_var)
