@@ -85,11 +85,11 @@ TEST_F(InventoryReportsTest, PartsSalesAverageTheMarginsAndCountVoidedOrdersOnRe
   // Order 2 is voided and was never invoiced; order 3 falls outside the range.
   shop.Insert("wo", "woid, invoiceid, chkvoid, latestdate",
               {"1, 11, 0, '2024-05-10'", "2, 0, 1, '2024-05-12'", "3, 12, 0, '2024-07-01'"});
-  // Line 4 has quantity 0, line 5 was skipped.
-  shop.Insert("woparts", "wopartsid, woid, invoiceid, invinvid, qty, invcost, totparts, discpart, skip",
-              {"1, 1, 11, 1, 2, 20, 50, 0, 'No'", "2, 1, 11, 2, 4, 12, 20, 4, 'No'",
-               "3, 2, 0, 2, 4, 12, 24, 0, 'No'", "4, 1, 11, 1, 0, 5, 9, 0, 'No'",
-               "5, 1, 11, 1, 1, 10, 100, 0, 'Yes'", "6, 3, 12, 1, 1, 10, 30, 0, 'No'"});
+  // Line 4 has quantity 0, line 5 was skipped; line 1 carries a core charge of 2.
+  shop.Insert("woparts", "wopartsid, woid, invoiceid, invinvid, qty, invcost, invcorecost, totparts, discpart, skip",
+              {"1, 1, 11, 1, 2, 20, 2, 50, 0, 'No'", "2, 1, 11, 2, 4, 12, 0, 20, 4, 'No'",
+               "3, 2, 0, 2, 4, 12, 0, 24, 0, 'No'", "4, 1, 11, 1, 0, 5, 0, 9, 0, 'No'",
+               "5, 1, 11, 1, 1, 10, 0, 100, 0, 'Yes'", "6, 3, 12, 1, 1, 10, 0, 30, 0, 'No'"});
   auto run = [&](bool voided) {
     std::string part, desc, category, err;
     auto rs =
@@ -97,16 +97,16 @@ TEST_F(InventoryReportsTest, PartsSalesAverageTheMarginsAndCountVoidedOrdersOnRe
     EXPECT_EQ(err, "0");
     return test::Cells(rs.get());
   };
-  // 2 sold at 25.00 bought at 10.00 (60%); B-200: 4 at (20 - 4) / 4 = 4.00 bought at 3.00 (25%).
+  // 2 sold at 25.00 bought at 10.00 plus 1.00 of core charge (56%); B-200: 4 at (20 - 4) / 4 = 4.00 bought at 3.00 (25%).
   EXPECT_EQ(run(false),
-            (Rows{{"A-100", "Brake pad", "2.00", "10.00", "25.00", "20.00", "50.00", "60.00", "Acme Parts"},
+            (Rows{{"A-100", "Brake pad", "2.00", "11.00", "25.00", "20.00", "50.00", "56.00", "Acme Parts"},
                   {"B-200", "Oil filter", "4.00", "3.00", "4.00", "12.00", "16.00", "25.00", "Best Filters"},
-                  {"[b]TOTAL", "", "", "", "", "32.00", "66.00", "42.50", ""}}));
+                  {"[b]TOTAL", "", "", "", "", "32.00", "66.00", "40.50", ""}}));
   // The voided order adds 4 B-200 at 6.00: 8 at 5.00 bought at 3.00 (40%).
   EXPECT_EQ(run(true),
-            (Rows{{"A-100", "Brake pad", "2.00", "10.00", "25.00", "20.00", "50.00", "60.00", "Acme Parts"},
+            (Rows{{"A-100", "Brake pad", "2.00", "11.00", "25.00", "20.00", "50.00", "56.00", "Acme Parts"},
                   {"B-200", "Oil filter", "8.00", "3.00", "5.00", "24.00", "40.00", "40.00", "Best Filters"},
-                  {"[b]TOTAL", "", "", "", "", "44.00", "90.00", "50.00", ""}}));
+                  {"[b]TOTAL", "", "", "", "", "44.00", "90.00", "48.00", ""}}));
 }
 
 TEST_F(InventoryReportsTest, SupplierPurchasesOverTheRangeWithZeroForTheQuietOnes) {
