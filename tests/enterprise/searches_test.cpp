@@ -1,9 +1,13 @@
 // The head office's searches on the small sample shop.
 #include <gtest/gtest.h>
 
+#include <sqlite3.h>
+
 #include <algorithm>
+#include <filesystem>
 
 #include "support/sample_shop.h"
+#include "support/temp_dir.h"
 
 namespace ent {
 namespace {
@@ -18,6 +22,23 @@ TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
             (std::vector<std::string>{"company", "FirstName", "LastName", "HomePhone", "BusPhone", "Cusid"}));
   // Every customer, those with missing names or phone parts too, up to 100.
   EXPECT_EQ(all.rows.size(), std::min<size_t>(100, std::stoul(QueryValue("select count(*) from customer"))));
+  {
+    // A shop with more customers than that: copies of them under other numbers.
+    test::TempDir dir;
+    const std::string shop = dir.file("many.db");
+    std::filesystem::copy_file(test::SmallSampleShop(), shop);
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(shop.c_str(), &db), SQLITE_OK);
+    const int rc = sqlite3_exec(db,
+                                "create table copies as select * from customer; update copies set cusid = cusid + "
+                                "100000; insert into customer select * from copies; drop table copies;",
+                                nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+    ASSERT_EQ(rc, SQLITE_OK);
+    ASSERT_GT(std::stoul(test::QueryValueOn(shop, "select count(*) from customer")), 100u);
+    EXPECT_EQ(test::RunReportOn(shop, "ENTCUSTSRCH", {}).rows.size(), 100u);
+    EXPECT_EQ(test::RunReportOn(shop, "ENTCUSTSRCH", {"", "", "", "", "101"}).rows.size(), 101u);
+  }
 
   EXPECT_EQ(RunReport("ENTCUSTSRCH", {"", "", "", "", "5"}).rows.size(), 5u);
 

@@ -82,14 +82,16 @@ TEST_F(InventoryReportsTest, InventoryListFiltersOnLocationAndNeedsASupplier) {
 }
 
 TEST_F(InventoryReportsTest, PartsSalesAverageTheMarginsAndCountVoidedOrdersOnRequest) {
-  // Order 2 is voided and was never invoiced; order 3 falls outside the range.
-  shop.Insert("wo", "woid, invoiceid, chkvoid, latestdate",
-              {"1, 11, 0, '2024-05-10'", "2, 0, 1, '2024-05-12'", "3, 12, 0, '2024-07-01'"});
+  // Order 2 is voided and was never invoiced; order 3 falls outside the range; order 4 was deleted.
+  shop.Insert("wo", "woid, invoiceid, chkvoid, latestdate, wodeleted",
+              {"1, 11, 0, '2024-05-10', 0", "2, 0, 1, '2024-05-12', 0", "3, 12, 0, '2024-07-01', 0",
+               "4, 13, 0, '2024-05-20', 1"});
   // Line 4 has quantity 0, line 5 was skipped; line 1 carries a core charge of 2.
   shop.Insert("woparts", "wopartsid, woid, invoiceid, invinvid, qty, invcost, invcorecost, totparts, discpart, skip",
               {"1, 1, 11, 1, 2, 20, 2, 50, 0, 'No'", "2, 1, 11, 2, 4, 12, 0, 20, 4, 'No'",
                "3, 2, 0, 2, 4, 12, 0, 24, 0, 'No'", "4, 1, 11, 1, 0, 5, 0, 9, 0, 'No'",
-               "5, 1, 11, 1, 1, 10, 0, 100, 0, 'Yes'", "6, 3, 12, 1, 1, 10, 0, 30, 0, 'No'"});
+               "5, 1, 11, 1, 1, 10, 0, 100, 0, 'Yes'", "6, 3, 12, 1, 1, 10, 0, 30, 0, 'No'",
+               "7, 4, 13, 1, 3, 30, 0, 90, 0, 'No'"});
   auto run = [&](bool voided) {
     std::string part, desc, category, err;
     auto rs =
