@@ -105,5 +105,31 @@ TEST(SearchesTest, InventorySearchAndACustomersInvoices) {
   EXPECT_EQ(RunReport("ENTCUSTINVOICES", {"", "987654"}).status, "No records found.");
 }
 
+TEST(SearchesTest, InventoryLimitAndInvoiceOrderByDefault) {
+  test::TempDir dir;
+  const std::string shop = dir.file("many.db");
+  std::filesystem::copy_file(test::SmallSampleShop(), shop);
+  const std::string customer = test::QueryValueOn(
+      shop, "select cusid from wo where invoiceid <> 0 group by cusid order by count(*) desc limit 1");
+  const std::string latest =
+      test::QueryValueOn(shop, "select max(invoiceid) from wo where invoiceid <> 0 and cusid = " + customer);
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open(shop.c_str(), &db), SQLITE_OK);
+  // More parts than the default limit; the customer's last invoice dated before all the others.
+  const std::string sql =
+      "create table copies as select * from inventory; update copies set invid = invid + 100000; "
+      "insert into inventory select * from copies; update copies set invid = invid + 100000; "
+      "insert into inventory select * from copies; drop table copies; "
+      "update wo set latestdate = '2001-01-01 00:00:00' where invoiceid = " + latest + ";";
+  const int rc = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
+  sqlite3_close(db);
+  ASSERT_EQ(rc, SQLITE_OK);
+  ASSERT_GT(std::stoul(test::QueryValueOn(shop, "select count(*) from inventory")), 100u);
+  EXPECT_EQ(test::RunReportOn(shop, "ENTINVSRCH", {}).rows.size(), 100u);
+  const test::ReportRun invoices = test::RunReportOn(shop, "ENTCUSTINVOICES", {"", customer});
+  ASSERT_EQ(invoices.status, "0");
+  EXPECT_EQ(invoices.rows.front().at("InvoiceNum"), "INV-" + latest);
+}
+
 }  // namespace
 }  // namespace ent
