@@ -63,6 +63,21 @@ TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
   ASSERT_EQ(phone.status, "0");
   ASSERT_FALSE(phone.rows.empty());
   for (const auto& row : phone.rows) EXPECT_EQ(row.at("HomePhone"), area + "-" + number);
+  // A number cut short is compared as it stands, without a wildcard added.
+  std::string area_digits = area;
+  area_digits.erase(std::remove(area_digits.begin(), area_digits.end(), '-'), area_digits.end());
+  EXPECT_EQ(RunReport("ENTCUSTSRCH", {"", "", "", "", "", area_digits + number.substr(0, 1)}).status,
+            "No records found.");
+
+  // The business telephone is split the same way.
+  const std::string bus_area = QueryValue("select abtel from customer where btel <> '' order by cusid limit 1");
+  const std::string bus_number = QueryValue("select btel from customer where btel <> '' order by cusid limit 1");
+  std::string bus_digits = bus_area + bus_number;
+  bus_digits.erase(std::remove(bus_digits.begin(), bus_digits.end(), '-'), bus_digits.end());
+  test::ReportRun business = RunReport("ENTCUSTSRCH", {"", "", "", "", "", "", bus_digits});
+  ASSERT_EQ(business.status, "0");
+  ASSERT_FALSE(business.rows.empty());
+  for (const auto& row : business.rows) EXPECT_EQ(row.at("BusPhone"), bus_area + "-" + bus_number);
 }
 
 TEST(SearchesTest, QuotesInValuesAndSortOrdersThatAreNotColumnLists) {
