@@ -71,11 +71,13 @@ TEST_F(TechniciansTest, PerformanceCountsTheLinesEachSwitchAdds) {
 TEST_F(TechniciansTest, CostFromTheLinesOrFromTheTimeClock) {
   // Ann: 3 h at 25 on the invoice, clocked before the range (the invoice date counts); 2 h at 30 on
   // the voided order in the range, 5 h on it after the range; 1 h on the deleted invoice. Carl, who
-  // has no lines, 1 h at 20 on the invoice.
+  // has no lines, 1 h at 20 on the invoice; his hour on a credit invoice never counts.
+  shop.Insert("wo", "woid, invoiceid, credid, estid, chkvoid, chkestpending, wodeleted, latestdate",
+              {"6, 0, 21, 0, 0, 0, 0, '2024-05-15'"});
   shop.Insert("timeclock", "timeclockid, woid, userid, thedate, hrs, thehourlyrate",
               {"1, 1, 'T1', '2024-04-30', 3, 25", "2, 2, 'T1', '2024-05-11', 2, 30",
                "3, 2, 'T1', '2024-06-15', 5, 30", "4, 5, 'T1', '2024-05-14', 1, 30",
-               "5, 1, 'T2', '2024-05-10', 1, 20"});
+               "5, 1, 'T2', '2024-05-10', 1, 20", "6, 6, 'T2', '2024-05-15', 1, 20"});
   struct Case {
     bool not_pending, voided, clock;
     Row ann, carl;
