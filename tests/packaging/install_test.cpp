@@ -13,16 +13,6 @@
 namespace ent {
 namespace {
 
-std::string Shell(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return output;
-  char buffer[4096];
-  while (size_t n = fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, n);
-  pclose(pipe);
-  return output;
-}
-
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path);
   std::ostringstream text;
@@ -43,11 +33,11 @@ const std::vector<std::string> kCommands = {"process", "query", "sample-db", "he
 TEST(InstallTest, PutsTheProgramUnitManualAndCompletionUnderThePrefix) {
   test::TempDir dir;
   const std::string prefix = dir.file("prefix");
-  const std::string log = Shell("cmake --install '" ENTPRCREQ_BUILD_DIR "' --prefix '" + prefix + "' 2>&1");
+  const std::string log = test::ShellOutput("cmake --install '" ENTPRCREQ_BUILD_DIR "' --prefix '" + prefix + "' 2>&1");
   const std::string program = prefix + "/bin/entprcreq";
   ASSERT_TRUE(std::filesystem::exists(program)) << log;
   EXPECT_EQ(test::RunProgram({"--version"}, dir.path().string()).out,
-            Shell("'" + program + "' --version"));
+            test::ShellOutput("'" + program + "' --version"));
 
   // The unit starts the program where this installation put it.
   const std::string unit = ReadFile(prefix + "/lib/systemd/system/entprcreq.service");
@@ -64,7 +54,7 @@ TEST(InstallTest, PutsTheProgramUnitManualAndCompletionUnderThePrefix) {
   // The completion, sourced by bash, completes commands and a command's options.
   const std::string completion = prefix + "/share/bash-completion/completions/entprcreq";
   auto complete = [&](const std::string& words) {
-    return Shell("bash -c 'source \"" + completion + "\"; COMP_WORDS=(entprcreq " + words +
+    return test::ShellOutput("bash -c 'source \"" + completion + "\"; COMP_WORDS=(entprcreq " + words +
                  "); COMP_CWORD=$((${#COMP_WORDS[@]}-1)); _entprcreq; echo \"${COMPREPLY[@]}\"'");
   };
   EXPECT_EQ(complete("jo"), "journal\n");
@@ -77,7 +67,7 @@ TEST(InstallTest, CompletionOffersEachCommandsOwnOptions) {
   const std::string script = ENTPRCREQ_SOURCE_DIR "/packaging/entprcreq.bash-completion";
   const std::regex option_line(R"(^  (--[a-z-]+))");
   for (const std::string& command : kCommands) {
-    const std::string offered = Shell("bash -c 'source \"" + script + "\"; COMP_WORDS=(entprcreq " + command +
+    const std::string offered = test::ShellOutput("bash -c 'source \"" + script + "\"; COMP_WORDS=(entprcreq " + command +
                                       " --); COMP_CWORD=2; _entprcreq; echo \"${COMPREPLY[@]}\"'");
     std::set<std::string> described = {"--help"};
     std::istringstream help(test::RunProgram({command, "--help"}, dir.path().string()).out);
@@ -90,7 +80,7 @@ TEST(InstallTest, CompletionOffersEachCommandsOwnOptions) {
 }
 
 TEST(InstallTest, TheUnitsExposureIsAtMostTwo) {
-  const std::string report = Shell("systemd-analyze security --offline=true '" ENTPRCREQ_SOURCE_DIR
+  const std::string report = test::ShellOutput("systemd-analyze security --offline=true '" ENTPRCREQ_SOURCE_DIR
                                    "/packaging/entprcreq.service' 2>&1");
   std::smatch match;
   ASSERT_TRUE(std::regex_search(report, match, std::regex(R"(Overall exposure level for \S+: ([0-9.]+))")))

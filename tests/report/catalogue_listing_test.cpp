@@ -13,6 +13,7 @@
 
 #include "server/host_server.h"
 #include "server/http_client.h"
+#include "support/program.h"
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"
 
@@ -67,14 +68,6 @@ TEST(ReportCatalogueTest, EveryDescribedCodeGivesTheDescribedColumns) {
   EXPECT_EQ(codes.size(), 30u);  // 28 reports and two retired codes
 }
 
-std::string CommandOutput(const std::string& command) {
-  std::string out;
-  std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-  std::array<char, 4096> chunk;
-  while (pipe && fgets(chunk.data(), chunk.size(), pipe.get())) out += chunk.data();
-  return out;
-}
-
 TEST(ReportCatalogueTest, OneJsonFromTheLibraryTheCommandAndTheServer) {
   const nlohmann::json listed = nlohmann::json::parse(ReportCatalogueJson());
   const auto& loyal = *std::find_if(listed["reports"].begin(), listed["reports"].end(),
@@ -85,8 +78,8 @@ TEST(ReportCatalogueTest, OneJsonFromTheLibraryTheCommandAndTheServer) {
   EXPECT_EQ(loyal["parameters"][0]["type"], "date");
   EXPECT_EQ(loyal["parameters"][0]["default"], "");
 
-  EXPECT_EQ(nlohmann::json::parse(CommandOutput(std::string(ENTPRCREQ_BINARY) + " reports --json")), listed);
-  const std::string text = CommandOutput(std::string(ENTPRCREQ_BINARY) + " reports");
+  EXPECT_EQ(nlohmann::json::parse(test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " reports --json")), listed);
+  const std::string text = test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " reports");
   EXPECT_NE(text.find("BL01  Balance sheet\n    p0  dtAsOf (date): "), std::string::npos) << text;
   EXPECT_NE(text.find("    p6  bQOHOnly (true/false): "), std::string::npos);
 

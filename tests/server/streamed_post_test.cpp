@@ -11,6 +11,7 @@
 #include "server/cls_process_request.h"
 #include "server/head_office.h"
 #include "server/soap_client.h"
+#include "support/program.h"
 #include "support/temp_dir.h"
 #include "support/test_db.h"
 
@@ -22,17 +23,6 @@ std::string FileBytes(const std::string& path) {
   std::ostringstream out;
   out << in.rdbuf();
   return out.str();
-}
-
-// What a command prints on its standard output.
-std::string Output(const std::string& command) {
-  std::string out;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return out;
-  char piece[4096];
-  while (size_t n = fread(piece, 1, sizeof piece, pipe)) out.append(piece, n);
-  pclose(pipe);
-  return out;
 }
 
 std::string ShellQuoted(const std::string& text) {
@@ -89,7 +79,7 @@ class StreamedPostTest : public ::testing::Test {
 
 TEST_F(StreamedPostTest, TheHeadOfficeStoresExactlyWhatQueryPrints) {
   const std::string sql = "select * from part order by id";
-  const std::string printed = Output(std::string(ENTPRCREQ_BINARY) + " query --connection " +
+  const std::string printed = test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " query --connection " +
                                      ShellQuoted(db_.connection_string()) + " --sql " + ShellQuoted(sql));
   ASSERT_EQ(printed.rfind("<xml ", 0), 0u) << printed;
   ASSERT_EQ(printed.substr(printed.size() - 6), "</xml>");

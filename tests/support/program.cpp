@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
+#include <memory>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -97,6 +99,15 @@ int BackgroundProgram::Stop() {
   const int code = WaitFor(pid_);
   pid_ = -1;
   return code;
+}
+
+std::string ShellOutput(const std::string& command) {
+  std::string out;
+  std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+  if (!pipe) return out;
+  char piece[4096];
+  while (size_t n = fread(piece, 1, sizeof piece, pipe.get())) out.append(piece, n);
+  return out;
 }
 
 }  // namespace ent::test

@@ -18,6 +18,9 @@ struct ProgramRun {
 ProgramRun RunProgram(const std::vector<std::string>& args, const std::string& output_dir,
                       const std::vector<std::string>& environment = {});
 
+// What a shell command prints on its standard output (empty when it cannot be started).
+std::string ShellOutput(const std::string& command);
+
 class BackgroundProgram {
  public:
   BackgroundProgram(const std::vector<std::string>& args, const std::string& output_dir,
