@@ -277,23 +277,31 @@ CREATE TABLE machine (
 );
 
 CREATE INDEX ix_vehicle_cusid ON vehicle (cusid);
-CREATE INDEX ix_wo_cusid ON wo (cusid);
+-- A customer's work orders with what the receivables read of them (credit key, archive flag, date).
+CREATE INDEX ix_wo_cusid ON wo (cusid, credid, archive, latestdate);
 CREATE INDEX ix_wo_invoiceid ON wo (invoiceid, latestdate);
 CREATE INDEX ix_wo_credid ON wo (credid);
 CREATE INDEX ix_wo_latestdate ON wo (latestdate);
+-- A period's invoices and credits found from the index alone, keys included, before any line is read.
+CREATE INDEX ix_wo_date_keys ON wo (latestdate, invoiceid, credid, woid, wodeleted);
 CREATE INDEX ix_woparts_woid ON woparts (woid);
+-- One sales class of each work order's lines: the per-class sums read only that class's lines.
+CREATE INDEX ix_woparts_woid_class ON woparts (woid, SalesClass);
 -- Most lines carry the placeholder 0 in invoiceid or credid, so a plain index on either key sends a
 -- join into a loop over every line of the other kind. The partial indexes hold only real keys and
 -- serve the joins that say "<> 0"; the composite ones let a join on all three keys, on the invoice
--- and its preset jobs, or on a sales class and its invoices, reject lines from the index alone.
+-- and its preset jobs, or on a sales class and its invoices (skipped lines too), reject lines from
+-- the index alone.
 CREATE INDEX ix_woparts_invoiceid ON woparts (invoiceid, presetjobid);
 CREATE INDEX ix_woparts_credid ON woparts (credid);
 CREATE INDEX ix_woparts_invoice_set ON woparts (invoiceid) WHERE invoiceid <> 0;
 CREATE INDEX ix_woparts_credit_set ON woparts (credid) WHERE credid <> 0;
 CREATE INDEX ix_woparts_keys ON woparts (invoiceid, credid, estid, mechuserid);
-CREATE INDEX ix_woparts_class ON woparts (SalesClass, invoiceid);
+CREATE INDEX ix_woparts_class ON woparts (SalesClass, invoiceid, skip);
 CREATE INDEX ix_wopaymentadv_id ON wopaymentadv (id);
 CREATE INDEX ix_invtrans_invid ON invtrans (invid);
 CREATE INDEX ix_timeclock_woid ON timeclock (woid);
-CREATE INDEX ix_glposting_chid ON ChartOfAccountsGLPOSTINGTABLE (chid, transdate);
+-- The ledger is summed per account up to a date, by source and kind of posting: every column those
+-- sums read is in the index, so they never visit the table's million rows.
+CREATE INDEX ix_glposting_chid ON ChartOfAccountsGLPOSTINGTABLE (chid, transdate, srcmod, srcid, srcid2, amt);
 CREATE INDEX ix_glposting_srcid ON ChartOfAccountsGLPOSTINGTABLE (srcid);
