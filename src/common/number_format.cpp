@@ -291,8 +291,7 @@ std::string Render(const Decimal& value, const Layout& layout, bool sign, Format
   if (static_cast<int>(fraction.size()) < layout.min_frac)
     fraction.append(layout.min_frac - fraction.size(), '0');
 
-  std::string out;
-  out.reserve(integer.size() * 4 / 3 + fraction.size() + layout.tokens.size() + 2);
+  std::string out;  // most results are short enough to stay inside the string itself
   if (sign) out += '-';
   size_t next = 0;  // the next integer digit to print
   auto print_integer_digits = [&](long up_to) {
@@ -337,8 +336,28 @@ std::string Render(const Decimal& value, const Layout& layout, bool sign, Format
   return out;
 }
 
+// A report formats whole columns with one pattern, so the tokens of the last pattern read on this
+// thread are kept (over a copy of its text, which the literal tokens point into).
+const std::vector<Token>& PatternTokens(std::string_view pattern, FormatRules rules) {
+  struct Cache {
+    bool valid = false;
+    FormatRules rules = FormatRules::kVisualBasic;
+    std::string pattern;
+    std::vector<Token> tokens;
+  };
+  thread_local Cache cache;
+  if (!cache.valid || cache.rules != rules || cache.pattern != pattern) {
+    cache.valid = false;
+    cache.pattern.assign(pattern);
+    cache.rules = rules;
+    cache.tokens = TokenizeNumberPattern(cache.pattern, rules);
+    cache.valid = true;
+  }
+  return cache.tokens;
+}
+
 std::string FormatNumber(Decimal value, std::string_view pattern, FormatRules rules) {
-  const std::vector<Token> tokens = TokenizeNumberPattern(pattern, rules);
+  const std::vector<Token>& tokens = PatternTokens(pattern, rules);
   // Sections: positive (and everything else when alone); negative; zero. Any further ones are
   // ignored; a missing or empty one falls back to the first.
   std::array<Section, 3> sections;

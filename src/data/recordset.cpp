@@ -17,10 +17,18 @@ constexpr int32_t kErrMultipleStep = static_cast<int32_t>(0x80040E21);
 constexpr int32_t kErrNotUpdatable = 3251;
 constexpr int32_t kErrClosed = 3704;
 
+// Column names compare without regard to ASCII case, as the program's "C" locale folds them; the
+// fold is written out because this runs for every cell a report reads or writes by name.
 bool SameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-         });
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    unsigned char x = static_cast<unsigned char>(a[i]), y = static_cast<unsigned char>(b[i]);
+    if (x == y) continue;
+    if (x >= 'A' && x <= 'Z') x = static_cast<unsigned char>(x - 'A' + 'a');
+    if (y >= 'A' && y <= 'Z') y = static_cast<unsigned char>(y - 'A' + 'a');
+    if (x != y) return false;
+  }
+  return true;
 }
 
 size_t Utf8Length(const std::string& s) {
@@ -200,6 +208,22 @@ void Recordset::Set(size_t index, const Variant& value) {
     if (length > field.defined_size) field.defined_size = length;
   }
   row.values[index] = Coerce(field, value);
+}
+
+void Recordset::Set(size_t index, Variant&& value) {
+  // Text into a text column is checked as Coerce checks it and then moved in, saving a copy of
+  // every cell a report copies. Text holding much more room than it uses is copied instead, so that
+  // a rowset keeps no slack.
+  if (index < fields_.size() && value.IsString() && IsTextType(fields_[index].type) && editable_ &&
+      !IsBof() && !IsEof() && value.text().capacity() - value.text().size() < 16) {
+    Field& field = fields_[index];
+    const auto length = static_cast<int64_t>(Utf8Length(value.text()));
+    if (field.widens && length > field.defined_size) field.defined_size = length;
+    if (field.defined_size > 0 && length > field.defined_size) MultipleStep();
+    CurrentRow().values[index] = std::move(value);
+    return;
+  }
+  Set(index, static_cast<const Variant&>(value));
 }
 
 Variant Recordset::Coerce(const Field& field, const Variant& value) const {

@@ -63,6 +63,7 @@ class Recordset {
   const Variant& Get(size_t index) const;
   void Set(std::string_view name, const Variant& value);
   void Set(size_t index, const Variant& value);
+  void Set(size_t index, Variant&& value);  // as above; text is moved, not copied
 
   // Adds a row and makes it current; Update ends the edit (an editable query rowset inserts the row
   // into its base table then).

@@ -58,17 +58,20 @@ void clsRS::appendTotalRow(Recordset& rs, const std::vector<std::string>& names)
     const size_t count = ListedCount(names);
     std::vector<Currency> sums(count);
     rs.MoveFirst();
+    // A name the rowset lacks raises before anything is summed, as reading it on the first row would.
+    std::vector<size_t> columns(count);
+    for (size_t i = 0; i < count; ++i) columns[i] = rs.FieldIndex(names[i]);
     while (!rs.IsEof()) {
       YieldToPendingWork();
       for (size_t i = 0; i < count; ++i) {
-        const Variant& cell = rs.Get(names[i]);
+        const Variant& cell = rs.Get(columns[i]);
         if (IsNumericValue(cell)) sums[i] += cell.ToCurrency();
       }
       rs.MoveNext();
     }
     rs.AddNew();
     rs.Set(size_t{0}, Variant("[b]TOTAL"));
-    for (size_t i = 0; i < count; ++i) rs.Set(names[i], Variant(Format(Variant(sums[i]), kAmountPattern)));
+    for (size_t i = 0; i < count; ++i) rs.Set(columns[i], Variant(Format(Variant(sums[i]), kAmountPattern)));
     rs.Update();
     rs.MoveFirst();
   } catch (const Error&) {
@@ -80,9 +83,21 @@ void clsRS::formatColumns(Recordset& rs, const std::vector<std::string>& names, 
     if (rs.IsBof() || rs.IsEof()) return;
     const size_t count = ListedCount(names);
     rs.MoveFirst();
+    // Columns are looked up once; with a name the rowset lacks, the cells named before it on the
+    // first row are still formatted before the lookup fails, so that case keeps the lookup per cell.
+    std::vector<size_t> columns;
+    try {
+      for (size_t i = 0; i < count; ++i) columns.push_back(rs.FieldIndex(names[i]));
+    } catch (const Error&) {
+      columns.clear();
+    }
     while (!rs.IsEof()) {
       YieldToPendingWork();
-      for (size_t i = 0; i < count; ++i) rs.Set(names[i], Variant(Format(rs.Get(names[i]), pattern)));
+      if (columns.size() == count) {
+        for (size_t c : columns) rs.Set(c, Variant(Format(rs.Get(c), pattern)));
+      } else {
+        for (size_t i = 0; i < count; ++i) rs.Set(names[i], Variant(Format(rs.Get(names[i]), pattern)));
+      }
       rs.MoveNext();
     }
     rs.MoveFirst();

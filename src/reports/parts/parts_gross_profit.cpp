@@ -79,27 +79,35 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
       if (at == memo.end()) at = memo.emplace(key, look_up()).first;
       return at->second;
     };
+    // Columns by position, looked up on the first row (an empty result looks nothing up).
+    enum In { kInvoice, kDate, kDescription, kCost, kSoldFor, kQty, kTotal, kMargin, kClass, kSupplier, kJob };
+    static const char* const kIn[] = {"Invoice", "Invoice_Date", "Part_Description", "PartCost", "Sold_For",
+                                      "QTYSold", "totparts", "WO_Profit_Margin", "SalesClass", "SuppID",
+                                      "presetjobid"};
+    std::vector<size_t> in;  // the result's columns are set by position, in the order made above
     while (!query->IsEof()) {
+      if (in.empty())
+        for (const char* name : kIn) in.push_back(query->FieldIndex(name));
+      auto cell = [&](In column) -> const Variant& { return query->Get(in[column]); };
       result->AddNew();
-      result->Set("Invoice", Variant(parts::TrimBlanks(Text(query->Get("Invoice")))));
-      result->Set("Invoice_Date", Variant(parts::TrimBlanks(Text(query->Get("Invoice_Date")))));
-      result->Set("Part_Description", Variant(parts::TrimBlanks(Text(query->Get("Part_Description")))));
-      result->Set("Part_Cost", Variant(Amount(query->Get("PartCost"))));
-      result->Set("Sold_For", Variant(Amount(query->Get("Sold_For"))));
-      result->Set("QTY_Sold", Variant(Amount(query->Get("QTYSold"))));
-      result->Set("Total_Parts", Variant(Amount(query->Get("totparts"))));
-      result->Set("WO_Profit_Margin", Variant(Amount(query->Get("WO_Profit_Margin"))));
-      const Currency cost = query->Get("PartCost").ToCurrency();
-      const std::string sales_class = Text(query->Get("SalesClass"));
+      result->Set(size_t{0}, Variant(parts::TrimBlanks(Text(cell(kInvoice)))));
+      result->Set(size_t{1}, Variant(parts::TrimBlanks(Text(cell(kDate)))));
+      result->Set(size_t{2}, Variant(parts::TrimBlanks(Text(cell(kDescription)))));
+      result->Set(size_t{3}, Variant(Amount(cell(kCost))));
+      result->Set(size_t{4}, Variant(Amount(cell(kSoldFor))));
+      result->Set(size_t{5}, Variant(Amount(cell(kQty))));
+      result->Set(size_t{6}, Variant(Amount(cell(kTotal))));
+      result->Set(size_t{7}, Variant(Amount(cell(kMargin))));
+      const Currency cost = cell(kCost).ToCurrency();
+      const std::string sales_class = Text(cell(kClass));
       const Currency margin = remembered(class_margins, std::make_pair(cost, sales_class),
                                          [&] { return getSalesClassMargin(cost, sales_class); });
-      result->Set("Sales_Class_Profit_Margin", Variant(Amount(Variant(margin))));
-      const int32_t supplier = query->Get("SuppID").ToLong();
-      result->Set("Supplier_Name",
-                  Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(supplier); })));
-      result->Set("Sales_Class", Variant(parts::TrimBlanks(sales_class)));
-      const int32_t job = query->Get("presetjobid").ToLong();
-      result->Set("Job_Number",
+      result->Set(size_t{8}, Variant(Amount(Variant(margin))));
+      const int32_t supplier = cell(kSupplier).ToLong();
+      result->Set(size_t{9}, Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(supplier); })));
+      result->Set(size_t{10}, Variant(parts::TrimBlanks(sales_class)));
+      const int32_t job = cell(kJob).ToLong();
+      result->Set(size_t{11},
                   Variant(parts::TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(job); }))));
       result->Update();
       query->MoveNext();
