@@ -43,7 +43,8 @@ read -r s kb cpu < <(measure sqlite3 -csv "$db" "$sql")
 csv_bytes=$(stat -c %s "$work/out"); csv_s=$s; csv_cpu=$cpu
 row "sqlite3 -csv" "$s" "$kb" "$csv_bytes" "$cpu"
 
-read -r s kb cpu < <(measure "$bin" query --connection "Provider=SQLite;Data Source=$db" --sql "$sql")
+read -r s kb cpu < <(measure "$bin" query --connection "Provider=SQLite;Data Source=$db" --sql "$sql" \
+  --max-result-mb 4096)
 doc_bytes=$(stat -c %s "$work/out"); query_s=$s; query_cpu=$cpu
 cp "$work/out" "$work/printed.xml"
 row "entprcreq query" "$s" "$kb" "$doc_bytes" "$cpu"
@@ -58,7 +59,7 @@ escaped_sql=$(printf '%s' "$sql" | sed -e 's/&/\&amp;/g' -e 's/</\&lt;/g' -e 's/
 printf '<report><type>2</type><clientid>1</clientid><sql>%s</sql><name/><params><reportItem/></params><sessionid>bench</sessionid></report>' \
   "$escaped_sql" >"$work/request.xml"
 read -r s kb cpu < <(measure "$bin" process --request "$work/request.xml" --connection "Provider=SQLite;Data Source=$db" \
-  --host-address 127.0.0.1 --host-port "$port" --db-size --token-dir "$work/token" --timeout 600)
+  --host-address 127.0.0.1 --host-port "$port" --db-size --token-dir "$work/token" --timeout 600 --max-result-mb 4096)
 process_s=$s; process_cpu=$cpu
 row "entprcreq process (posted)" "$s" "$kb" "$doc_bytes" "$cpu"
 kill -INT $(pgrep -P "$office_pid") 2>/dev/null || true  # the server under time(1)

@@ -14,6 +14,7 @@
 
 #include "common/error.h"
 #include "server/head_office_page.h"
+#include "server/post_arguments.h"
 #include "server/http_serving.h"
 #include "server/xml_names.h"
 
@@ -24,6 +25,8 @@ namespace {
 const char kWsdlPath[] = "/EntHost/service.asmx";
 const char kOperation[] = "sendReport";
 const char kEnvelopeNs[] = "http://schemas.xmlsoap.org/soap/envelope/";
+// An argument's text is kept in memory up to this size; a longer one (the document) goes to a file.
+constexpr size_t kArgumentInMemory = size_t{1} << 20;
 
 std::string XmlText(const pugi::xml_document& doc) {
   std::ostringstream out;
@@ -158,17 +161,6 @@ std::string JsonString(const std::string& text) {
   return out.str();
 }
 
-// z:row elements in a document's text, found by their start tags: no tree is built, so a document
-// of any size is counted at the speed of a text search.
-int CountRows(std::string_view text) {
-  int rows = 0;
-  for (size_t at = text.find("<z:row"); at != std::string_view::npos; at = text.find("<z:row", at + 6)) {
-    const char next = at + 6 < text.size() ? text[at + 6] : '\0';
-    if (next == ' ' || next == '\t' || next == '\r' || next == '\n' || next == '/' || next == '>') ++rows;
-  }
-  return rows;
-}
-
 // The name of a document's first element, after any declaration, comment or blank; "" when the text
 // does not start like a document.
 std::string RootName(std::string_view text) {
@@ -207,9 +199,10 @@ struct HeadOffice::Impl {
   mutable std::mutex mutex;
   std::vector<HeadOfficePost> posts;
 
-  // `document` is the text of the last argument (kept out of `post` when it is stored).
-  void Store(const HeadOfficePost& post, std::string_view document) const {
+  // `received` holds the last argument's text, the document (kept out of `post` when it is stored).
+  void Store(const HeadOfficePost& post, PostArguments& received) const {
     if (options.out_dir.empty()) return;
+    const bool has_document = !post.arguments.empty() && received.last_size() > 0;
     char stem[16];
     std::snprintf(stem, sizeof stem, "%04d", post.number);
     const std::filesystem::path dir(options.out_dir);
@@ -217,77 +210,74 @@ struct HeadOffice::Impl {
     json << "{\n  \"soapAction\": " << JsonString(post.soap_action) << ",\n  \"arguments\": [";
     for (size_t i = 0; i < post.arguments.size(); ++i) {
       const auto& [name, value] = post.arguments[i];
-      const bool is_document = i + 1 == post.arguments.size() && !document.empty();
+      const bool is_document = i + 1 == post.arguments.size() && has_document;
       json << (i ? "," : "") << "\n    {\"name\": " << JsonString(name) << ", "
            << (is_document ? "\"file\": " + JsonString(std::string(stem) + ".xml")
                            : "\"value\": " + JsonString(value))
            << "}";
     }
     json << "\n  ],\n  \"rows\": " << post.rows << "\n}\n";
-    if (!document.empty())
-      std::ofstream(dir / (std::string(stem) + ".xml"), std::ios::binary)
-          .write(document.data(), static_cast<std::streamsize>(document.size()));
+    if (has_document) received.StoreLast((dir / (std::string(stem) + ".xml")).string());
     auto arg = [&](size_t i) { return i < post.arguments.size() ? post.arguments[i].second : std::string(); };
     std::ofstream(dir / "posts.txt", std::ios::binary | std::ios::app)
         << stem << '\t' << OneLine(arg(2), 40) << '\t' << OneLine(arg(3), 12) << '\t' << OneLine(arg(4), 100)
         << '\t' << post.rows << '\t' << post.document_root << '\n';
   }
 
-  // Reads the body as it arrives into one buffer that the envelope is then parsed in (no copy), and
-  // hands the document on without building a tree of it.
+  // Reads the envelope as the body arrives, never holding the body: the arguments are decoded on the
+  // way, and a document too large to keep in memory goes straight into a file in the output folder.
   void HandlePost(const httplib::Request& request, httplib::Response& response,
                   const httplib::ContentReader& content) {
-    std::string body;
-    // The declared length only sizes the buffer, within reason; the body is read as it comes.
-    const uint64_t declared = request.get_header_value<uint64_t>("Content-Length");
-    body.reserve(static_cast<size_t>(std::min<uint64_t>(declared, uint64_t{1} << 30)));
-    content([&body](const char* data, size_t size) {
-      body.append(data, size);
-      return true;
-    });
     auto fail = [&](const std::string& code, const std::string& text) {
       response.status = 500;
       response.set_content(FaultText(code, text), "text/xml; charset=utf-8");
     };
+    PostArguments received(options.out_dir, kArgumentInMemory);
+    SoapCallReader reader(received);
+    bool well_formed = true;
+    std::string store_failure;
+    content([&](const char* data, size_t size) {
+      try {
+        if (well_formed && store_failure.empty()) well_formed = reader.Feed(std::string_view(data, size));
+      } catch (const Error& e) {
+        store_failure = e.description();
+      }
+      return true;  // the whole body is read whatever it holds
+    });
     std::string action = request.get_header_value("SOAPAction");
     if (action.size() >= 2 && action.front() == '"' && action.back() == '"')
       action = action.substr(1, action.size() - 2);
     if (action != SoapAction(options.target_namespace))
       return fail("soap:Client",
                   "Server did not recognize the value of HTTP Header SOAPAction: " + action + ".");
-    pugi::xml_document doc;
-    if (!doc.load_buffer_inplace(body.data(), body.size()))
-      return fail("soap:Client", "The request is not an XML document.");
-    pugi::xml_node call = xml::FirstElement(xml::FirstElement(xml::FirstElement(doc, "Envelope"), "Body"));
-    if (!call || xml::NameOf(call).local != kOperation || xml::NameOf(call).ns != options.target_namespace)
+    if (!store_failure.empty()) return fail("soap:Server", store_failure);
+    if (!well_formed || !reader.Finish()) return fail("soap:Client", "The request is not an XML document.");
+    if (!received.has_call() || received.call_local() != kOperation ||
+        received.call_ns() != options.target_namespace)
       return fail("soap:Client", "The request does not call sendReport in " + options.target_namespace + ".");
 
     HeadOfficePost post;
     post.soap_action = action;
-    std::vector<pugi::xml_node> arguments;
-    for (pugi::xml_node arg = call.first_child(); arg; arg = arg.next_sibling())
-      if (arg.type() == pugi::node_element) arguments.push_back(arg);
-    // The last argument is the document: read where the parser left it in the body, and copied
-    // only to be kept in memory when there is no folder to store it in.
-    std::string_view document;
+    auto& arguments = received.arguments();
+    if (!arguments.empty() && received.last_size() > 0) {
+      post.document_root = RootName(received.last_head());
+      if (!post.document_root.empty()) post.rows = received.last_rows();
+    }
+    // The document (the last argument) is kept in memory only when there is no folder to store it in.
     for (size_t i = 0; i < arguments.size(); ++i) {
       const bool last = i + 1 == arguments.size();
-      if (last) document = arguments[i].text().get();
-      post.arguments.emplace_back(xml::LocalName(arguments[i].name()),
-                                  last ? std::string() : std::string(arguments[i].text().get()));
+      post.arguments.emplace_back(arguments[i].first, !last ? arguments[i].second
+                                                      : options.out_dir.empty() ? std::move(arguments[i].second)
+                                                                                : std::string());
     }
-    if (!post.arguments.empty() && !document.empty()) {
-      post.document_root = RootName(document);
-      if (!post.document_root.empty()) post.rows = CountRows(document);
-      if (options.out_dir.empty()) post.arguments.back().second = std::string(document);
-    }
-    {
+    try {
       std::lock_guard<std::mutex> lock(mutex);
       post.number = static_cast<int>(posts.size()) + 1;
-      Store(post, document);
+      Store(post, received);
       posts.push_back(std::move(post));
+    } catch (const Error& e) {
+      return fail("soap:Server", e.description());
     }
-    body = std::string();
     if (options.delay_ms > 0) std::this_thread::sleep_for(std::chrono::milliseconds(options.delay_ms));
     if (!options.fault.empty()) return fail("soap:Server", options.fault);
     response.set_content(AnswerText(options), "text/xml; charset=utf-8");

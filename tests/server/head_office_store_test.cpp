@@ -1,0 +1,242 @@
+// The stand-in head office reads a post's envelope as it arrives and stores the document without
+// holding the body: what it stores and keeps must be what an XML parser reads from the envelope,
+// however the text is cut into pieces, and a refused post leaves nothing behind.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <pugixml.hpp>
+#include <sstream>
+
+#include "common/error.h"
+#include "server/head_office.h"
+#include "server/http_client.h"
+#include "server/post_arguments.h"
+#include "server/soap_call_reader.h"
+#include "server/xml_names.h"
+#include "support/temp_dir.h"
+
+namespace ent {
+namespace {
+
+// Everything a reader reports, in order, as one text.
+class Recorder : public SoapCallSink {
+ public:
+  void Call(std::string_view ns, std::string_view local) override {
+    log += "call {" + std::string(ns) + "}" + std::string(local) + "\n";
+  }
+  void ArgumentStart(std::string_view local) override { log += "arg " + std::string(local) + " ["; }
+  void ArgumentText(std::string_view piece) override { log += piece; }
+  void ArgumentEnd() override { log += "]\n"; }
+  std::string log;
+};
+
+// What pugixml reads from the same envelope, in the Recorder's form: the call where the head
+// office looks for it, and each argument's first text node.
+std::string AsPugixmlReadsIt(const std::string& envelope) {
+  pugi::xml_document doc;
+  EXPECT_TRUE(doc.load_string(envelope.c_str())) << envelope;
+  pugi::xml_node call = xml::FirstElement(xml::FirstElement(xml::FirstElement(doc, "Envelope"), "Body"));
+  std::string log = "call {" + xml::NameOf(call).ns + "}" + xml::NameOf(call).local + "\n";
+  for (pugi::xml_node arg = call.first_child(); arg; arg = arg.next_sibling())
+    if (arg.type() == pugi::node_element)
+      log += "arg " + xml::LocalName(arg.name()) + " [" + arg.text().get() + "]\n";
+  return log;
+}
+
+std::string ReadInPieces(const std::string& envelope, size_t piece, bool& ok, std::string& error) {
+  Recorder sink;
+  SoapCallReader reader(sink);
+  ok = true;
+  for (size_t at = 0; at < envelope.size() && ok; at += piece)
+    ok = reader.Feed(std::string_view(envelope).substr(at, piece));
+  ok = ok && reader.Finish();
+  error = reader.error();
+  return sink.log;
+}
+
+TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
+  const std::string envelope =
+      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<!-- sent by a test -->\n"
+      "<env:Envelope xmlns:env=\"http://schemas.xmlsoap.org/soap/envelope/\" xmlns:t='urn:a&amp;b'>"
+      "<env:Header><t:sendReport>not the call</t:sendReport></env:Header>\n"
+      "<env:Body><t:sendReport xmlns=\"http://tempuri.org/\">\r\n"
+      "  <GUID>g-1</GUID>\n"
+      "  <t:Passcode>a &lt;b&gt; &amp; &quot;c&quot; &apos;d&apos; &#233;&#xE9; &unknown; & done</t:Passcode>\n"
+      "  <SessionID>  <?pi inside?>after a PI</SessionID>\n"
+      "  <ClientID><![CDATA[<raw> & ]]]]></ClientID>\n"
+      "  <strErr>line one\r\nline two\rline three&#xD;&#10;end</strErr>\n"
+      "  <Blank>   </Blank><Empty/><Nested><inner>deep</inner>  after</Nested>\n"
+      "  <Split>first<!-- cut -->second</Split>\n"
+      "  <xmlDoc>&lt;xml&gt;&#xD;\n\t&lt;z:row a='1'/&gt;&lt;/xml&gt;</xmlDoc>\n"
+      "</t:sendReport></env:Body></env:Envelope>\n";
+  const std::string expected = AsPugixmlReadsIt(envelope);
+  for (size_t piece : {envelope.size(), size_t{1}, size_t{2}, size_t{3}, size_t{7}, size_t{64}}) {
+    bool ok = false;
+    std::string error;
+    EXPECT_EQ(ReadInPieces(envelope, piece, ok, error), expected) << "pieces of " << piece;
+    EXPECT_TRUE(ok) << "pieces of " << piece << ": " << error;
+  }
+}
+
+TEST(SoapCallReaderTest, RefusesWhatIsNoWellFormedDocument) {
+  const std::string call = "<s:Envelope xmlns:s='e'><s:Body><c xmlns='t'><a>x</a></c></s:Body></s:Envelope>";
+  bool ok = true;
+  std::string error;
+  ReadInPieces(call, 5, ok, error);
+  EXPECT_TRUE(ok) << error;
+  const std::pair<std::string, std::string> refused[] = {
+      {"<!DOCTYPE x [<!ENTITY a 'b'>]>" + call, "document type"},
+      {call.substr(0, call.size() - 5), "ends inside markup"},
+      {call.substr(0, call.size() - 13), "is not closed"},
+      {"<s:Envelope><s:Body></s:Envelope></s:Body>", "does not close"},
+      {call + "trailing words", "outside the root"},
+      {"words first" + call, "outside the root"},
+      {call + "<second/>", "second root"},
+      {"<a b></a>", "malformed attribute"},
+      {"<a b='1></a>", "ends inside markup"},
+      {"", "no root element"},
+      {"<a><![CDATA[never ends</a>", "inside a CDATA section"},
+  };
+  for (const auto& [text, why] : refused) {
+    ReadInPieces(text, 4, ok, error);
+    EXPECT_FALSE(ok) << text;
+    EXPECT_NE(error.find(why), std::string::npos) << text << " -> " << error;
+  }
+
+  std::string deep;
+  for (int i = 0; i < 65; ++i) deep += "<d>";
+  ReadInPieces(deep, 4096, ok, error);
+  EXPECT_FALSE(ok);
+  EXPECT_NE(error.find("nested deeper than 64"), std::string::npos) << error;
+
+  Recorder sink;
+  SoapCallReader small_markup(sink, 64, 100);
+  EXPECT_FALSE(small_markup.Feed("<a b='" + std::string(200, 'x')));
+  EXPECT_NE(small_markup.error().find("markup longer than 100 bytes"), std::string::npos) << small_markup.error();
+}
+
+TEST(RowTagCounterTest, CountsRowTagsAcrossPieces) {
+  const std::string text = "<xml><z:row a='1'/>\r\n<z:row\tb='2'/><z:rows/><z:row/><z:row><z:row<z:row>"
+                           "text &lt;z:row /&gt; <z:ro w/><z:row";
+  for (size_t piece : {text.size(), size_t{1}, size_t{3}, size_t{5}}) {
+    RowTagCounter counter;
+    for (size_t at = 0; at < text.size(); at += piece) counter.Feed(std::string_view(text).substr(at, piece));
+    EXPECT_EQ(counter.rows(), 5) << "pieces of " << piece;  // not z:rows, "<z:row<", the escaped one, the cut one
+  }
+}
+
+std::string Escaped(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c == '&') out += "&amp;";
+    else if (c == '<') out += "&lt;";
+    else if (c == '>') out += "&gt;";
+    else if (c == '\r') out += "&#xD;";
+    else out += c;
+  }
+  return out;
+}
+
+std::string Envelope(const std::string& document) {
+  return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<soap:Envelope "
+         "xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\"><soap:Body><sendReport "
+         "xmlns=\"http://tempuri.org/\"><GUID>g</GUID><Passcode>p</Passcode><SessionID>s9</SessionID>"
+         "<ClientID>4</ClientID><strErr>0</strErr><xmlDoc>" +
+         Escaped(document) + "</xmlDoc></sendReport></soap:Body></soap:Envelope>";
+}
+
+HttpResponse PostTo(const HeadOffice& office, const std::string& body) {
+  std::string url = office.WsdlUrl();
+  url.resize(url.find('?'));
+  return HttpPost(url, {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"http://tempuri.org/sendReport\""},
+                  body, {5, 60, 1 << 20});
+}
+
+std::string FileText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream out;
+  out << in.rdbuf();
+  return out.str();
+}
+
+std::vector<std::string> FilesIn(const std::string& dir) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
+  // About 4 MB with every character the envelope escapes, CR LF line ends and non-ASCII text.
+  std::string document = "<xml xmlns:z='#RowsetSchema'>\r\n<rs:data>\r\n";
+  const int rows = 30000;
+  for (int i = 0; i < rows; ++i)
+    document += "\t<z:row id='" + std::to_string(i) + "' d='Nuts &#x26; &#x3c;bolts&#x3e; \"M8\" Bremsbel\xC3\xA4ge " +
+                std::string(60, 'x') + "'/>\r\n";
+  document += "</rs:data>\r\n</xml>";
+  ASSERT_GT(document.size(), 3u << 20);
+
+  test::TempDir dir;
+  HeadOfficeOptions stored_options;
+  stored_options.out_dir = dir.file("posts");
+  HeadOffice stored(stored_options);
+  stored.Start("127.0.0.1", 0);
+  HeadOffice kept{HeadOfficeOptions{}};
+  kept.Start("127.0.0.1", 0);
+
+  const std::string envelope = Envelope(document);
+  EXPECT_EQ(PostTo(stored, envelope).status, 200);
+  EXPECT_EQ(PostTo(kept, envelope).status, 200);
+
+  EXPECT_EQ(FileText(dir.file("posts/0001.xml")), document);
+  EXPECT_EQ(FilesIn(dir.file("posts")), (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
+  EXPECT_EQ(FileText(dir.file("posts/posts.txt")), "0001\ts9\t4\t0\t" + std::to_string(rows) + "\txml\n");
+  EXPECT_NE(FileText(dir.file("posts/0001.json")).find("{\"name\": \"xmlDoc\", \"file\": \"0001.xml\"}"),
+            std::string::npos);
+  ASSERT_EQ(stored.Posts().size(), 1u);
+  EXPECT_EQ(stored.Posts()[0].arguments.back().second, "");  // not also kept in memory
+  EXPECT_EQ(stored.Posts()[0].rows, rows);
+
+  ASSERT_EQ(kept.Posts().size(), 1u);
+  EXPECT_EQ(kept.Posts()[0].arguments.back().second, document);
+  EXPECT_EQ(kept.Posts()[0].rows, rows);
+  EXPECT_EQ(kept.Posts()[0].arguments[2].second, "s9");
+}
+
+TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
+  test::TempDir dir;
+  HeadOfficeOptions options;
+  options.out_dir = dir.file("posts");
+  HeadOffice office(options);
+  office.Start("127.0.0.1", 0);
+  const std::string document(3 << 20, 'x');  // past the memory limit before the text breaks off
+
+  std::string cut = Envelope(document);
+  cut.resize(cut.size() - 40);
+  HttpResponse broken = PostTo(office, cut);
+  EXPECT_EQ(broken.status, 500);
+  EXPECT_NE(broken.body.find("The request is not an XML document."), std::string::npos) << broken.body;
+
+  std::string other = Envelope(document);
+  other.replace(other.find("http://tempuri.org/\">"), 19, "urn:other");
+  HttpResponse wrong = PostTo(office, other);
+  EXPECT_EQ(wrong.status, 500);
+  EXPECT_NE(wrong.body.find("does not call sendReport in http://tempuri.org/"), std::string::npos) << wrong.body;
+
+  EXPECT_TRUE(office.Posts().empty());
+  EXPECT_TRUE(FilesIn(dir.file("posts")).empty());
+
+  // An argument before the document that is itself too long for memory is read back whole.
+  std::string long_first = Envelope("<xml/>");
+  long_first.replace(long_first.find("<GUID>g</GUID>"), 14, "<GUID>" + document + "</GUID>");
+  EXPECT_EQ(PostTo(office, long_first).status, 200);
+  ASSERT_EQ(office.Posts().size(), 1u);
+  EXPECT_EQ(office.Posts()[0].arguments[0].second, document);
+  EXPECT_EQ(FileText(dir.file("posts/0001.xml")), "<xml/>");
+  EXPECT_EQ(FilesIn(dir.file("posts")), (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
+}
+
+}  // namespace
+}  // namespace ent
