@@ -90,6 +90,15 @@ bool SoapCallReader::Fail(std::string text) {
 
 bool SoapCallReader::Feed(std::string_view piece) {
   if (failed_ || finished_) return false;
+  if (!bom_checked_) {
+    // A UTF-8 byte order mark may open the text; it is no part of the document.
+    constexpr std::string_view kBom = "\xEF\xBB\xBF";
+    pending_.append(piece);
+    piece = {};
+    if (pending_.size() < kBom.size() && kBom.substr(0, pending_.size()) == pending_) return true;
+    bom_checked_ = true;
+    if (std::string_view(pending_).substr(0, kBom.size()) == kBom) pending_.erase(0, kBom.size());
+  }
   size_t stop;
   if (pending_.empty()) {
     stop = Consume(piece, 0, false);

@@ -68,6 +68,7 @@ class SoapCallReader {
   std::string blanks_;     // leading blanks of a text node, held until it proves not blank
   bool after_cr_ = false;  // the last raw character emitted was a CR (its LF is dropped)
   bool in_cdata_ = false;
+  bool bom_checked_ = false;
 };
 
 }  // namespace ent

@@ -149,6 +149,26 @@ TEST(FreeStandingRowset, AppendAddSetAndNavigate) {
   EXPECT_TRUE(rs.Get("Parts_Sold").IsNull());
 }
 
+// Text set by position is moved into the rowset rather than copied; it is checked all the same.
+TEST(FreeStandingRowset, TextMovedInIsCheckedAndWidensItsColumn) {
+  Recordset rs;
+  rs.AppendField(AppendedField("Fixed", DataType::kChar, 5));
+  rs.AppendField(ResultTextField("Wide"));
+  rs.Open();
+  EXPECT_THROW(rs.Set(0, Variant(std::string("abc"))), Error);  // no current row
+  rs.AddNew();
+  EXPECT_THROW(rs.Set(0, Variant(std::string("sixsix"))), Error);
+  EXPECT_THROW(rs.Set(0, Variant(std::string("\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4"))), Error);
+  rs.Set(0, Variant(std::string("\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4")));  // five characters, ten bytes
+  EXPECT_EQ(rs.Get(0).text(), "\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4");
+  const std::string long_text(80, 'w');
+  rs.Set(1, Variant(long_text));
+  EXPECT_EQ(rs.fields()[1].defined_size, 80);
+  EXPECT_EQ(rs.Get(1).text(), long_text);
+  rs.Set(1, Variant(std::string("short")));
+  EXPECT_EQ(rs.fields()[1].defined_size, 80);  // a column never narrows
+}
+
 TEST_F(SqliteDriverTest, TheSqlLogIsAScriptOfWhatRanWithItsValues) {
   test::TempDir dir;
   const std::string log = dir.file("sql.log");

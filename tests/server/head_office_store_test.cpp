@@ -71,13 +71,24 @@ TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
       "  <Split>first<!-- cut -->second</Split>\n"
       "  <xmlDoc>&lt;xml&gt;&#xD;\n\t&lt;z:row a='1'/&gt;&lt;/xml&gt;</xmlDoc>\n"
       "</t:sendReport></env:Body></env:Envelope>\n";
-  const std::string expected = AsPugixmlReadsIt(envelope);
-  for (size_t piece : {envelope.size(), size_t{1}, size_t{2}, size_t{3}, size_t{7}, size_t{64}}) {
-    bool ok = false;
-    std::string error;
-    EXPECT_EQ(ReadInPieces(envelope, piece, ok, error), expected) << "pieces of " << piece;
-    EXPECT_TRUE(ok) << "pieces of " << piece << ": " << error;
+  // A namespace declared on an element holds inside it only; the call is in the first Body.
+  const std::string scoped =
+      "<Envelope xmlns='urn:outer'><Header xmlns='urn:header'><x/></Header><Body><sendReport><a>1</a>"
+      "</sendReport></Body><Body><other><b>2</b></other></Body></Envelope>";
+  for (const std::string& text : {envelope, scoped, "\xEF\xBB\xBF" + scoped}) {
+    const std::string expected = AsPugixmlReadsIt(text);
+    for (size_t piece : {text.size(), size_t{1}, size_t{2}, size_t{3}, size_t{7}, size_t{64}}) {
+      bool ok = false;
+      std::string error;
+      EXPECT_EQ(ReadInPieces(text, piece, ok, error), expected) << "pieces of " << piece;
+      EXPECT_TRUE(ok) << "pieces of " << piece << ": " << error;
+    }
   }
+  // A first Body without a call means no call, whatever a later Body holds.
+  bool ok = false;
+  std::string error;
+  EXPECT_EQ(ReadInPieces("<Envelope><Body/><Body><sendReport><a>1</a></sendReport></Body></Envelope>", 8, ok, error), "");
+  EXPECT_TRUE(ok) << error;
 }
 
 TEST(SoapCallReaderTest, RefusesWhatIsNoWellFormedDocument) {
