@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "common/error.h"
+#include "common/text.h"
 #include "data/row_filter.h"
 #include "data/rowset_xml.h"
 
@@ -13,15 +14,6 @@ namespace ent {
 
 namespace {
 
-constexpr int32_t kErrMultipleStep = static_cast<int32_t>(0x80040E21);
-constexpr int32_t kErrNotUpdatable = 3251;
-constexpr int32_t kErrClosed = 3704;
-
-bool SameName(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-         });
-}
 
 size_t Utf8Length(const std::string& s) {
   return static_cast<size_t>(
@@ -29,7 +21,7 @@ size_t Utf8Length(const std::string& s) {
 }
 
 [[noreturn]] void MultipleStep() {
-  throw Error(kErrMultipleStep, "Multiple-step operation generated errors. Check each status value.");
+  throw Error(err::kMultipleStep, "Multiple-step operation generated errors. Check each status value.");
 }
 
 }  // namespace
@@ -40,7 +32,7 @@ Recordset::~Recordset() = default;
 std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> connection, const std::string& sql,
                                                 bool editable) {
   if (!connection || !connection->IsOpen())
-    throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+    throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
   QueryResult result = connection->Query(sql);
   auto rs = std::make_unique<Recordset>();
   rs->fields_ = std::move(result.fields);
@@ -64,7 +56,7 @@ std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> conn
 std::unique_ptr<Recordset> Recordset::OpenForwardOnly(std::shared_ptr<Connection> connection,
                                                       const std::string& sql) {
   if (!connection || !connection->IsOpen())
-    throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+    throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
   auto rs = std::make_unique<Recordset>();
   rs->cursor_ = connection->OpenCursor(sql);
   rs->fields_ = rs->cursor_->fields();
@@ -99,12 +91,12 @@ void Recordset::Close() {
 }
 
 void Recordset::CheckOpen() const {
-  if (!open_) throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+  if (!open_) throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
 }
 
 size_t Recordset::FieldIndex(std::string_view name) const {
   for (size_t i = 0; i < fields_.size(); ++i)
-    if (SameName(fields_[i].name, name)) return i;
+    if (EqualsIgnoreCase(fields_[i].name, name)) return i;
   throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
 }
 
@@ -193,7 +185,7 @@ void Recordset::Set(size_t index, const Variant& value) {
     throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
   Row& row = CurrentRow();
   if (!editable_)
-    throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+    throw Error(err::kNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
   Field& field = fields_[index];
   if (field.widens && IsTextType(field.type) && value.IsString()) {
     const auto length = static_cast<int64_t>(Utf8Length(value.text()));
@@ -237,13 +229,13 @@ Variant Recordset::Coerce(const Field& field, const Variant& value) const {
 void Recordset::AddNew() {
   CheckOpen();
   if (!editable_)
-    throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+    throw Error(err::kNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
   FinishEdit();
   Row row;
   row.values.assign(fields_.size(), Variant::Null());
   row.pending_insert = true;
   rows_.push_back(std::move(row));
-  // A new row stays visible whatever the filter says, as the reference shows it until requeried.
+  // A new row stays visible whatever the filter says, so that the row just added can be read back until the rowset is requeried.
   visible_.push_back(rows_.size() - 1);
   position_ = visible_.size() - 1;
   before_first_ = false;
@@ -268,7 +260,7 @@ void Recordset::FinishEdit() {
     values.push_back(row.values[i]);
   }
   if (base_table_.empty())
-    throw Error(kErrNotUpdatable, "Insufficient base table information for updating or refreshing.");
+    throw Error(err::kNotUpdatable, "Insufficient base table information for updating or refreshing.");
   connection_->InsertRow(base_table_, columns, values);
   row.pending_insert = false;
 }

@@ -3,9 +3,11 @@
 #include <string>
 
 #include "common/error.h"
-#include "data/cls_rs.h"
+#include "common/text.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -34,7 +36,7 @@ void clsRS::getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtF
   std::string status;
   std::unique_ptr<Recordset> rs = runQuery(
       "select fiscalyearstartdate,fiscalyearenddate" + FiscalYearWhere(DateForSql(dtFor)), status, false);
-  Recordset& years = accounting::Rows(rs);
+  Recordset& years = Required(rs);
   if (!years.IsEof()) {
     dtStart = years.Get("FiscalYearStartDate").ToDate();
     dtEnd = years.Get("FiscalYearEndDate").ToDate();
@@ -44,7 +46,7 @@ void clsRS::getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtF
 bool clsRS::isInFiscalYear(DateTime& dtFor) {
   std::string status;
   std::unique_ptr<Recordset> rs = runQuery("select *" + FiscalYearWhere(dtFor.ShortDate()), status, false);
-  return !accounting::Rows(rs).IsEof();
+  return !Required(rs).IsEof();
 }
 
 int32_t clsRS::getChidByAccountNumber(int32_t& lAccountNumber) {
@@ -52,7 +54,7 @@ int32_t clsRS::getChidByAccountNumber(int32_t& lAccountNumber) {
   std::unique_ptr<Recordset> rs =
       runQuery("select chid from chartofaccounts where AccountNumber = " + std::to_string(lAccountNumber),
                status, false);
-  return accounting::Rows(rs).Get("CHID").ToLong();
+  return Required(rs).Get("CHID").ToLong();
 }
 
 std::string clsRS::getAccountName(int32_t lChid) {
@@ -60,7 +62,7 @@ std::string clsRS::getAccountName(int32_t lChid) {
     std::string status;
     std::unique_ptr<Recordset> rs = runQuery(
         "SELECT accountName FROM chartofaccounts WHERE chid = " + std::to_string(lChid), status, false);
-    Recordset& names = accounting::Rows(rs);
+    Recordset& names = Required(rs);
     if (names.IsEof()) return {};
     const Variant& name = names.Get("ACCOUNTNAME");
     if (name.IsNull()) return {};
@@ -86,20 +88,20 @@ std::string clsRS::getAccountPath(int32_t& lAccountNumber) {
     std::string status;
     std::unique_ptr<Recordset> rs =
         runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
-    Recordset& account = accounting::Rows(rs);
+    Recordset& account = Required(rs);
     if (account.IsEof()) {
       throw Error(err::kInvalidProcedureCall,
                   failed + "its parent account id " + std::to_string(c) +
                       " is not in the chart of accounts; expected every parent to be an account of the chart.");
     }
-    path = accounting::TrimBlanks(getAccountName(c)) + ": " + path;
+    path = TrimBlanks(getAccountName(c)) + ": " + path;
     c = account.Get("parentid").ToLong();
   } while (c != 0);
   if (!path.empty() && path.front() == ':') {
-    path = accounting::TrimBlanks(path.substr(1));
+    path = TrimBlanks(path.substr(1));
     if (!path.empty()) path.pop_back();
   } else {
-    path = accounting::TrimBlanks(path.substr(0, path.size() - 2));
+    path = TrimBlanks(path.substr(0, path.size() - 2));
   }
   return path;
 }

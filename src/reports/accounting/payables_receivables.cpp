@@ -6,6 +6,7 @@
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
 #include "reports/accounting/work_table_lock.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -66,14 +67,14 @@ bool clsRS::fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtE
     }
     std::unique_ptr<Recordset> suppliers;
     if (eTyp == 1) suppliers = runQuery(kSuppliers, innerErr, false);
-    Recordset& parties = accounting::Rows(suppliers);
+    Recordset& parties = Required(suppliers);
     while (!parties.IsEof()) {
       YieldToPendingWork();
       const int32_t id = parties.Get("GenID").ToLong();
       std::unique_ptr<Recordset> sum = runQuery(
           PayablesSum(d, "srcmod = 'SUPTRANS' or srcmod = 'SUPMAKEPAYMENT' or srcmod = 'LEVYSUP'", id),
           innerErr, false);
-      Currency balance = Owed(accounting::Rows(sum));
+      Currency balance = Owed(Required(sum));
       if (balance != Currency()) {
         std::string company = SafeString(parties.Get("Company"));
         std::string contact = SafeString(parties.Get("LName")) + ", " + SafeString(parties.Get("FName"));
@@ -84,7 +85,7 @@ bool clsRS::fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtE
     for (int32_t t = 1; t <= 2; ++t) {
       std::unique_ptr<Recordset> sum =
           runQuery(PayablesSum(d, "srcmod like 'TAX%' or srcmod = 'LEVYTAX'", t), innerErr, false);
-      Currency balance = Owed(accounting::Rows(sum));
+      Currency balance = Owed(Required(sum));
       std::string company = t == 1 ? "Tax 1" : "Tax 2";
       std::string contact;
       addAPARLine(company, contact, balance);

@@ -7,6 +7,7 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -21,7 +22,7 @@ std::vector<accounting::StatementEntry> clsRS::collectStatementEntries(
     const std::string& accountSql, const accounting::StatementPeriod& period, std::string& innerErr) {
   std::vector<accounting::StatementEntry> entries;
   std::unique_ptr<Recordset> rs = runQuery(accountSql, innerErr, false);
-  Recordset& accounts = accounting::Rows(rs);
+  Recordset& accounts = Required(rs);
   while (!accounts.IsEof()) {
     YieldToPendingWork();
     accounting::StatementEntry e;
@@ -56,7 +57,7 @@ Currency clsRS::getGroupSum(const Variant& accountType, int32_t accountNumber, i
         runQuery("select accountnumber,sublevel from chartofaccounts where accountnumber > " + number +
                      " and type = '" + SqlQuote(type) + "' order by accountnumber",
                  innerErr, false);
-    Recordset& later = accounting::Rows(rs);
+    Recordset& later = Required(rs);
     while (!later.IsEof()) {
       if (later.Get("sublevel").ToLong() <= subLevel) {
         next = later.Get("accountnumber").ToLong();

@@ -6,6 +6,7 @@
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
 #include "reports/accounting/work_table_lock.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -96,7 +97,7 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
     for (char cls : {'A', 'L', 'Q'}) {
       std::unique_ptr<Recordset> rs =
           runQuery(AccountsSql(std::string("fivetypename = '") + cls + "'"), innerErr, false);
-      Recordset& accounts = accounting::Rows(rs);
+      Recordset& accounts = Required(rs);
       while (!accounts.IsEof()) {
         YieldToPendingWork();
         const Currency b =
@@ -127,7 +128,7 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
 
     std::unique_ptr<Recordset> rs =
         runQuery(AccountsSql("fivetypename = 'R' or fivetypename = 'E'"), innerErr, false);
-    Recordset& accounts = accounting::Rows(rs);
+    Recordset& accounts = Required(rs);
     std::string current = accounts.IsEof() ? std::string() : accounts.Get("FiveTypeName").ToText();
     while (!accounts.IsEof()) {
       YieldToPendingWork();

@@ -5,8 +5,10 @@
 #include "common/error.h"
 #include "common/format.h"
 #include "common/numeric_text.h"
-#include "data/cls_rs.h"
+#include "common/text.h"
+#include "reports/cls_rs.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -56,7 +58,7 @@ void clsRS::addStatementLine(std::string& sName, int32_t& lLevel, std::string& s
   std::string status;
   std::unique_ptr<Recordset> rs =
       runQuery(bPL ? "select * FROM entPLShtRPT" : "select * FROM entBalanceShtRPT", status, true);
-  Recordset& table = accounting::Rows(rs);
+  Recordset& table = Required(rs);
   if (lLevel == std::numeric_limits<int32_t>::max()) throw Error(err::kOverflow, "Overflow");
   ++lLevel;
   table.AddNew();
@@ -84,7 +86,7 @@ void clsRS::addTrialBalanceLine(std::string& sName, std::string& sDebit, std::st
                                 int32_t& lRowID) {
   std::string status;
   std::unique_ptr<Recordset> rs = runQuery("select * FROM entTrialBalanceRPT", status, true);
-  Recordset& table = accounting::Rows(rs);
+  Recordset& table = Required(rs);
   table.AddNew();
   table.Set("ACCOUNTNAME", Variant(sName));
   table.Set("cDebit",
@@ -108,10 +110,10 @@ bool clsRS::createAPARTable() {
 void clsRS::addAPARLine(std::string& sCompany, std::string& sContact, Currency& cAmt) {
   std::string status;
   std::unique_ptr<Recordset> rs = runQuery("select * FROM entAPAR", status, true);
-  Recordset& table = accounting::Rows(rs);
+  Recordset& table = Required(rs);
   table.AddNew();
   table.Set("Company", Variant(Left(sCompany, 100)));
-  if (accounting::TrimBlanks(sContact) == ",") sContact.clear();
+  if (TrimBlanks(sContact) == ",") sContact.clear();
   table.Set("contact", Variant(Left(sContact, 100)));
   table.Set("cAmt", Variant(cAmt));
   table.Update();

@@ -5,11 +5,12 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
-#include "reports/parts/result_rowset.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -22,7 +23,7 @@ std::string Text(const Variant& value) {
 
 // An amount cell of the report: the value as text, formatted and trimmed.
 std::string Amount(const Variant& value) {
-  return parts::TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
+  return TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
 }
 
 // The first row's value of `column` as text; the empty text when there is none or it is null.
@@ -67,7 +68,7 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
   YieldToPendingWork();
   if (!query) return nullptr;
   try {
-    std::unique_ptr<Recordset> result = parts::NewResultRowset(
+    std::unique_ptr<Recordset> result = NewTextTable(
         {"Invoice", "Invoice_Date", "Part_Description", "Part_Cost", "Sold_For", "QTY_Sold", "Total_Parts",
          "WO_Profit_Margin", "Sales_Class_Profit_Margin", "Supplier_Name", "Sales_Class", "Job_Number"});
     // Lines repeat the same supplier, preset job and sales class with the same cost: each look-up
@@ -81,9 +82,9 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
     };
     while (!query->IsEof()) {
       result->AddNew();
-      result->Set("Invoice", Variant(parts::TrimBlanks(Text(query->Get("Invoice")))));
-      result->Set("Invoice_Date", Variant(parts::TrimBlanks(Text(query->Get("Invoice_Date")))));
-      result->Set("Part_Description", Variant(parts::TrimBlanks(Text(query->Get("Part_Description")))));
+      result->Set("Invoice", Variant(TrimBlanks(Text(query->Get("Invoice")))));
+      result->Set("Invoice_Date", Variant(TrimBlanks(Text(query->Get("Invoice_Date")))));
+      result->Set("Part_Description", Variant(TrimBlanks(Text(query->Get("Part_Description")))));
       result->Set("Part_Cost", Variant(Amount(query->Get("PartCost"))));
       result->Set("Sold_For", Variant(Amount(query->Get("Sold_For"))));
       result->Set("QTY_Sold", Variant(Amount(query->Get("QTYSold"))));
@@ -97,10 +98,10 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
       const int32_t supplier = query->Get("SuppID").ToLong();
       result->Set("Supplier_Name",
                   Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(supplier); })));
-      result->Set("Sales_Class", Variant(parts::TrimBlanks(sales_class)));
+      result->Set("Sales_Class", Variant(TrimBlanks(sales_class)));
       const int32_t job = query->Get("presetjobid").ToLong();
       result->Set("Job_Number",
-                  Variant(parts::TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(job); }))));
+                  Variant(TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(job); }))));
       result->Update();
       query->MoveNext();
     }

@@ -3,11 +3,12 @@
 // hours of those lines.
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
-#include "reports/parts/result_rowset.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -95,7 +96,7 @@ std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, cons
         strErr, false);
     if (!technicians) return nullptr;
     std::unique_ptr<Recordset> result =
-        parts::NewResultRowset({"First_Name", "Last_Name", "Total_Parts", "Total_Labor", "Total_Other",
+        NewTextTable({"First_Name", "Last_Name", "Total_Parts", "Total_Labor", "Total_Other",
                                 "Total_Levy", "Discount_Parts", "Discount_Labor", "Total"});
     const std::string head = kPerfHeads[chkIncNonPend][chkVoidWO];
     while (!technicians->IsEof()) {
@@ -103,7 +104,7 @@ std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, cons
       std::string line_err;
       std::unique_ptr<Recordset> sums =
           runQuery(TechnicianLines(head, technicians->Get("UserID"), startDate, EndDate), line_err, false);
-      sums = parts::Required(std::move(sums), line_err, line_err, "getTechPerf");
+      Required(sums, line_err, &line_err);
       result->AddNew();
       result->Set("First_Name", technicians->Get("FName"));
       result->Set("Last_Name", technicians->Get("LName"));
@@ -145,8 +146,8 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
                                               std::string& strErr) {
   std::unique_ptr<Recordset> technicians =
       runQuery(std::string("SELECT usertable.* ") + kTechnicianFrom + kTechnicianTypes + ";", strErr, false);
-  technicians = parts::Required(std::move(technicians), strErr, strErr, "getTechCost");
-  std::unique_ptr<Recordset> result = parts::NewResultRowset(
+  Required(technicians, strErr, &strErr);
+  std::unique_ptr<Recordset> result = NewTextTable(
       {"First_Name", "Last_Name", "Total_Hours", "Hourly", "Flat_Rate", "Comm_Parts", "Comm_Labor", "Total"});
   const std::string head = std::string(kCostSums) + kCostConditions[chkIncNonPend][chkVoidWO];
   // The clock figures of one technician stay for the next when the clock cannot be read.
@@ -155,7 +156,7 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
     const Variant& user_id = technicians->Get("UserID");
     std::unique_ptr<Recordset> sums =
         runQuery(TechnicianLines(head, user_id, startDate, EndDate), strErr, false);
-    sums = parts::Required(std::move(sums), strErr, strErr, "getTechCost");
+    Required(sums, strErr, &strErr);
     result->AddNew();
     result->Set("First_Name", technicians->Get("FName"));
     result->Set("Last_Name", technicians->Get("LName"));
@@ -197,7 +198,7 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
 
 void clsRS::getTechClockHours(const std::string& userID, const std::string& dateCondition, Currency& hours,
                               Currency& dollars, bool includeVoid) {
-  if (parts::TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
+  if (TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
   auto replace_all = [&](const std::string& by) {
     std::string text = dateCondition;
     for (size_t at = text.find("thedate"); at != std::string::npos; at = text.find("thedate", at + by.size()))

@@ -8,10 +8,12 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -44,12 +46,6 @@ const std::map<std::string, Category>& CategoryTable() {
   return table;
 }
 
-std::string Upper(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return s;
-}
-
 // The three periods of a row and their columns.
 struct Period {
   const char* units;
@@ -79,7 +75,7 @@ Currency clsRS::calcMarginPct(Currency sales, Currency cost) {
 }
 
 clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime& from, const DateTime& to) {
-  if (Upper(salesClass) == "UNCLASSIFIED") salesClass.clear();
+  if (AsciiUpper(salesClass) == "UNCLASSIFIED") salesClass.clear();
   const std::string lines =
       " from woparts inner join wo on woparts.woid = wo.woid where ((woparts.woid <> 0) or ((woparts.credid "
       "= "
@@ -99,10 +95,10 @@ clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime&
       runQuery("SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" +
                    lines + " and otherchargeid > 0",
                errB, false);
-  Recordset& parts = sales::Required(a, errA);
+  Recordset& parts = Required(a, errA);
   ClassTotals totals;
   if (parts.IsEof()) return totals;
-  Recordset& other = sales::Required(b, errB);
+  Recordset& other = Required(b, errB);
   auto n = [](const Recordset& rs, const char* column) { return ToNumeric(rs.Get(column)).ToCurrency(); };
   totals.units = n(parts, "TotQTY") + n(parts, "TotHRS") + n(other, "TotOTC");
   totals.sales = n(parts, "TotSales") + n(parts, "TotLSales") + n(other, "TotSales");
@@ -114,7 +110,7 @@ clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime&
 void clsRS::addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
                                std::array<CategoryFigures, 5>& categories) {
   const auto& table = CategoryTable();
-  auto found = table.find(Upper(sales::Trim(salesClass)));
+  auto found = table.find(AsciiUpper(TrimBlanks(salesClass)));
   CategoryFigures& into = categories[found == table.end() ? kOther : found->second];
   for (size_t i = 0; i < figures.size(); ++i) into[i] += figures[i];
 }
@@ -124,13 +120,13 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
   const DateTime day = Variant(dDateAsOf).ToDate().DateOnly();  // an unreadable day goes to the caller
   try {
     auto result =
-        sales::NewTable({"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD",
+        NewTextTable({"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD",
                          "Cost_MTD", "Margin_MTD", "Units_YTD", "Sales_YTD", "Cost_YTD", "Margin_YTD"});
     std::string listErr;
     std::unique_ptr<Recordset> classes =
         runQuery("SELECT distinct salesclass FROM SalesClassInventoryIndexPricing ORDER BY salesclass",
                  listErr, false);
-    Recordset& list = sales::Required(classes, listErr);
+    Recordset& list = Required(classes, listErr);
     if (list.IsEof()) {  // no sales classes: the table stays empty
       strErr = "0";
       return result;
@@ -141,10 +137,10 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
     bool has_unclassified = false;
     for (; !list.IsEof(); list.MoveNext()) {
       names.push_back(SafeString(list.Get("salesclass")));
-      if (Upper(sales::Trim(names.back())) == "UNCLASSIFIED") has_unclassified = true;
+      if (AsciiUpper(TrimBlanks(names.back())) == "UNCLASSIFIED") has_unclassified = true;
     }
     if (has_unclassified) {
-      std::erase_if(names, [](const std::string& name) { return sales::Trim(name).empty(); });
+      std::erase_if(names, [](const std::string& name) { return TrimBlanks(name).empty(); });
     }
     const DateTime starts[] = {day, DateTime::FromParts(day.year(), day.month(), 1),
                                DateTime::FromParts(day.year(), 1, 1)};

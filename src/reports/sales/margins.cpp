@@ -4,9 +4,11 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -59,14 +61,14 @@ double Amount(const Recordset& rs, const char* column) {
 
 bool IsTotalLine(const Recordset& rs) {
   if (rs.IsBof() || rs.IsEof()) return false;
-  return sales::Trim(rs.Get(size_t{0}).ToText()) == "[b]TOTAL";
+  return TrimBlanks(rs.Get(size_t{0}).ToText()) == "[b]TOTAL";
 }
 
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate, const std::string& EndDate,
                                                    std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     const std::string range =
         "where wodeleted = 0 and (invoiceid > 0 or credid > 0) and latestdate between '" +
         SqlQuote(startDate) + "' and '" + SqlQuote(EndDate) + "' order by latestdate, invoiceid, credid";
@@ -87,9 +89,9 @@ std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate,
     }
     std::string displayErr;
     std::unique_ptr<Recordset> invoices = runQuery(kInvoiceSql + range, displayErr, false);
-    sales::Required(invoices, displayErr);
+    Required(invoices, displayErr);
     auto result = addMarginTotals(invoices.get(), partsCost, labourCost, otherCost, totalCost);
-    sales::Required(result, "The invoices could not be copied.");
+    Required(result, "The invoices could not be copied.");
     strErr = "0";
     return result;
   });
@@ -128,7 +130,7 @@ std::unique_ptr<Recordset> clsRS::getMarginByMake(const std::string& dtStart, co
   std::unique_ptr<Recordset> makes = runQuery(sql, innerErr, false);
   if (!makes) return nullptr;
   std::unique_ptr<Recordset> copy = copyRS(makes.get());
-  Recordset& result = sales::Required(copy, "The vehicle makes could not be copied.");
+  Recordset& result = Required(copy, "The vehicle makes could not be copied.");
   const std::vector<std::string> amounts = {
       "Total_Parts", "Total_Labor", "Total_Other_Charges", "Total_Discounts", "Sub_total", "Profit", ""};
   appendTotalRow(result, amounts);
