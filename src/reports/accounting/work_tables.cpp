@@ -6,6 +6,7 @@
 #include "common/format.h"
 #include "common/numeric_text.h"
 #include "common/text.h"
+#include "reports/accounting/statements.h"
 #include "reports/cls_rs.h"
 #include "reports/accounting/ledger_sql.h"
 #include "reports/rowset_helpers.h"
@@ -40,10 +41,10 @@ std::string Left(const std::string& s, size_t n) {
 
 }  // namespace
 
-bool clsRS::createStatementTable(bool& bPL, std::string& innerErr) {
+bool accounting::createStatementTable(clsRS& engine, bool& bPL, std::string& innerErr) {
   const std::string name = bPL ? "entPLShtRPT" : "entBalanceShtRPT";
   try {
-    Recreate(*conn_, "DROP TABLE " + name, "create table " + name + kStatementColumns);
+    Recreate(*engine.connection(), "DROP TABLE " + name, "create table " + name + kStatementColumns);
     return true;
   } catch (const Error& e) {
     innerErr = std::to_string(e.number()) + " " + e.description();
@@ -51,13 +52,13 @@ bool clsRS::createStatementTable(bool& bPL, std::string& innerErr) {
   }
 }
 
-void clsRS::addStatementLine(std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
+void accounting::addStatementLine(clsRS& engine, std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
                              bool& bPL) {
   if (lLevel > 0) sName = "[sp" + std::to_string(3 * static_cast<int64_t>(lLevel)) + "]" + sName;
   if (!sAmount.empty()) sAmount = Format(Variant(sAmount), kAmountPattern);
   std::string status;
   std::unique_ptr<Recordset> rs =
-      runQuery(bPL ? "select * FROM entPLShtRPT" : "select * FROM entBalanceShtRPT", status, true);
+      engine.runQuery(bPL ? "select * FROM entPLShtRPT" : "select * FROM entBalanceShtRPT", status, true);
   Recordset& table = Required(rs);
   if (lLevel == std::numeric_limits<int32_t>::max()) throw Error(err::kOverflow, "Overflow");
   ++lLevel;
@@ -71,9 +72,9 @@ void clsRS::addStatementLine(std::string& sName, int32_t& lLevel, std::string& s
   table.Update();
 }
 
-bool clsRS::createTrialBalanceTable() {
+bool accounting::createTrialBalanceTable(clsRS& engine) {
   try {
-    Recreate(*conn_, "DROP TABLE entTrialBalanceRPT",
+    Recreate(*engine.connection(), "DROP TABLE entTrialBalanceRPT",
              "create table entTrialBalanceRPT (AccountName varchar(8000), cDebit varchar(100), cCredit "
              "varchar(100), rowID integer)");
     return true;
@@ -82,10 +83,10 @@ bool clsRS::createTrialBalanceTable() {
   }
 }
 
-void clsRS::addTrialBalanceLine(std::string& sName, std::string& sDebit, std::string& sCredit,
+void accounting::addTrialBalanceLine(clsRS& engine, std::string& sName, std::string& sDebit, std::string& sCredit,
                                 int32_t& lRowID) {
   std::string status;
-  std::unique_ptr<Recordset> rs = runQuery("select * FROM entTrialBalanceRPT", status, true);
+  std::unique_ptr<Recordset> rs = engine.runQuery("select * FROM entTrialBalanceRPT", status, true);
   Recordset& table = Required(rs);
   table.AddNew();
   table.Set("ACCOUNTNAME", Variant(sName));
@@ -97,9 +98,9 @@ void clsRS::addTrialBalanceLine(std::string& sName, std::string& sDebit, std::st
   table.Update();
 }
 
-bool clsRS::createAPARTable() {
+bool accounting::createAPARTable(clsRS& engine) {
   try {
-    Recreate(*conn_, "DROP TABLE entAPAR",
+    Recreate(*engine.connection(), "DROP TABLE entAPAR",
              "create table entAPAR (Company varchar(100), Contact varchar(100), cAmt float)");
     return true;
   } catch (const Error&) {
@@ -107,9 +108,9 @@ bool clsRS::createAPARTable() {
   }
 }
 
-void clsRS::addAPARLine(std::string& sCompany, std::string& sContact, Currency& cAmt) {
+void accounting::addAPARLine(clsRS& engine, std::string& sCompany, std::string& sContact, Currency& cAmt) {
   std::string status;
-  std::unique_ptr<Recordset> rs = runQuery("select * FROM entAPAR", status, true);
+  std::unique_ptr<Recordset> rs = engine.runQuery("select * FROM entAPAR", status, true);
   Recordset& table = Required(rs);
   table.AddNew();
   table.Set("Company", Variant(Left(sCompany, 100)));

@@ -18,6 +18,30 @@ void MatchAnyWhenEmpty(std::string& filter) {
   if (filter.empty()) filter = "%";
 }
 
+// The plain average of a column's non-blank cells (0 when there is none); leaves the rowset on its
+// first row.
+double averageColumn(Recordset* rs, const std::string& columnName) {
+  if (!rs) return 0;
+  try {
+    Currency sum;
+    int count = 0;
+    if (!rs->IsBof() || !rs->IsEof()) rs->MoveFirst();
+    while (!rs->IsEof()) {
+      const Variant value = ToNumeric(rs->Get(columnName));
+      if (!TrimBlanks(value.ToText()).empty()) {
+        sum += value.ToCurrency();
+        ++count;
+      }
+      rs->MoveNext();
+    }
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    if (count == 0) return 0;
+    return sum.ToDouble() / count;
+  } catch (const Error&) {
+    return 0;
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getInvValue(std::string& sPartNum, std::string& sDesc,
@@ -140,28 +164,6 @@ std::unique_ptr<Recordset> clsRS::getPartsSalesPerformance(const std::string& sD
   }
   strErr = "0";
   return copy;
-}
-
-double clsRS::averageColumn(Recordset* rs, const std::string& columnName) {
-  if (!rs) return 0;
-  try {
-    Currency sum;
-    int count = 0;
-    if (!rs->IsBof() || !rs->IsEof()) rs->MoveFirst();
-    while (!rs->IsEof()) {
-      const Variant value = ToNumeric(rs->Get(columnName));
-      if (!TrimBlanks(value.ToText()).empty()) {
-        sum += value.ToCurrency();
-        ++count;
-      }
-      rs->MoveNext();
-    }
-    if (rs->RecordCount() > 0) rs->MoveFirst();
-    if (count == 0) return 0;
-    return sum.ToDouble() / count;
-  } catch (const Error&) {
-    return 0;
-  }
 }
 
 std::unique_ptr<Recordset> clsRS::GetSupplierExpenseSummary(const std::string& sDTFrom,

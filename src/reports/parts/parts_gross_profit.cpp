@@ -38,6 +38,36 @@ std::string FirstText(clsRS& engine, const std::string& sql, const char* column)
   }
 }
 
+// The look-ups of a part line; each gives the empty text or 0 when nothing is found.
+std::string getSupplierName(clsRS& engine, int32_t supplierId) {
+  return FirstText(engine, "SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId),
+                   "Company");
+}
+
+std::string getJobNumber(clsRS& engine, int32_t jobId) {
+  if (jobId == 0) return "";
+  return FirstText(engine, "SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId),
+                   "jobnum");
+}
+
+Currency getSalesClassMargin(clsRS& engine, Currency cost, const std::string& salesClass) {
+  try {
+    // The cost is written with a decimal point whatever the system's number format.
+    const std::string amount = cost.ToString();
+    std::string err;
+    std::unique_ptr<Recordset> rs = engine.runQuery(
+        "SELECT profitMargin From SalesClassInventoryIndexPricing WHERE "
+        "(SalesClassInventoryIndexPricing.CostFrom <= " +
+            amount + " AND SalesClassInventoryIndexPricing.CostTo >= " + amount +
+            ") AND (SalesClassInventoryIndexPricing.salesclass = '" + SqlQuote(salesClass) + "');",
+        err, false);
+    if (!rs || rs->IsEof()) return Currency();
+    return rs->Get("profitMargin").ToCurrency();
+  } catch (const Error&) {
+    return Currency();
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate, const std::string& EndDate,
@@ -93,15 +123,15 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
       const Currency cost = query->Get("PartCost").ToCurrency();
       const std::string sales_class = Text(query->Get("SalesClass"));
       const Currency margin = remembered(class_margins, std::make_pair(cost, sales_class),
-                                         [&] { return getSalesClassMargin(cost, sales_class); });
+                                         [&] { return getSalesClassMargin(*this, cost, sales_class); });
       result->Set("Sales_Class_Profit_Margin", Variant(Amount(Variant(margin))));
       const int32_t supplier = query->Get("SuppID").ToLong();
       result->Set("Supplier_Name",
-                  Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(supplier); })));
+                  Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(*this, supplier); })));
       result->Set("Sales_Class", Variant(TrimBlanks(sales_class)));
       const int32_t job = query->Get("presetjobid").ToLong();
       result->Set("Job_Number",
-                  Variant(TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(job); }))));
+                  Variant(TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(*this, job); }))));
       result->Update();
       query->MoveNext();
     }
@@ -111,35 +141,6 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
   } catch (const Error& e) {
     strErr = e.description();
     return nullptr;
-  }
-}
-
-std::string clsRS::getSupplierName(int32_t supplierId) {
-  return FirstText(*this, "SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId),
-                   "Company");
-}
-
-std::string clsRS::getJobNumber(int32_t jobId) {
-  if (jobId == 0) return "";
-  return FirstText(*this, "SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId),
-                   "jobnum");
-}
-
-Currency clsRS::getSalesClassMargin(Currency cost, const std::string& salesClass) {
-  try {
-    // The cost is written with a decimal point whatever the system's number format.
-    const std::string amount = cost.ToString();
-    std::string err;
-    std::unique_ptr<Recordset> rs = runQuery(
-        "SELECT profitMargin From SalesClassInventoryIndexPricing WHERE "
-        "(SalesClassInventoryIndexPricing.CostFrom <= " +
-            amount + " AND SalesClassInventoryIndexPricing.CostTo >= " + amount +
-            ") AND (SalesClassInventoryIndexPricing.salesclass = '" + SqlQuote(salesClass) + "');",
-        err, false);
-    if (!rs || rs->IsEof()) return Currency();
-    return rs->Get("profitMargin").ToCurrency();
-  } catch (const Error&) {
-    return Currency();
   }
 }
 

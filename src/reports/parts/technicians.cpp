@@ -86,6 +86,49 @@ std::string Money(const Variant& sum) {
   return Money(clsRS::toCurrency(sum));
 }
 
+// The time-clock hours and pay of a user under a condition on "thedate". On a failure the outputs
+// are left as they stand.
+void getTechClockHours(clsRS& engine, const std::string& userID, const std::string& dateCondition, Currency& hours,
+                              Currency& dollars, bool includeVoid) {
+  if (TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
+  auto replace_all = [&](const std::string& by) {
+    std::string text = dateCondition;
+    for (size_t at = text.find("thedate"); at != std::string::npos; at = text.find("thedate", at + by.size()))
+      text.replace(at, 7, by);
+    return text;
+  };
+  const std::string invoice_date = replace_all("wo.LatestDate");
+  const std::string clock_date = replace_all("timeclock.thedate");
+  const std::string user = SqlQuote(userID);
+  std::string sql = "SELECT Sum(hrs) AS tothrs, Sum(hrs*thehourlyrate) AS tothrsdollars ";
+  sql += "FROM wo LEFT JOIN timeclock ON wo.woid = timeclock.woid ";
+  if (includeVoid) {
+    // Voided work orders count by the clock's date, invoices by the invoice date.
+    sql += "WHERE (((wo.chkVoid)=1) AND ((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
+           user + "') AND  (" + clock_date +
+           "))   OR (((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" + user +
+           "') AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND (" + invoice_date + "));";
+  } else {
+    sql +=
+        "WHERE (((wo.chkVoid)<>1) AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND  ((wo.woid)<>0) AND "
+        "((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
+        user + "') AND (" + invoice_date + "));";
+  }
+  try {
+    std::string err;
+    std::unique_ptr<Recordset> rs = engine.runQuery(sql, err, false);
+    if (!rs) return;
+    if (rs->IsEof()) {
+      hours = Currency();
+      dollars = Currency();
+      return;
+    }
+    hours = clsRS::toCurrency(rs->Get("totHRS"));
+    dollars = clsRS::toCurrency(rs->Get("tothrsdollars"));
+  } catch (const Error&) {
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, const std::string& EndDate,
@@ -174,8 +217,7 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
         result->Set("Hourly", Variant(Money(line_hourly)));
         result->Set("Total", Variant(Money(sums->Get("THETOTAL"))));
       } else {
-        getTechClockHours(
-            SafeString(user_id),
+        getTechClockHours(*this, SafeString(user_id),
             "thedate >= '" + SqlQuote(startDate) + "' and thedate <= '" + SqlQuote(EndDate) + "'",
             clock_hours, clock_pay, chkVoidWO);
         // With voided work orders included, a technician without lines keeps those two cells empty.
@@ -194,47 +236,6 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
   if (strErr.empty() || strErr == "0") strErr = "0";
   appendTotalRow(*result, {"Total_Hours", "Hourly", "Flat_Rate", "Comm_Parts", "Comm_Labor", "Total", ""});
   return result;
-}
-
-void clsRS::getTechClockHours(const std::string& userID, const std::string& dateCondition, Currency& hours,
-                              Currency& dollars, bool includeVoid) {
-  if (TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
-  auto replace_all = [&](const std::string& by) {
-    std::string text = dateCondition;
-    for (size_t at = text.find("thedate"); at != std::string::npos; at = text.find("thedate", at + by.size()))
-      text.replace(at, 7, by);
-    return text;
-  };
-  const std::string invoice_date = replace_all("wo.LatestDate");
-  const std::string clock_date = replace_all("timeclock.thedate");
-  const std::string user = SqlQuote(userID);
-  std::string sql = "SELECT Sum(hrs) AS tothrs, Sum(hrs*thehourlyrate) AS tothrsdollars ";
-  sql += "FROM wo LEFT JOIN timeclock ON wo.woid = timeclock.woid ";
-  if (includeVoid) {
-    // Voided work orders count by the clock's date, invoices by the invoice date.
-    sql += "WHERE (((wo.chkVoid)=1) AND ((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
-           user + "') AND  (" + clock_date +
-           "))   OR (((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" + user +
-           "') AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND (" + invoice_date + "));";
-  } else {
-    sql +=
-        "WHERE (((wo.chkVoid)<>1) AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND  ((wo.woid)<>0) AND "
-        "((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
-        user + "') AND (" + invoice_date + "));";
-  }
-  try {
-    std::string err;
-    std::unique_ptr<Recordset> rs = runQuery(sql, err, false);
-    if (!rs) return;
-    if (rs->IsEof()) {
-      hours = Currency();
-      dollars = Currency();
-      return;
-    }
-    hours = toCurrency(rs->Get("totHRS"));
-    dollars = toCurrency(rs->Get("tothrsdollars"));
-  } catch (const Error&) {
-  }
 }
 
 }  // namespace ent

@@ -1,6 +1,7 @@
 // The daily sales recap (DSR01): each sales class's units, sales, cost and margin for the day, the
 // month to date and the year to date, a total line and, on request, a summary by category.
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <map>
 #include <string>
@@ -66,15 +67,24 @@ Currency Shown(const Recordset& rs, const char* column) {
   return rs.Get(column).ToCurrency();
 }
 
-}  // namespace
+// The daily recap's figures of one period: units, sales, cost, margin percent.
+struct ClassTotals {
+  Currency units, sales, cost, margin;
+};
 
-Currency clsRS::calcMarginPct(Currency sales, Currency cost) {
+// One summary category's figures: units, units month-to-date, units year-to-date, cost (day, MTD,
+// YTD), sales (day, MTD, YTD).
+using CategoryFigures = std::array<Currency, 9>;
+
+// (sales - cost) / sales * 100; 0 without sales.
+Currency calcMarginPct(Currency sales, Currency cost) {
   if (sales == Currency()) return Currency();
   const double s = sales.ToDouble();
   return Currency::FromDouble((s - cost.ToDouble()) / s * 100.0);
 }
 
-clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime& from, const DateTime& to) {
+// The lines of one sales class ("UNCLASSIFIED": lines without a class) dated from..to.
+ClassTotals getClassTotals(clsRS& engine, std::string salesClass, const DateTime& from, const DateTime& to) {
   if (AsciiUpper(salesClass) == "UNCLASSIFIED") salesClass.clear();
   const std::string lines =
       " from woparts inner join wo on woparts.woid = wo.woid where ((woparts.woid <> 0) or ((woparts.credid "
@@ -85,14 +95,14 @@ clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime&
       SqlQuote(salesClass) + "' and latestdate >= '" + from.ShortDate() + "' and latestdate <= '" +
       to.ShortDate() + "'";
   std::string errA, errB;
-  std::unique_ptr<Recordset> a = runQuery(
+  std::unique_ptr<Recordset> a = engine.runQuery(
       "SELECT sum(qty) as TotQTY, sum(totparts - discpart) As TotSales, sum(invcost + mechpartstot) as "
       "TotCost, "
       "sum(hrs) as TotHRS, sum(labour - disclab) As TotLSales, sum(mechlabtot) as TotLCost" +
           lines,
       errA, false);
   std::unique_ptr<Recordset> b =
-      runQuery("SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" +
+      engine.runQuery("SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" +
                    lines + " and otherchargeid > 0",
                errB, false);
   Recordset& parts = Required(a, errA);
@@ -107,13 +117,17 @@ clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime&
   return totals;
 }
 
-void clsRS::addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
+// Adds the figures into the category of the class; categories in the order PARTS, LABOUR, TIRES,
+// OTHER, WHEELS.
+void addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
                                std::array<CategoryFigures, 5>& categories) {
   const auto& table = CategoryTable();
   auto found = table.find(AsciiUpper(TrimBlanks(salesClass)));
   CategoryFigures& into = categories[found == table.end() ? kOther : found->second];
   for (size_t i = 0; i < figures.size(); ++i) into[i] += figures[i];
 }
+
+}  // namespace
 
 std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsOf, bool bDisFinSumm,
                                                      std::string& strErr) {
@@ -150,7 +164,7 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
       YieldToPendingWork();
       result->Set("Sales_Class", Variant(salesClass));
       for (size_t p = 0; p < 3; ++p) {
-        const ClassTotals t = getClassTotals(salesClass, starts[p], day);
+        const ClassTotals t = getClassTotals(*this, salesClass, starts[p], day);
         result->Set(kPeriods[p].units, Amount(t.units));
         result->Set(kPeriods[p].cost, Amount(t.cost));
         result->Set(kPeriods[p].sales, Amount(t.sales));

@@ -64,6 +64,34 @@ bool IsTotalLine(const Recordset& rs) {
   return TrimBlanks(rs.Get(size_t{0}).ToText()) == "[b]TOTAL";
 }
 
+// A copy of the invoice rowset ending with its total line, whose margins are weighted by the costs.
+std::unique_ptr<Recordset> addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
+                                                  Currency otherCost, Currency totalCost) {
+  std::unique_ptr<Recordset> copy = clsRS::copyRS(rs);
+  if (!copy) return nullptr;
+  clsRS::appendTotalRow(*copy, {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total", ""});
+  if (copy->RecordCount() == 0) return copy;
+  copy->MoveLast();
+  if (!IsTotalLine(*copy)) return copy;
+  struct Margin {
+    const char* sales;
+    Currency cost;
+    const char* margin;
+  };
+  for (const Margin& m :
+       {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
+        Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
+        Margin{"Total", totalCost, "Total_Margin"}}) {
+    const double sales = clsRS::toCurrency(copy->Get(m.sales)).ToDouble();
+    std::string text = "0.00";
+    if (sales > 0)
+      text = Format(Variant(sales::Round2(100.0 - m.cost.ToDouble() / sales * 100.0)), kAmountPattern);
+    copy->Set(m.margin, Variant(text));
+  }
+  copy->Update();
+  return copy;
+}
+
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate, const std::string& EndDate,
@@ -95,33 +123,6 @@ std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate,
     strErr = "0";
     return result;
   });
-}
-
-std::unique_ptr<Recordset> clsRS::addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
-                                                  Currency otherCost, Currency totalCost) {
-  std::unique_ptr<Recordset> copy = copyRS(rs);
-  if (!copy) return nullptr;
-  appendTotalRow(*copy, {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total", ""});
-  if (copy->RecordCount() == 0) return copy;
-  copy->MoveLast();
-  if (!IsTotalLine(*copy)) return copy;
-  struct Margin {
-    const char* sales;
-    Currency cost;
-    const char* margin;
-  };
-  for (const Margin& m :
-       {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
-        Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
-        Margin{"Total", totalCost, "Total_Margin"}}) {
-    const double sales = toCurrency(copy->Get(m.sales)).ToDouble();
-    std::string text = "0.00";
-    if (sales > 0)
-      text = Format(Variant(sales::Round2(100.0 - m.cost.ToDouble() / sales * 100.0)), kAmountPattern);
-    copy->Set(m.margin, Variant(text));
-  }
-  copy->Update();
-  return copy;
 }
 
 std::unique_ptr<Recordset> clsRS::getMarginByMake(const std::string& dtStart, const std::string& dtEnd,
