@@ -8,10 +8,10 @@
 #include <string>
 
 #include "common/thread_values.h"
-#include "report/cls_prebuilt_report.h"
-#include "report/result_document.h"
+#include "job/cls_prebuilt_report.h"
+#include "job/result_document.h"
 #include "sampledb/sample_db.h"
-#include "server/sendable.h"
+#include "job/sendable.h"
 
 namespace {
 

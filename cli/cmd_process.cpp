@@ -10,6 +10,7 @@
 #include "query_limit_options.h"
 #include "server/cls_process_request.h"
 #include "server/execution_journal.h"
+#include "server/host_call.h"
 
 namespace ent::cli {
 
@@ -74,22 +75,24 @@ int RunProcess(const Args& args) {
     if (options.Has("--journal")) SetJournalPath(options.Get("--journal"));
     quiet = options.Has("--quiet");
     ApplyQueryLimitOptions(options);
+    HostCall call;
+    call.ApplicationPath = options.Get("--connection");
+    call.HostAddress = options.Get("--host-address");
+    call.HostPort = options.Get("--host-port");
+    call.GUID = options.Get("--guid");
+    call.Passcode = options.Get("--passcode");
+    call.ClientID = options.Get("--client-id", "0");
+    call.SessionID = options.Get("--session-id");
+    call.bDebug = options.Has("--debug");
+    call.DBSize = call.has_DBSize = options.Has("--db-size");
+    call.Request = ReadRequest(options.Get("--request"));
     request = std::make_unique<clsProcessRequest>();
-    request->set_ApplicationPath(options.Get("--connection"));
-    request->HostAddress = options.Get("--host-address");
-    request->HostPort = options.Get("--host-port");
-    request->GUID = options.Get("--guid");
-    request->Passcode = options.Get("--passcode");
-    request->ClientID = options.Get("--client-id", "0");
-    request->SessionID = options.Get("--session-id");
-    request->set_bDebug(options.Has("--debug"));
-    if (options.Has("--db-size")) request->set_DBSize(true);
     request->set_TokenDirectory(options.Get("--token-dir"));
     SoapOptions soap;
     soap.connect_timeout_seconds = options.GetNumber("--connect-timeout", soap.connect_timeout_seconds);
     soap.total_timeout_seconds = options.GetNumber("--timeout", soap.total_timeout_seconds);
     request->set_SoapOptions(soap);
-    request->setDomDocument(ReadRequest(options.Get("--request")));
+    ApplyHostCall(call, *request);
   } catch (const std::exception& e) {
     std::cerr << "entprcreq process: " << e.what() << "\n";
     return 2;

@@ -4,11 +4,11 @@
 
 #include "commands.h"
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
 #include "options.h"
 #include "query_limit_options.h"
-#include "report/result_document.h"
-#include "report/result_view.h"
+#include "job/cls_prebuilt_report.h"
+#include "job/result_document.h"
+#include "job/result_view.h"
 
 namespace ent::cli {
 
@@ -51,18 +51,16 @@ int RunQuery(const Args& args) {
     std::string connection = options.Get("--connection");
     if (!options.Has("--write")) connection += ";Mode=Read";
     SetShopConnectionString(connection);
-    clsRS engine;
-    std::string status;
-    std::unique_ptr<Recordset> rs = engine.getCustomRS(options.Get("--sql"), status);
-    if (status != "0" || !rs) {
-      std::cout << status << "\n";
-      return 1;
+    // The same job a custom request runs, so that what is printed is what would be posted.
+    clsPrebuiltReport job;
+    job.CustomReport = true;
+    job.sqlString = options.Get("--sql");
+    const std::shared_ptr<ISendable> result = job.generateDOC();
+    const std::shared_ptr<ResultDocument>& document = result->XMLDocument();
+    if (!document) {
+      std::cout << job.StatusStr << "\n";
+      return job.StatusStr == "No records found." ? 0 : 1;
     }
-    if (rs->IsBof() || rs->IsEof()) {
-      std::cout << "No records found.\n";
-      return 0;
-    }
-    std::shared_ptr<ResultDocument> document = ResultDocument::FromRowset(*rs);
     if (format != "xml") {
       pugi::xml_document doc;
       doc.load_string(document->Text().c_str());

@@ -4,8 +4,8 @@
 #include "commands.h"
 #include "common/error.h"
 #include "options.h"
-#include "report/result_render.h"
-#include "report/result_view.h"
+#include "job/result_render.h"
+#include "job/result_view.h"
 
 namespace ent::cli {
 

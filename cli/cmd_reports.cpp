@@ -2,7 +2,7 @@
 
 #include "commands.h"
 #include "options.h"
-#include "report/catalogue.h"
+#include "job/catalogue.h"
 
 namespace ent::cli {
 

@@ -34,8 +34,8 @@ Currency Currency::FromInt(int64_t units) { return FromRaw(Checked(static_cast<i
 
 Currency Currency::FromDouble(double value) {
   if (!std::isfinite(value)) Overflow();
-  // The product in extended precision, then to nearest with ties to even: the same result as the
-  // reference's x87 conversion.
+  // The product in extended precision, then to nearest with ties to even, so that a double becomes
+  // the same currency value it does in the shop's own tools.
   long double scaled = static_cast<long double>(value) * kScale;
   if (scaled >= 9223372036854775808.0L || scaled < -9223372036854775808.0L) Overflow();
   // rintl rounds as nearbyintl does (the current mode, to nearest) without saving and restoring the

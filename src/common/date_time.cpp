@@ -203,7 +203,7 @@ std::string DateTime::GeneralDate() const {
   char buf[32];
   std::snprintf(buf, sizeof buf, "%d:%02d:%02d %s", h % 12 == 0 ? 12 : h % 12, minute(), second(),
                 h < 12 ? "AM" : "PM");
-  // The date part is left out for a time on day zero, as the reference's general date does.
+  // The date part is left out for a time on day zero, as the shop's general date format does.
   if (DateOnly().seconds_ == 0) return buf;
   return ShortDate() + " " + buf;
 }

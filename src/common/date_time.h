@@ -12,7 +12,7 @@ namespace ent {
 
 class DateTime {
  public:
-  // Day zero of the reference's date serials: 1899-12-30 00:00:00.
+  // Day zero of the shop's date serials (OLE Automation dates): 1899-12-30 00:00:00.
   constexpr DateTime() = default;
   // Raises Error 5 for a date or time that does not exist (month 13, February 30, hour 24, ...).
   static DateTime FromParts(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);

@@ -16,7 +16,7 @@ namespace {
 constexpr size_t kBufferSize = 1 << 20;
 
 [[noreturn]] void Fail(const std::string& what) {
-  throw Error(3004, what + ": " + std::strerror(errno));
+  throw Error(err::kWriteFailed, what + ": " + std::strerror(errno));
 }
 
 }  // namespace

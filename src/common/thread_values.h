@@ -1,5 +1,5 @@
-// The values the reference keeps process-wide, one copy per server thread: the debug switch, the
-// log name and the shop connection string. Each request sets them on its own thread before use.
+// The values one request carries down to every layer, one copy per server thread: the debug switch,
+// the log name and the shop connection string. Each request sets them on its own thread before use.
 // The log directory is one setting for the whole process.
 #pragma once
 
@@ -23,8 +23,8 @@ std::string ExecutableDirectory();
 std::string LogDirectory();
 void SetLogDirectory(std::string directory);
 
-// Where the reference yields to pending work of its thread. Nothing is pending here; the calls mark
-// the places so that a future host integration has them.
+// The places where a long report would let other work of its thread run. Nothing is pending on our
+// threads; the calls mark the places so that a future host integration has them.
 inline void YieldToPendingWork() {}
 
 }  // namespace ent

@@ -15,7 +15,7 @@ namespace {
 [[noreturn]] void InvalidUseOfNull() { throw Error(err::kInvalidUseOfNull, "Invalid use of Null"); }
 [[noreturn]] void Overflow() { throw Error(err::kOverflow, "Overflow"); }
 
-// The reference's text of a float: up to `digits` significant digits, exponent form only for very
+// The shop's text of a float: up to `digits` significant digits, exponent form only for very
 // large or small magnitudes ("1E+15", "1E-05").
 std::string FloatText(double v, int digits) {
   if (v == 0) return "0";

@@ -1,6 +1,6 @@
-// A value of any type, as the reference's dynamic values are: empty (never assigned), null, true/false,
+// A value of any type, as the shop database's tools hold them: empty (never assigned), null, true/false,
 // whole numbers of 8/16/32/64 bits, single and double floats, decimal, currency, date, text, object.
-// The To* conversions follow the reference's standard conversions (CStr, CDbl, CCur, CLng, CBool,
+// The To* conversions follow the standard conversions of the shop's tools (CStr, CDbl, CCur, CLng, CBool,
 // CDate) in the en-US locale and raise Error 13 (type mismatch), 94 (invalid use of null) or 6
 // (overflow) as it does.
 #pragma once

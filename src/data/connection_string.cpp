@@ -4,21 +4,11 @@
 #include <cctype>
 
 #include "common/error.h"
+#include "common/text.h"
 
 namespace ent {
 
 namespace {
-
-bool SameKey(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
-         });
-}
-
-std::string Trim(std::string_view s) {
-  size_t b = s.find_first_not_of(" \t\r\n"), e = s.find_last_not_of(" \t\r\n");
-  return b == std::string_view::npos ? std::string() : std::string(s.substr(b, e - b + 1));
-}
 
 [[noreturn]] void BadFormat(size_t index) {
   throw Error(err::kDatabaseError,
@@ -49,7 +39,7 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
       key += text[i++];
     }
     ++i;  // '='
-    key = Trim(key);
+    key = std::string(TrimSpace(key));
     if (key.empty()) BadFormat(entry_start);
     while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
     std::string value;
@@ -73,11 +63,11 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
     } else {
       size_t end = text.find(';', i);
       if (end == std::string_view::npos) end = text.size();
-      value = Trim(text.substr(i, end - i));
+      value = std::string(TrimSpace(text.substr(i, end - i)));
       i = end;
     }
     auto existing = std::find_if(cs.entries_.begin(), cs.entries_.end(),
-                                 [&](const auto& e) { return SameKey(e.first, key); });
+                                 [&](const auto& e) { return EqualsIgnoreCase(e.first, key); });
     if (existing != cs.entries_.end())
       existing->second = value;
     else
@@ -88,7 +78,7 @@ ConnectionString ConnectionString::Parse(std::string_view text) {
 
 std::optional<std::string> ConnectionString::Get(std::string_view key) const {
   for (const auto& [k, v] : entries_)
-    if (SameKey(k, key)) return v;
+    if (EqualsIgnoreCase(k, key)) return v;
   return std::nullopt;
 }
 
@@ -107,8 +97,7 @@ std::string MaskedConnectionString(std::string_view text) {
   }
   std::string shown;
   for (const auto& [key, value] : parsed.entries()) {
-    std::string lower = key;
-    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const std::string lower = AsciiLower(key);
     const bool secret = lower == "pwd" || lower.find("password") != std::string::npos;
     std::string k;
     for (char c : key) k += c == '=' ? "==" : std::string(1, c);

@@ -5,19 +5,14 @@
 #include <cstdlib>
 
 #include "common/error.h"
+#include "common/text.h"
 
 namespace ent {
 
 namespace {
 
-std::string Lower(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return s;
-}
-
 bool IsSqlServerProvider(const std::string& provider) {
-  const std::string p = Lower(provider);
+  const std::string p = AsciiLower(provider);
   for (const char* family : {"sqloledb", "msoledbsql", "sqlncli"})
     if (p.rfind(family, 0) == 0) return true;
   return false;
@@ -47,7 +42,7 @@ long TimeoutOf(const ConnectionString& cs) {
 }
 
 OdbcTarget FreeTdsTarget(const ConnectionString& cs) {
-  const std::string integrated = Lower(cs.GetAny({"Integrated Security", "Trusted_Connection"}).value_or(""));
+  const std::string integrated = AsciiLower(cs.GetAny({"Integrated Security", "Trusted_Connection"}).value_or(""));
   if (integrated == "sspi" || integrated == "true" || integrated == "yes")
     throw Error(err::kDatabaseError,
                 "Integrated Security (Windows authentication) is not supported on this server: give the "
@@ -63,7 +58,7 @@ OdbcTarget FreeTdsTarget(const ConnectionString& cs) {
     port = server.substr(comma + 1);
     server = server.substr(0, comma);
   }
-  if (server == "." || Lower(server) == "(local)" || Lower(server) == "localhost") server = "127.0.0.1";
+  if (server == "." || AsciiLower(server) == "(local)" || AsciiLower(server) == "localhost") server = "127.0.0.1";
   const char* driver = std::getenv("ENTPRCREQ_FREETDS_DRIVER");
   std::string odbc =
       "Driver=" + OdbcValue(driver && *driver ? driver : "FreeTDS") + ";Server=" + OdbcValue(server);
@@ -79,11 +74,11 @@ OdbcTarget FreeTdsTarget(const ConnectionString& cs) {
 
 std::optional<OdbcTarget> OdbcTargetOf(const ConnectionString& cs) {
   const std::optional<std::string> provider = cs.Get("Provider");
-  if (provider && Lower(*provider) == "sqlite") return std::nullopt;
+  if (provider && AsciiLower(*provider) == "sqlite") return std::nullopt;
   if (cs.Get("Driver") || cs.Get("DSN")) {
     std::string odbc;
     for (const auto& [key, value] : cs.entries()) {
-      if (Lower(key) == "provider") continue;
+      if (AsciiLower(key) == "provider") continue;
       odbc += (odbc.empty() ? "" : ";") + key + "=" + OdbcValue(value);
     }
     return OdbcTarget{odbc, TimeoutOf(cs)};

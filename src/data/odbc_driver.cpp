@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "common/error.h"
+#include "common/text.h"
 #include "data/column_values.h"
 #include "data/query_limits.h"
 #include "data/sql_text.h"
@@ -84,12 +85,6 @@ bool IsFraction(SQLSMALLINT t) {
   return t == SQL_DOUBLE || t == SQL_FLOAT || t == SQL_REAL || t == SQL_NUMERIC || t == SQL_DECIMAL;
 }
 
-std::string Lower(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return s;
-}
-
 std::string TextAttribute(const Handle& stmt, SQLUSMALLINT column, SQLUSMALLINT attribute) {
   SQLCHAR text[512] = {};
   SQLSMALLINT length = 0;
@@ -146,7 +141,7 @@ class OdbcConnection : public Connection {
                                     out, sizeof out, &out_length, SQL_DRIVER_NOPROMPT);
     if (!SQL_SUCCEEDED(rc)) Raise(*dbc_, "Cannot connect to the shop database: ");
     connected_ = true;
-    sqlite_ = Lower(Info(SQL_DBMS_NAME)).find("sqlite") != std::string::npos;
+    sqlite_ = AsciiLower(Info(SQL_DBMS_NAME)).find("sqlite") != std::string::npos;
     catalog_ = Info(SQL_DATABASE_NAME);
     if (sqlite_) catalog_ = std::filesystem::path(catalog_).stem().string();
   }
@@ -210,7 +205,7 @@ class OdbcConnection : public Connection {
 
  private:
   const Handle* dbc() const {
-    if (!connected_) throw Error(3704, "Operation is not allowed when the object is closed.");
+    if (!connected_) throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
     return dbc_.get();
   }
 
@@ -287,7 +282,7 @@ class OdbcConnection : public Connection {
           column.digits = static_cast<int>(FixedCell<SQLBIGINT>(stmt, 9, SQL_C_SBIGINT).value_or(0));
           column.nullable =
               FixedCell<SQLBIGINT>(stmt, 11, SQL_C_SBIGINT).value_or(SQL_NULLABLE) != SQL_NO_NULLS;
-          info[Lower(column.name)] = column;
+          info[AsciiLower(column.name)] = column;
         }
       }
     }
@@ -295,7 +290,7 @@ class OdbcConnection : public Connection {
     if (SQL_SUCCEEDED(SQLPrimaryKeys(stmt.get(), nullptr, 0, nullptr, 0,
                                      reinterpret_cast<SQLCHAR*>(name.data()), SQL_NTS))) {
       while (SQL_SUCCEEDED(SQLFetch(stmt.get()))) {
-        auto column = info.find(Lower(TextCell(stmt, 4).value_or("")));
+        auto column = info.find(AsciiLower(TextCell(stmt, 4).value_or("")));
         if (column != info.end()) column->second.key = true;
       }
     }
@@ -326,7 +321,7 @@ class OdbcConnection : public Connection {
     const ColumnInfo* base = nullptr;
     if (!table.empty() && !origin.empty()) {
       const TableInfo& info = TableColumns(table);
-      auto found = info.find(Lower(origin));
+      auto found = info.find(AsciiLower(origin));
       if (found != info.end()) base = &found->second;
     }
     const std::string type_name = TextAttribute(stmt, column, SQL_DESC_TYPE_NAME);

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "common/error.h"
+#include "common/text.h"
 #include "data/row_filter.h"
 #include "data/rowset_xml.h"
 
@@ -13,23 +14,6 @@ namespace ent {
 
 namespace {
 
-constexpr int32_t kErrMultipleStep = static_cast<int32_t>(0x80040E21);
-constexpr int32_t kErrNotUpdatable = 3251;
-constexpr int32_t kErrClosed = 3704;
-
-// Column names compare without regard to ASCII case, as the program's "C" locale folds them; the
-// fold is written out because this runs for every cell a report reads or writes by name.
-bool SameName(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    unsigned char x = static_cast<unsigned char>(a[i]), y = static_cast<unsigned char>(b[i]);
-    if (x == y) continue;
-    if (x >= 'A' && x <= 'Z') x = static_cast<unsigned char>(x - 'A' + 'a');
-    if (y >= 'A' && y <= 'Z') y = static_cast<unsigned char>(y - 'A' + 'a');
-    if (x != y) return false;
-  }
-  return true;
-}
 
 size_t Utf8Length(const std::string& s) {
   return static_cast<size_t>(
@@ -37,7 +21,7 @@ size_t Utf8Length(const std::string& s) {
 }
 
 [[noreturn]] void MultipleStep() {
-  throw Error(kErrMultipleStep, "Multiple-step operation generated errors. Check each status value.");
+  throw Error(err::kMultipleStep, "Multiple-step operation generated errors. Check each status value.");
 }
 
 }  // namespace
@@ -48,7 +32,7 @@ Recordset::~Recordset() = default;
 std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> connection, const std::string& sql,
                                                 bool editable) {
   if (!connection || !connection->IsOpen())
-    throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+    throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
   QueryResult result = connection->Query(sql);
   auto rs = std::make_unique<Recordset>();
   rs->fields_ = std::move(result.fields);
@@ -72,7 +56,7 @@ std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> conn
 std::unique_ptr<Recordset> Recordset::OpenForwardOnly(std::shared_ptr<Connection> connection,
                                                       const std::string& sql) {
   if (!connection || !connection->IsOpen())
-    throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+    throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
   auto rs = std::make_unique<Recordset>();
   rs->cursor_ = connection->OpenCursor(sql);
   rs->fields_ = rs->cursor_->fields();
@@ -107,12 +91,12 @@ void Recordset::Close() {
 }
 
 void Recordset::CheckOpen() const {
-  if (!open_) throw Error(kErrClosed, "Operation is not allowed when the object is closed.");
+  if (!open_) throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
 }
 
 size_t Recordset::FieldIndex(std::string_view name) const {
   for (size_t i = 0; i < fields_.size(); ++i)
-    if (SameName(fields_[i].name, name)) return i;
+    if (EqualsIgnoreCase(fields_[i].name, name)) return i;
   throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
 }
 
@@ -201,7 +185,7 @@ void Recordset::Set(size_t index, const Variant& value) {
     throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
   Row& row = CurrentRow();
   if (!editable_)
-    throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+    throw Error(err::kNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
   Field& field = fields_[index];
   if (field.widens && IsTextType(field.type) && value.IsString()) {
     const auto length = static_cast<int64_t>(Utf8Length(value.text()));
@@ -261,13 +245,13 @@ Variant Recordset::Coerce(const Field& field, const Variant& value) const {
 void Recordset::AddNew() {
   CheckOpen();
   if (!editable_)
-    throw Error(kErrNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+    throw Error(err::kNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
   FinishEdit();
   Row row;
   row.values.assign(fields_.size(), Variant::Null());
   row.pending_insert = true;
   rows_.push_back(std::move(row));
-  // A new row stays visible whatever the filter says, as the reference shows it until requeried.
+  // A new row stays visible whatever the filter says, so that the row just added can be read back until the rowset is requeried.
   visible_.push_back(rows_.size() - 1);
   position_ = visible_.size() - 1;
   before_first_ = false;
@@ -292,7 +276,7 @@ void Recordset::FinishEdit() {
     values.push_back(row.values[i]);
   }
   if (base_table_.empty())
-    throw Error(kErrNotUpdatable, "Insufficient base table information for updating or refreshing.");
+    throw Error(err::kNotUpdatable, "Insufficient base table information for updating or refreshing.");
   connection_->InsertRow(base_table_, columns, values);
   row.pending_insert = false;
 }

@@ -1,11 +1,11 @@
-// A rowset, standing in for the reference's client-side Recordset. Two kinds:
+// A rowset in the shape the report code was written against (a client-side recordset). Two kinds:
 //  - query rowsets (OpenQuery): every row fetched at once; editable ones insert new rows into their
 //    base table on Update;
 //  - forward-only query rowsets (OpenForwardOnly): rows read from the database one at a time as the
 //    rowset moves on, gone once passed; not editable, no filter;
 //  - free-standing rowsets: fields appended, opened without a source, rows added in memory. Rows added
 //    and not sent to a database are pending inserts and are saved inside rs:insert.
-// Navigation follows the reference: IsBof/IsEof, MoveFirst/Next/Last, a Filter that hides rows.
+// Navigation: IsBof/IsEof, MoveFirst/Next/Last, a Filter that hides rows.
 // Column names are matched without regard to case. Failures raise Error.
 #pragma once
 

@@ -15,7 +15,6 @@ namespace ent {
 
 namespace {
 
-constexpr int32_t kErrBadArguments = 3001;
 // Parentheses nest at most this deep; the parser and the matcher recurse once per level.
 constexpr int kMaxNesting = 200;
 // An AND of at least this many "<>" tests on one column is matched with a hash set.
@@ -23,7 +22,7 @@ constexpr size_t kExclusionGroup = 4;
 
 [[noreturn]] void BadArguments() {
   throw Error(
-      kErrBadArguments,
+      err::kBadArguments,
       "Arguments are of the wrong type, are out of acceptable range, or are in conflict with one another.",
       "Recordset");
 }

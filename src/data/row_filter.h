@@ -1,4 +1,4 @@
-// The criteria of a rowset filter, in the reference's filter syntax: comparisons
+// The criteria of a rowset filter, in the recordset filter syntax: comparisons
 // "Field op value" (op one of = <> < > <= >= LIKE; value a number, 'text' with '' for a quote,
 // #date#, or NULL) joined with AND / OR, with parentheses. Values are compared in the column's type.
 #pragma once

@@ -441,7 +441,7 @@ class Writer {
   void Flush() {
     out_.write(buf_.data(), static_cast<std::streamsize>(buf_.size()));
     buf_.clear();
-    if (!out_) throw Error(3004, "Write to file failed.");
+    if (!out_) throw Error(err::kWriteFailed, "Write to file failed.");
   }
 
  private:

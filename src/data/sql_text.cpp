@@ -2,16 +2,11 @@
 
 #include <cctype>
 #include <vector>
+#include "common/text.h"
 
 namespace ent {
 
 namespace {
-
-std::string_view Trim(std::string_view s) {
-  while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
-  while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
-  return s;
-}
 
 bool IsNameChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
@@ -33,13 +28,6 @@ bool IsColumnName(std::string_view s) {
     if (s[i] != '.') return false;
     ++i;
   }
-}
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i)
-    if (std::toupper(static_cast<unsigned char>(a[i])) != std::toupper(static_cast<unsigned char>(b[i]))) return false;
-  return true;
 }
 
 }  // namespace
@@ -66,14 +54,14 @@ std::optional<std::string> CheckSortOrder(std::string_view order_by) {
   std::string_view rest = order_by;
   for (;;) {
     size_t comma = rest.find(',');
-    std::string_view item = Trim(rest.substr(0, comma));
+    std::string_view item = TrimSpace(rest.substr(0, comma));
     // The last word may be a direction.
     size_t blank = item.find_last_of(" \t");
     size_t bracket = item.find_last_of(']');
     if (blank != std::string_view::npos && (bracket == std::string_view::npos || blank > bracket)) {
       std::string_view direction = item.substr(blank + 1);
-      if (!EqualsNoCase(direction, "ASC") && !EqualsNoCase(direction, "DESC")) return failure;
-      item = Trim(item.substr(0, blank));
+      if (!EqualsIgnoreCase(direction, "ASC") && !EqualsIgnoreCase(direction, "DESC")) return failure;
+      item = TrimSpace(item.substr(0, blank));
     }
     if (!IsColumnName(item)) return failure;
     if (comma == std::string_view::npos) return std::nullopt;

@@ -1,6 +1,7 @@
 #include "data/sql_tokenizer.h"
 
 #include <cctype>
+#include "common/text.h"
 
 namespace ent::tsql {
 
@@ -84,11 +85,7 @@ std::vector<Token> Tokenize(std::string_view s) {
 }
 
 bool IsWord(const Token& token, std::string_view word) {
-  if (token.kind != TokenKind::kWord || token.text.size() != word.size()) return false;
-  for (size_t i = 0; i < word.size(); ++i)
-    if (std::toupper(static_cast<unsigned char>(token.text[i])) != std::toupper(static_cast<unsigned char>(word[i])))
-      return false;
-  return true;
+  return token.kind == TokenKind::kWord && EqualsIgnoreCase(token.text, word);
 }
 
 }  // namespace ent::tsql

@@ -62,7 +62,7 @@ int LogStatement(unsigned /*type*/, void* file, void* stmt, void* unexpanded) {
   return 0;
 }
 
-// SQLite's failure as the reference's numbers: a missing table, a syntax error, or a general failure.
+// SQLite's failure under the numbers SQL Server's driver gives: a missing table, a syntax error, or a general failure.
 [[noreturn]] void Raise(sqlite3* db) {
   std::string message = db ? sqlite3_errmsg(db) : "out of memory";
   int32_t number = err::kDatabaseError;
@@ -159,7 +159,7 @@ class SqliteConnection : public Connection {
 
  private:
   sqlite3* db() {
-    if (!db_) throw Error(3704, "Operation is not allowed when the object is closed.");
+    if (!db_) throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
     return db_.get();
   }
 

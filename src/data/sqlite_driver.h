@@ -1,6 +1,6 @@
 // The SQLite driver: the embedded default shop database ("Provider=SQLite;Data Source=FILE").
 // Every SQL text passes through the T-SQL adapter; column values are typed by the columns' declared
-// SQL Server types; SQLite's failures become Errors with the numbers the reference expects.
+// SQL Server types; SQLite's failures become Errors with the numbers SQL Server's driver gives.
 #pragma once
 
 #include <memory>

@@ -10,6 +10,7 @@
 
 #include "data/sql_tokenizer.h"
 #include "data/tsql_dates.h"
+#include "common/text.h"
 
 namespace ent::tsql {
 
@@ -327,14 +328,9 @@ DeclaredType ParseDeclaredType(std::string_view text) {
 
 void AddDeclaredColumn(Schema& schema, std::string_view table, std::string_view column,
                        std::string_view declared_type) {
-  auto lower = [](std::string_view s) {
-    std::string out;
-    for (char c : s) out += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-  };
   const std::string type = ParseDeclaredType(declared_type).name;
   const bool is_date = type == "datetime" || type == "smalldatetime" || type == "date" || type == "datetime2";
-  schema[lower(table)].push_back({lower(column), is_date});
+  schema[AsciiLower(table)].push_back({AsciiLower(column), is_date});
 }
 
 }  // namespace ent::tsql

@@ -7,17 +7,11 @@
 #include <optional>
 
 #include "common/sql_server_date.h"
+#include "common/text.h"
 
 namespace ent::tsql {
 
 namespace {
-
-std::string Lower(std::string_view s) {
-  std::string out(s);
-  std::transform(out.begin(), out.end(), out.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return out;
-}
 
 bool IsDateType(const Token& t) {
   return IsWord(t, "datetime") || IsWord(t, "smalldatetime") || IsWord(t, "date") || IsWord(t, "datetime2");
@@ -25,8 +19,8 @@ bool IsDateType(const Token& t) {
 
 // A name token's name in lower case: word, [bracketed] or "quoted"; "" for any other token.
 std::string NameOf(const Token& t) {
-  if (t.kind == TokenKind::kWord) return Lower(t.text);
-  if (t.kind == TokenKind::kQuotedName && t.text.size() >= 2) return Lower(t.text.substr(1, t.text.size() - 2));
+  if (t.kind == TokenKind::kWord) return AsciiLower(t.text);
+  if (t.kind == TokenKind::kQuotedName && t.text.size() >= 2) return AsciiLower(t.text.substr(1, t.text.size() - 2));
   return "";
 }
 

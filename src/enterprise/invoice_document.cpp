@@ -2,7 +2,7 @@
 #include <exception>
 #include <string>
 
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "enterprise/cls_invoice_dom.h"
 
 namespace ent {

@@ -2,7 +2,7 @@
 // customer's invoices (ENTCUSTINVOICES). Search values are LIKE patterns; an empty one matches all,
 // nulls included.
 #include "common/error.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
 
 namespace ent {

@@ -7,17 +7,16 @@
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
 #include "common/variant.h"
-#include "report/cls_prebuilt_report.h"
+#include "job/cls_prebuilt_report.h"
 #include "server/execution_trace.h"
 #include "server/request_document.h"
-#include "server/sendable.h"
+#include "job/sendable.h"
 #include "server/token.h"
 
 namespace ent {
 
 namespace {
 
-constexpr int32_t kObjectNotSet = 91;
 const char kAdminHolds[] = "Database is in use by an administrator. Please try again later.";
 const char kSizeMessage[] = "Target location requires a database compact.";
 
@@ -26,7 +25,7 @@ struct SilentFailure {};
 
 pugi::xml_node Required(const pugi::xml_document& doc, const char* xpath) {
   pugi::xml_node node = doc.select_node(xpath).node();
-  if (!node) throw Error(kObjectNotSet, std::string("The request document has no ") + xpath + " element.");
+  if (!node) throw Error(err::kObjectNotSet, std::string("The request document has no ") + xpath + " element.");
   return node;
 }
 
@@ -57,144 +56,180 @@ void clsProcessRequest::dispose() {
   request_.reset();
 }
 
+// What one run of prepareDBReport carries from step to step.
+struct clsProcessRequest::Run {
+  std::unique_ptr<DbInUseToken> token;
+  std::unique_ptr<clsPrebuiltReport> job;
+  std::shared_ptr<ISendable> result;
+  std::string error_text;
+  std::string session_copy;  // the host's identifiers as they were when the run started
+  std::string client_copy;
+
+  // The job, created when a step first needs it.
+  clsPrebuiltReport& the_job() {
+    if (!job) job = std::make_unique<clsPrebuiltReport>();
+    return *job;
+  }
+};
+
 void clsProcessRequest::prepareDBReport() {
   // Journal: the record of this request, written when the scope closes, on every path.
   ExecutionScope execution(SessionID, ClientID, request_.get());
-
-  // 1. The token component; failing here is the one failure the host sees.
-  std::unique_ptr<DbInUseToken> token;
+  Run run;
+  run.session_copy = SessionID;
   try {
-    token = DbInUseToken::Create(token_dir_);
+    run.token = DbInUseToken::Create(token_dir_);
   } catch (const Error& e) {
+    // The one failure the host sees: without the token nothing may touch the database.
     execution.record().status = e.description();  // Journal
     throw;
   }
 
-  std::unique_ptr<clsPrebuiltReport> job;
-  auto the_job = [&]() -> clsPrebuiltReport& {
-    if (!job) job = std::make_unique<clsPrebuiltReport>();
-    return *job;
-  };
-  std::shared_ptr<ISendable> result;
-  std::string error_text;
-  const std::string session_copy = SessionID;
-  std::string client_copy;
-
   try {
-    // 2.
-    WriteLog(SessionID, "Start");
-    client_copy = ClientID;
-    SetLogName(SessionID);
-    if (!request_) throw Error(kObjectNotSet, "There is no request document to read.");
-    // 3.
-    if (request_->select_node("//report/DateProcessed")) throw SilentFailure{};
-    // 4.
-    if (!token) {
-      WriteLog(SessionID, "**oGlobalEntTokenDLL is NOTHING.**");
-    } else if (token->GetdbInUse() == 1) {
-      throw Error(err::kTokenInUse, kAdminHolds);
-    }
+    startRun(run);
     if (!db_size_) {
-      // The size failure.
-      size_err_ = kSizeMessage;
-      WriteLog(SessionID, "DBSize Error: " + size_err_);
-      SetIdentifiersFromCopies(the_job(), session_copy, client_copy);
-      result.reset();
-      error_text = size_err_;
+      failForSize(run);
     } else {
-      // 6.
-      if (token) {
-        token->SetdbInUse(2);
-        WriteLog(SessionID, "Setting DB in use by server.");
-      }
-      // 7. A document that could not be loaded fails here, with the reason it could not.
-      if (!load_error_.empty()) throw Error(kObjectNotSet, load_error_);
-      clsPrebuiltReport& j = the_job();
-      j.CustomReport = Variant(ElementText(Required(*request_, "//report/type"))).ToDouble() == 2;
-      j.ClientID = Variant(ElementText(Required(*request_, "//report/clientid"))).ToLong();
-      if (j.CustomReport) j.sqlString = ElementText(Required(*request_, "//report/sql"));
-      // 8.
-      if (j.sqlString.empty() && j.CustomReport) throw SilentFailure{};
-      // 9.
-      j.reportName = ElementText(Required(*request_, "//report/name"));
-      pugi::xml_node item = Required(*request_, "//report/params/reportItem");
-      int n = 0;
-      for (pugi::xml_node child = item.first_child(); child; child = child.next_sibling(), ++n) {
-        pugi::xml_attribute second = child.type() == pugi::node_element
-                                         ? child.first_attribute().next_attribute()
-                                         : pugi::xml_attribute();
-        if (!second)
-          throw Error(kObjectNotSet,
-                      "Parameter " + std::to_string(n) +
-                          " of the request has no value (a reportItem child needs two attributes).");
-        j.addParam("p" + std::to_string(n), second.value());
-      }
-      j.SessionID = ElementText(Required(*request_, "//report/sessionid"));
-      // 10.
-      EnterPhase(Phase::kRead);  // Journal: generateDOC marks where building the document starts
-      result = j.generateDOC();
-      EnterPhase(Phase::kOther);  // Journal
-      error_text = j.StatusStr;
-      // 11.
-      if (token) {
-        WriteLog(SessionID, "Setting DB in use by none.");
-        token->SetdbInUse(0);
-      }
+      holdToken(run);
+      readRequest(run);
+      runJob(run);
+      releaseToken(run);
     }
-    // 12.
-    if (!result) {
-      result = std::make_shared<clsGenericReport>();
-      if (error_text.empty()) error_text = "Unspecified Error";
-      SetIdentifiersFromCopies(the_job(), session_copy, client_copy);
+    if (!run.result) {
+      run.result = std::make_shared<clsGenericReport>();
+      if (run.error_text.empty()) run.error_text = "Unspecified Error";
+      SetIdentifiersFromCopies(run.the_job(), run.session_copy, run.client_copy);
     }
-    execution.record().rows = RowsOf(*result);  // Journal
-    // 13.
-    if (postToHost(*result, the_job().SessionID, the_job().ClientID, error_text)) {
-      result->OnSucceed();
-      WriteLog(SessionID, "Dom Sent");
-    } else {
-      result->OnFail();
-      WriteLog(SessionID, "Report Sent Failed or Nothing to send");
-    }
-    // 14.
-    job.reset();
-    result.reset();
-    request_.reset();
-    token.reset();
-    KillFlag = true;
-    WriteLog(SessionID, "EXIT MAIN SUB");
-    execution.record().status = error_text;  // Journal
-    return;
+    execution.record().rows = RowsOf(*run.result);  // Journal
+    postResult(run);
+    finish(run);
   } catch (const SilentFailure&) {
-    error_text.clear();
+    run.error_text.clear();
+    failAndPost(run);
   } catch (const Error& e) {
-    error_text = e.description();
+    run.error_text = e.description();
+    failAndPost(run);
   } catch (const std::exception& e) {
-    error_text = e.what();
+    run.error_text = e.what();
+    failAndPost(run);
   }
+  execution.record().status = run.error_text;  // Journal
+}
 
-  // The failure path: every step is attempted; a failing step is skipped without notice.
+// Opens the log, and stops requests that must not run: none at all, one already processed (a head
+// office resending an answered request gets no answer), or a database an administrator holds.
+void clsProcessRequest::startRun(Run& run) {
+  WriteLog(SessionID, "Start");
+  run.client_copy = ClientID;
+  SetLogName(SessionID);
+  if (!request_) throw Error(err::kObjectNotSet, "There is no request document to read.");
+  if (request_->select_node("//report/DateProcessed")) throw SilentFailure{};
+  if (!run.token) {
+    WriteLog(SessionID, "**oGlobalEntTokenDLL is NOTHING.**");
+  } else if (run.token->GetdbInUse() == 1) {
+    throw Error(err::kTokenInUse, kAdminHolds);
+  }
+}
+
+// The host judged the database too large to work on: the head office is told so, nothing runs.
+void clsProcessRequest::failForSize(Run& run) {
+  size_err_ = kSizeMessage;
+  WriteLog(SessionID, "DBSize Error: " + size_err_);
+  SetIdentifiersFromCopies(run.the_job(), run.session_copy, run.client_copy);
+  run.result.reset();
+  run.error_text = size_err_;
+}
+
+// Tells an administrator that the server is working on the database.
+void clsProcessRequest::holdToken(Run& run) {
+  if (!run.token) return;
+  run.token->SetdbInUse(2);
+  WriteLog(SessionID, "Setting DB in use by server.");
+}
+
+// Fills the job from the request document: its kind, client, SQL text or report code, parameters
+// and session. A document that could not be loaded fails here, with the reason it could not; a
+// custom request without SQL ends silently.
+void clsProcessRequest::readRequest(Run& run) {
+  if (!load_error_.empty()) throw Error(err::kObjectNotSet, load_error_);
+  clsPrebuiltReport& j = run.the_job();
+  j.CustomReport = Variant(ElementText(Required(*request_, "//report/type"))).ToDouble() == 2;
+  j.ClientID = Variant(ElementText(Required(*request_, "//report/clientid"))).ToLong();
+  if (j.CustomReport) j.sqlString = ElementText(Required(*request_, "//report/sql"));
+  if (j.sqlString.empty() && j.CustomReport) throw SilentFailure{};
+  j.reportName = ElementText(Required(*request_, "//report/name"));
+  pugi::xml_node item = Required(*request_, "//report/params/reportItem");
+  int n = 0;
+  for (pugi::xml_node child = item.first_child(); child; child = child.next_sibling(), ++n) {
+    pugi::xml_attribute second = child.type() == pugi::node_element
+                                     ? child.first_attribute().next_attribute()
+                                     : pugi::xml_attribute();
+    if (!second)
+      throw Error(err::kObjectNotSet,
+                  "Parameter " + std::to_string(n) +
+                      " of the request has no value (a reportItem child needs two attributes).");
+    j.addParam("p" + std::to_string(n), second.value());
+  }
+  j.SessionID = ElementText(Required(*request_, "//report/sessionid"));
+}
+
+void clsProcessRequest::runJob(Run& run) {
+  EnterPhase(Phase::kRead);  // Journal: generateDOC marks where building the document starts
+  run.result = run.job->generateDOC();
+  EnterPhase(Phase::kOther);  // Journal
+  run.error_text = run.job->StatusStr;
+}
+
+// The database is free again for an administrator, before the (possibly slow) post.
+void clsProcessRequest::releaseToken(Run& run) {
+  if (!run.token) return;
+  WriteLog(SessionID, "Setting DB in use by none.");
+  run.token->SetdbInUse(0);
+}
+
+void clsProcessRequest::postResult(Run& run) {
+  if (postToHost(*run.result, run.the_job().SessionID, run.the_job().ClientID, run.error_text)) {
+    run.result->OnSucceed();
+    WriteLog(SessionID, "Dom Sent");
+  } else {
+    run.result->OnFail();
+    WriteLog(SessionID, "Report Sent Failed or Nothing to send");
+  }
+}
+
+void clsProcessRequest::finish(Run& run) {
+  run.job.reset();
+  run.result.reset();
+  request_.reset();
+  run.token.reset();
+  KillFlag = true;
+  WriteLog(SessionID, "EXIT MAIN SUB");
+}
+
+// The failure path: the token is given back if this server held it, and the failure text is posted.
+// Every step is attempted; a failing step is skipped without notice, since the head office's answer
+// matters more than a clean shutdown.
+void clsProcessRequest::failAndPost(Run& run) {
   auto attempt = [](auto&& step) {
     try {
       step();
     } catch (...) {
     }
   };
-  attempt([&] { job.reset(); });
-  attempt([&] { result.reset(); });
+  attempt([&] { run.job.reset(); });
+  attempt([&] { run.result.reset(); });
   attempt([&] { request_.reset(); });
   attempt([&] {
-    if (token && token->GetdbInUse() == 2) token->SetdbInUse(0);
+    if (run.token && run.token->GetdbInUse() == 2) run.token->SetdbInUse(0);
   });
-  attempt([&] { token.reset(); });
+  attempt([&] { run.token.reset(); });
   KillFlag = true;
-  attempt([&] { result = std::make_shared<clsGenericReport>(); });
-  attempt([&] { SetIdentifiersFromCopies(the_job(), session_copy, client_copy); });
+  attempt([&] { run.result = std::make_shared<clsGenericReport>(); });
+  attempt([&] { SetIdentifiersFromCopies(run.the_job(), run.session_copy, run.client_copy); });
   attempt([&] {
-    if (result) postToHost(*result, the_job().SessionID, the_job().ClientID, error_text);
+    if (run.result) postToHost(*run.result, run.the_job().SessionID, run.the_job().ClientID, run.error_text);
   });
-  attempt([&] { WriteLog(SessionID, "ERROR: " + error_text); });
-  execution.record().status = error_text;  // Journal
+  attempt([&] { WriteLog(SessionID, "ERROR: " + run.error_text); });
 }
 
 bool clsProcessRequest::postToHost(ISendable& result, const std::string& session_id, int32_t client_id,
@@ -220,6 +255,8 @@ bool clsProcessRequest::postToHost(ISendable& result, const std::string& session
     WriteLog("SOAP INIT:" + address);
     client->Init(address);
     WriteLog("AFTER INIT");
+    if (ExecutionRecord* record = CurrentExecution(); record && result.XMLDocument())
+      record->document_bytes = static_cast<int64_t>(result.XMLDocument()->bytes());  // Journal
     const std::string answer =
         result.Post(*client, GUID, Passcode, session_id, std::to_string(client_id), error_text);
     WriteLog("SOAP:RESP::" + answer);

@@ -51,6 +51,16 @@ class clsProcessRequest {
   void set_SoapOptions(const SoapOptions& options) { soap_options_ = options; }
 
  private:
+  struct Run;
+  void startRun(Run& run);
+  void failForSize(Run& run);
+  void holdToken(Run& run);
+  void readRequest(Run& run);
+  void runJob(Run& run);
+  void releaseToken(Run& run);
+  void postResult(Run& run);
+  void finish(Run& run);
+  void failAndPost(Run& run);
   bool postToHost(ISendable& result, const std::string& session_id, int32_t client_id,
                   std::string& error_text);
 

@@ -5,40 +5,18 @@
 #include <sstream>
 
 #include "server/execution_journal.h"
-#include "server/sendable.h"
+#include "job/sendable.h"
 
 namespace ent {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 struct ThreadTrace {
   ExecutionScope* scope = nullptr;
-  Phase phase = Phase::kOther;
-  Clock::time_point phase_start;
-  Clock::time_point start;
   ExecutionRecord last;
 };
 
 thread_local ThreadTrace current;
-
-double MillisecondsSince(Clock::time_point from) {
-  return std::chrono::duration<double, std::milli>(Clock::now() - from).count();
-}
-
-void CloseCurrentPhase() {
-  if (!current.scope) return;
-  ExecutionRecord& r = current.scope->record();
-  const double spent = MillisecondsSince(current.phase_start);
-  switch (current.phase) {
-    case Phase::kRead: r.read_ms += spent; break;
-    case Phase::kBuild: r.build_ms += spent; break;
-    case Phase::kPost: r.post_ms += spent; break;
-    case Phase::kOther: break;
-  }
-  current.phase_start = Clock::now();
-}
 
 }  // namespace
 
@@ -65,15 +43,15 @@ ExecutionScope::ExecutionScope(const std::string& session, const std::string& cl
       record_.params.push_back(child.first_attribute().next_attribute().value());
   }
   current.scope = this;
-  current.phase = Phase::kOther;
-  current.start = current.phase_start = Clock::now();
 }
 
 ExecutionScope::~ExecutionScope() {
-  CloseCurrentPhase();
-  record_.total_ms = MillisecondsSince(current.start);
+  const PhaseTimes times = clock_.times();
+  record_.read_ms = times.read_ms;
+  record_.build_ms = times.build_ms;
+  record_.post_ms = times.post_ms;
+  record_.total_ms = clock_.total_ms();
   current.scope = outer_;
-  current.phase = Phase::kOther;
   try {
     current.last = record_;
     RecordExecution(record_);
@@ -82,17 +60,7 @@ ExecutionScope::~ExecutionScope() {
   }
 }
 
-void EnterPhase(Phase phase) {
-  if (!current.scope) return;
-  CloseCurrentPhase();
-  current.phase = phase;
-}
-
 ExecutionRecord* CurrentExecution() { return current.scope ? &current.scope->record() : nullptr; }
-
-void NoteDocumentBytes(size_t bytes) {
-  if (current.scope) current.scope->record().document_bytes = static_cast<int64_t>(bytes);
-}
 
 int64_t RowsOf(const ISendable& result) {
   const auto& document = result.XMLDocument();

@@ -1,6 +1,6 @@
 // What one request did, kept whatever the debug switch says: the execution record. prepareDBReport
-// opens an ExecutionScope for its request; the steps it passes through mark their phases (reading
-// the database, building the document, posting) on the same thread, and when the scope closes the
+// opens an ExecutionScope for its request; the steps it passes through mark their phases on its
+// clock (common/phase_clock.h), and when the scope closes the
 // record goes to the journal and the metrics (RecordExecution, execution_journal.h).
 #pragma once
 
@@ -8,6 +8,8 @@
 #include <pugixml.hpp>
 #include <string>
 #include <vector>
+
+#include "common/phase_clock.h"
 
 namespace ent {
 
@@ -32,8 +34,6 @@ struct ExecutionRecord {
   bool failed() const;
 };
 
-enum class Phase { kOther, kRead, kBuild, kPost };
-
 class ExecutionScope {
  public:
   // Starts the clock and takes the code and parameters from the request document (which may be
@@ -49,16 +49,11 @@ class ExecutionScope {
  private:
   ExecutionRecord record_;
   ExecutionScope* outer_;
+  PhaseClock clock_;
 };
-
-// Ends the phase running on this thread and starts `phase`. Outside a scope it does nothing.
-void EnterPhase(Phase phase);
 
 // The record of the request running on this thread; nullptr outside a scope.
 ExecutionRecord* CurrentExecution();
-
-// Notes the size of the document text being posted, for the record of this thread's request.
-void NoteDocumentBytes(size_t bytes);
 
 // The rows a result carries: the z:row elements of a rowset document, 0 without a document, -1 for
 // a document of another kind (the invoice).

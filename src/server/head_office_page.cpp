@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "common/error.h"
-#include "report/result_render.h"
-#include "report/result_view.h"
+#include "job/result_render.h"
+#include "job/result_view.h"
 
 namespace ent {
 

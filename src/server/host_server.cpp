@@ -8,7 +8,7 @@
 #include <iostream>
 
 #include "common/version.h"
-#include "report/catalogue.h"
+#include "job/catalogue.h"
 #include "server/cls_process_request.h"
 #include "server/execution_trace.h"
 #include "server/health.h"

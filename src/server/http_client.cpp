@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "common/error.h"
+#include "common/text.h"
 
 namespace ent {
 
@@ -137,9 +138,7 @@ HttpResponse Perform(CURL* h, const std::string& url, Sink& sink, const char* er
 
 void CheckWebAddress(const std::string& url) {
   auto starts = [&](std::string_view scheme) {
-    return url.size() > scheme.size() &&
-           std::equal(scheme.begin(), scheme.end(), url.begin(),
-                      [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+    return url.size() > scheme.size() && EqualsIgnoreCase(scheme, std::string_view(url).substr(0, scheme.size()));
   };
   if (!starts("http://") && !starts("https://"))
     throw Error(err::kServiceFailure,
@@ -153,9 +152,7 @@ std::string HostOfAddress(const std::string& url) {
       curl_url_get(parsed.get(), CURLUPART_HOST, &host, 0) != CURLUE_OK || !host)
     return "";
   std::unique_ptr<char, CurlTextDeleter> owned(host);
-  std::string text(host);
-  for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return text;
+  return AsciiLower(host);
 }
 
 HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts) {

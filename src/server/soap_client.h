@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "common/soap_call.h"
+
 namespace ent {
 
 class Wsdl;
@@ -22,16 +24,7 @@ struct SoapOptions {
   size_t max_answer_bytes = 4 << 20;  // the WSDL, or the answer to one call
 };
 
-// A text argument too large to hold in memory (a result document): read in pieces at any offset.
-class TextSource {
- public:
-  virtual ~TextSource() = default;
-  virtual uint64_t size() const = 0;
-  // Up to `size` bytes from `offset`; 0 at the end.
-  virtual size_t Read(uint64_t offset, char* out, size_t size) const = 0;
-};
-
-class SoapClient {
+class SoapClient : public SoapCall {
  public:
   explicit SoapClient(const SoapOptions& options);
   ~SoapClient();
@@ -47,11 +40,11 @@ class SoapClient {
   // for an operation the WSDL does not offer, for a number of arguments other than its parameters',
   // for an unreachable or silent service, an answer longer than the cap, an HTTP error or a SOAP Fault
   // (its faultstring is in the description).
-  std::string Call(const std::string& operation, const std::vector<std::string>& arguments);
+  std::string Call(const std::string& operation, const std::vector<std::string>& arguments) override;
   // The same with `last` as the last argument, after `arguments`: its text is escaped while it is
   // sent and never held whole.
   std::string Call(const std::string& operation, const std::vector<std::string>& arguments,
-                   const TextSource& last);
+                   const TextSource& last) override;
 
   // The HTTP status of the last answer (the WSDL's or a call's); 0 before any answer came.
   long last_status() const { return last_status_; }

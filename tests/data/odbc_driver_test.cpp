@@ -6,9 +6,9 @@
 
 #include "common/error.h"
 #include "common/thread_values.h"
-#include "report/cls_prebuilt_report.h"
-#include "report/result_document.h"
-#include "server/sendable.h"
+#include "job/cls_prebuilt_report.h"
+#include "job/result_document.h"
+#include "job/sendable.h"
 #include "support/sample_shop.h"
 #include "support/test_db.h"
 

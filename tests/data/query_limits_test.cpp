@@ -10,12 +10,12 @@
 
 #include "common/error.h"
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/connection_string.h"
 #include "data/odbc_driver.h"
 #include "data/recordset.h"
 #include "data/tsql_adapter.h"
-#include "report/cls_prebuilt_report.h"
+#include "job/cls_prebuilt_report.h"
 #include "support/test_db.h"
 
 namespace ent {

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
-#include "report/cls_prebuilt_report.h"
+#include "reports/cls_rs.h"
+#include "job/cls_prebuilt_report.h"
 #include "sampledb/sqlite_out.h"
-#include "server/sendable.h"
+#include "job/sendable.h"
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "support/test_db.h"
 
 namespace ent::test {

@@ -6,6 +6,7 @@
 #include "data/sql_text.h"
 #include "reports/accounting/statement_sections.h"
 #include "reports/accounting/work_table_lock.h"
+#include "reports/accounting/statements.h"
 
 namespace ent {
 
@@ -39,9 +40,9 @@ std::unique_ptr<Recordset> clsRS::getBalanceSheet(std::string& dtAsOf, std::stri
   }
   try {
     bool bPL = false;
-    if (!createStatementTable(bPL, innerErr)) return nullptr;
+    if (!accounting::createStatementTable(*this, bPL, innerErr)) return nullptr;
     if (dtAsOf.empty()) dtAsOf = DateTime::Today().ShortDate();
-    computeBalanceSheet(dtAsOf, innerErr);
+    accounting::computeBalanceSheet(*this, dtAsOf, innerErr);
     if (innerErr != "0") return nullptr;
     std::unique_ptr<Recordset> rs = runQuery(kReadBack, innerErr, false);
     lock.Commit();
@@ -53,47 +54,47 @@ std::unique_ptr<Recordset> clsRS::getBalanceSheet(std::string& dtAsOf, std::stri
   }
 }
 
-void clsRS::computeBalanceSheet(std::string& dtAsOf, std::string& innerErr) {
+void accounting::computeBalanceSheet(clsRS& engine, std::string& dtAsOf, std::string& innerErr) {
   try {
     const bool bPL = false;
     const std::string date = SqlQuote(dtAsOf);
     Currency total_assets, total_liabilities, total_equity;
     int32_t r = 1;
-    conn_->Execute("delete from entBalanceShtRPT");
+    engine.connection()->Execute("delete from entBalanceShtRPT");
 
     std::vector<accounting::StatementEntry> assets =
-        collectStatementEntries(accounting::StatementAccountsSql('A'), AsOf(date, "  "), innerErr);
-    writeStatementLine("[b]ASSETS", "", 0, bPL);
-    writeStatementEntries(assets, 1, total_assets, r, bPL);
+        collectStatementEntries(engine, accounting::StatementAccountsSql('A'), AsOf(date, "  "), innerErr);
+    writeStatementLine(engine, "[b]ASSETS", "", 0, bPL);
+    writeStatementEntries(engine, assets, 1, total_assets, r, bPL);
     ++r;
-    writeStatementLine("[b]TOTAL ASSETS", total_assets.ToString(), r++, bPL);
-    writeStatementLine("", "", r++, bPL);
-    writeStatementLine("[b]LIABILITIES & EQUITY", "", r++, bPL);
-    writeStatementLine("", "", r++, bPL);
-    writeStatementLine("[b]Liabilities", "", r++, bPL);
+    writeStatementLine(engine, "[b]TOTAL ASSETS", total_assets.ToString(), r++, bPL);
+    writeStatementLine(engine, "", "", r++, bPL);
+    writeStatementLine(engine, "[b]LIABILITIES & EQUITY", "", r++, bPL);
+    writeStatementLine(engine, "", "", r++, bPL);
+    writeStatementLine(engine, "[b]Liabilities", "", r++, bPL);
 
     std::vector<accounting::StatementEntry> liabilities =
-        collectStatementEntries(accounting::StatementAccountsSql('L'), AsOf(date, " "), innerErr);
-    writeStatementEntries(liabilities, -1, total_liabilities, r, bPL);
-    writeStatementLine("[b]Total Liabilities", total_liabilities.ToString(), r++, bPL);
-    writeStatementLine("", "", r++, bPL);
-    writeStatementLine("[b]Equity", "", r++, bPL);
+        collectStatementEntries(engine, accounting::StatementAccountsSql('L'), AsOf(date, " "), innerErr);
+    writeStatementEntries(engine, liabilities, -1, total_liabilities, r, bPL);
+    writeStatementLine(engine, "[b]Total Liabilities", total_liabilities.ToString(), r++, bPL);
+    writeStatementLine(engine, "", "", r++, bPL);
+    writeStatementLine(engine, "[b]Equity", "", r++, bPL);
 
     std::vector<accounting::StatementEntry> equity =
-        collectStatementEntries(accounting::StatementAccountsSql('Q'), AsOf(date, "  "), innerErr);
-    writeStatementEntries(equity, -1, total_equity, r, bPL);
+        collectStatementEntries(engine, accounting::StatementAccountsSql('Q'), AsOf(date, "  "), innerErr);
+    writeStatementEntries(engine, equity, -1, total_equity, r, bPL);
     ++r;
 
     DateTime as_of = Variant(dtAsOf).ToDate();
-    const Currency retained = getRetainedEarnings(as_of);
+    const Currency retained = getRetainedEarnings(engine, as_of);
     total_equity += retained;
-    writeStatementLine("Retained Earnings", retained.ToString(), r++, bPL);
-    const Currency net_income = getNetIncome(as_of);
+    writeStatementLine(engine, "Retained Earnings", retained.ToString(), r++, bPL);
+    const Currency net_income = getNetIncome(engine, as_of);
     total_equity += net_income;
-    writeStatementLine("Net Income", net_income.ToString(), r++, bPL);
-    writeStatementLine("[b]Total Equity", total_equity.ToString(), r++, bPL);
-    writeStatementLine("", "", r++, bPL);
-    writeStatementLine("[b]TOTAL LIABILITIES & EQUITY", (total_liabilities + total_equity).ToString(), r,
+    writeStatementLine(engine, "Net Income", net_income.ToString(), r++, bPL);
+    writeStatementLine(engine, "[b]Total Equity", total_equity.ToString(), r++, bPL);
+    writeStatementLine(engine, "", "", r++, bPL);
+    writeStatementLine(engine, "[b]TOTAL LIABILITIES & EQUITY", (total_liabilities + total_equity).ToString(), r,
                        bPL);
   } catch (const Error& e) {
     innerErr = std::to_string(e.number()) + " - " + e.description();

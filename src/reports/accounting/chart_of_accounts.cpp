@@ -3,9 +3,12 @@
 #include <string>
 
 #include "common/error.h"
-#include "data/cls_rs.h"
+#include "common/text.h"
+#include "reports/accounting/statements.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -30,37 +33,37 @@ std::string FiscalYearWhere(const std::string& d) {
 
 }  // namespace
 
-void clsRS::getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtFor) {
+void accounting::getFiscalYear(clsRS& engine, DateTime& dtStart, DateTime& dtEnd, const Variant& dtFor) {
   std::string status;
-  std::unique_ptr<Recordset> rs = runQuery(
+  std::unique_ptr<Recordset> rs = engine.runQuery(
       "select fiscalyearstartdate,fiscalyearenddate" + FiscalYearWhere(DateForSql(dtFor)), status, false);
-  Recordset& years = accounting::Rows(rs);
+  Recordset& years = Required(rs);
   if (!years.IsEof()) {
     dtStart = years.Get("FiscalYearStartDate").ToDate();
     dtEnd = years.Get("FiscalYearEndDate").ToDate();
   }
 }
 
-bool clsRS::isInFiscalYear(DateTime& dtFor) {
+bool accounting::isInFiscalYear(clsRS& engine, DateTime& dtFor) {
   std::string status;
-  std::unique_ptr<Recordset> rs = runQuery("select *" + FiscalYearWhere(dtFor.ShortDate()), status, false);
-  return !accounting::Rows(rs).IsEof();
+  std::unique_ptr<Recordset> rs = engine.runQuery("select *" + FiscalYearWhere(dtFor.ShortDate()), status, false);
+  return !Required(rs).IsEof();
 }
 
-int32_t clsRS::getChidByAccountNumber(int32_t& lAccountNumber) {
+int32_t accounting::getChidByAccountNumber(clsRS& engine, int32_t& lAccountNumber) {
   std::string status;
   std::unique_ptr<Recordset> rs =
-      runQuery("select chid from chartofaccounts where AccountNumber = " + std::to_string(lAccountNumber),
+      engine.runQuery("select chid from chartofaccounts where AccountNumber = " + std::to_string(lAccountNumber),
                status, false);
-  return accounting::Rows(rs).Get("CHID").ToLong();
+  return Required(rs).Get("CHID").ToLong();
 }
 
-std::string clsRS::getAccountName(int32_t lChid) {
+std::string accounting::getAccountName(clsRS& engine, int32_t lChid) {
   try {
     std::string status;
-    std::unique_ptr<Recordset> rs = runQuery(
+    std::unique_ptr<Recordset> rs = engine.runQuery(
         "SELECT accountName FROM chartofaccounts WHERE chid = " + std::to_string(lChid), status, false);
-    Recordset& names = accounting::Rows(rs);
+    Recordset& names = Required(rs);
     if (names.IsEof()) return {};
     const Variant& name = names.Get("ACCOUNTNAME");
     if (name.IsNull()) return {};
@@ -70,8 +73,8 @@ std::string clsRS::getAccountName(int32_t lChid) {
   }
 }
 
-std::string clsRS::getAccountPath(int32_t& lAccountNumber) {
-  int32_t c = getChidByAccountNumber(lAccountNumber);
+std::string accounting::getAccountPath(clsRS& engine, int32_t& lAccountNumber) {
+  int32_t c = getChidByAccountNumber(engine, lAccountNumber);
   std::string path;
   // A chart edited by hand can loop or point at an account that is gone; either would make the
   // walk endless or the statement short without a word.
@@ -85,44 +88,44 @@ std::string clsRS::getAccountPath(int32_t& lAccountNumber) {
     }
     std::string status;
     std::unique_ptr<Recordset> rs =
-        runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
-    Recordset& account = accounting::Rows(rs);
+        engine.runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
+    Recordset& account = Required(rs);
     if (account.IsEof()) {
       throw Error(err::kInvalidProcedureCall,
                   failed + "its parent account id " + std::to_string(c) +
                       " is not in the chart of accounts; expected every parent to be an account of the chart.");
     }
-    path = accounting::TrimBlanks(getAccountName(c)) + ": " + path;
+    path = TrimBlanks(getAccountName(engine, c)) + ": " + path;
     c = account.Get("parentid").ToLong();
   } while (c != 0);
   if (!path.empty() && path.front() == ':') {
-    path = accounting::TrimBlanks(path.substr(1));
+    path = TrimBlanks(path.substr(1));
     if (!path.empty()) path.pop_back();
   } else {
-    path = accounting::TrimBlanks(path.substr(0, path.size() - 2));
+    path = TrimBlanks(path.substr(0, path.size() - 2));
   }
   return path;
 }
 
-Currency clsRS::getRetainedEarnings(DateTime& dtFor) {
+Currency accounting::getRetainedEarnings(clsRS& engine, DateTime& dtFor) {
   DateTime start, end;
-  getFiscalYear(start, end, Variant(dtFor));
+  getFiscalYear(engine, start, end, Variant(dtFor));
   const std::string head =
       std::string(kClassSumHead) + "transdate < '" + start.ShortDate() + "' and fivetypename = '";
   std::string scratch;
-  const Currency revenue = accounting::SumOf(*this, head + "R'", "TotAmt", scratch);
-  const Currency expenses = accounting::SumOf(*this, head + "E'", "TotAmt", scratch);
+  const Currency revenue = accounting::SumOf(engine, head + "R'", "TotAmt", scratch);
+  const Currency expenses = accounting::SumOf(engine, head + "E'", "TotAmt", scratch);
   return -revenue - expenses;
 }
 
-Currency clsRS::getNetIncome(DateTime& dtFor) {
+Currency accounting::getNetIncome(clsRS& engine, DateTime& dtFor) {
   DateTime start, end;
-  getFiscalYear(start, end, Variant(dtFor));
+  getFiscalYear(engine, start, end, Variant(dtFor));
   const std::string head = std::string(kClassSumHead) + "transdate >= '" + start.ShortDate() +
                            "' and transdate <= '" + dtFor.ShortDate() + "' and fivetypename = '";
   std::string scratch;
-  const Currency revenue = accounting::SumOf(*this, head + "R'", "TotAmt", scratch);
-  const Currency expenses = accounting::SumOf(*this, head + "E'", "TotAmt", scratch);
+  const Currency revenue = accounting::SumOf(engine, head + "R'", "TotAmt", scratch);
+  const Currency expenses = accounting::SumOf(engine, head + "E'", "TotAmt", scratch);
   return -revenue - expenses;
 }
 

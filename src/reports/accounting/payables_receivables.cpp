@@ -6,6 +6,8 @@
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
 #include "reports/accounting/work_table_lock.h"
+#include "reports/rowset_helpers.h"
+#include "reports/accounting/statements.h"
 
 namespace ent {
 
@@ -36,14 +38,14 @@ Currency Owed(const Recordset& sum) {
 std::unique_ptr<Recordset> clsRS::getAPARSummary(int32_t& eTyp, std::string& innerErr, std::string& dtEnd) {
   std::unique_ptr<Recordset> rs;
   if (eTyp == 0) {
-    rs = runQuery(getReceivablesSQL(dtEnd), innerErr, false);
+    rs = runQuery(accounting::getReceivablesSQL(dtEnd), innerErr, false);
   } else {
     accounting::WorkTableLock lock(ShopConnectionString(), conn_.get());
     if (!lock.failure().empty()) {
       innerErr = lock.failure();
       return nullptr;
     }
-    if (fillAPARTable(eTyp, innerErr, dtEnd)) rs = runQuery(kPayablesReadBack, innerErr, false);
+    if (accounting::fillAPARTable(*this, eTyp, innerErr, dtEnd)) rs = runQuery(kPayablesReadBack, innerErr, false);
     try {
       if (rs) lock.Commit();
     } catch (const Error& e) {
@@ -57,37 +59,37 @@ std::unique_ptr<Recordset> clsRS::getAPARSummary(int32_t& eTyp, std::string& inn
   return copy;
 }
 
-bool clsRS::fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtEnd) {
+bool accounting::fillAPARTable(clsRS& engine, int32_t& eTyp, std::string& innerErr, std::string& dtEnd) {
   const std::string d = Variant(dtEnd).ToDate().ShortDate();
   try {
-    if (!createAPARTable()) {
+    if (!createAPARTable(engine)) {
       innerErr = "Unable to create ARAP table.";
       return false;
     }
     std::unique_ptr<Recordset> suppliers;
-    if (eTyp == 1) suppliers = runQuery(kSuppliers, innerErr, false);
-    Recordset& parties = accounting::Rows(suppliers);
+    if (eTyp == 1) suppliers = engine.runQuery(kSuppliers, innerErr, false);
+    Recordset& parties = Required(suppliers);
     while (!parties.IsEof()) {
       YieldToPendingWork();
       const int32_t id = parties.Get("GenID").ToLong();
-      std::unique_ptr<Recordset> sum = runQuery(
+      std::unique_ptr<Recordset> sum = engine.runQuery(
           PayablesSum(d, "srcmod = 'SUPTRANS' or srcmod = 'SUPMAKEPAYMENT' or srcmod = 'LEVYSUP'", id),
           innerErr, false);
-      Currency balance = Owed(accounting::Rows(sum));
+      Currency balance = Owed(Required(sum));
       if (balance != Currency()) {
         std::string company = SafeString(parties.Get("Company"));
         std::string contact = SafeString(parties.Get("LName")) + ", " + SafeString(parties.Get("FName"));
-        addAPARLine(company, contact, balance);
+        addAPARLine(engine, company, contact, balance);
       }
       parties.MoveNext();
     }
     for (int32_t t = 1; t <= 2; ++t) {
       std::unique_ptr<Recordset> sum =
-          runQuery(PayablesSum(d, "srcmod like 'TAX%' or srcmod = 'LEVYTAX'", t), innerErr, false);
-      Currency balance = Owed(accounting::Rows(sum));
+          engine.runQuery(PayablesSum(d, "srcmod like 'TAX%' or srcmod = 'LEVYTAX'", t), innerErr, false);
+      Currency balance = Owed(Required(sum));
       std::string company = t == 1 ? "Tax 1" : "Tax 2";
       std::string contact;
-      addAPARLine(company, contact, balance);
+      addAPARLine(engine, company, contact, balance);
     }
     innerErr = "0";
     return true;
@@ -97,7 +99,7 @@ bool clsRS::fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtE
   }
 }
 
-std::string clsRS::getReceivablesSQL(const std::string& dtEnd) {
+std::string accounting::getReceivablesSQL(const std::string& dtEnd) {
   const std::string d = SqlQuote(dtEnd);
   const std::string party = " select company, fname, lname, ahtel, htel, abtel, btel, customer.cusid, ";
   const std::string work_orders = " INNER JOIN  wo ON wo.cusid = customer.cusid";

@@ -5,6 +5,7 @@
 #include "data/sql_text.h"
 #include "reports/accounting/statement_sections.h"
 #include "reports/accounting/work_table_lock.h"
+#include "reports/accounting/statements.h"
 
 namespace ent {
 
@@ -38,8 +39,8 @@ std::unique_ptr<Recordset> clsRS::getProfitLoss(std::string& dtStart, std::strin
   }
   try {
     bool bPL = true;
-    if (!createStatementTable(bPL, innerErr)) return nullptr;
-    if (!computeProfitLoss(dtStart, dtEnd, innerErr)) return nullptr;
+    if (!accounting::createStatementTable(*this, bPL, innerErr)) return nullptr;
+    if (!accounting::computeProfitLoss(*this, dtStart, dtEnd, innerErr)) return nullptr;
     std::unique_ptr<Recordset> rs = runQuery(kReadBack, innerErr, false);
     lock.Commit();
     if (innerErr.empty()) innerErr = "0";
@@ -49,30 +50,30 @@ std::unique_ptr<Recordset> clsRS::getProfitLoss(std::string& dtStart, std::strin
   }
 }
 
-bool clsRS::computeProfitLoss(std::string& dtStart, std::string& dtEnd, std::string& innerErr) {
+bool accounting::computeProfitLoss(clsRS& engine, std::string& dtStart, std::string& dtEnd, std::string& innerErr) {
   std::string scratch;
   try {
     const bool bPL = true;
     const accounting::StatementPeriod period = Period(SqlQuote(dtStart), SqlQuote(dtEnd));
     Currency total_revenue, total_expenses;
     int32_t r = 2;
-    conn_->Execute("delete from entPLShtRPT");
+    engine.connection()->Execute("delete from entPLShtRPT");
 
     std::vector<accounting::StatementEntry> revenue =
-        collectStatementEntries(accounting::StatementAccountsSql('R'), period, scratch);
-    writeStatementLine("[b]REVENUE", "", 0, bPL);
-    writeStatementEntries(revenue, -1, total_revenue, r, bPL);
+        collectStatementEntries(engine, accounting::StatementAccountsSql('R'), period, scratch);
+    writeStatementLine(engine, "[b]REVENUE", "", 0, bPL);
+    writeStatementEntries(engine, revenue, -1, total_revenue, r, bPL);
     ++r;
-    writeStatementLine("[b]TOTAL REVENUE", total_revenue.ToString(), r++, bPL);
-    writeStatementLine("", "", r++, bPL);
-    writeStatementLine("[b]EXPENSES", "", r++, bPL);
+    writeStatementLine(engine, "[b]TOTAL REVENUE", total_revenue.ToString(), r++, bPL);
+    writeStatementLine(engine, "", "", r++, bPL);
+    writeStatementLine(engine, "[b]EXPENSES", "", r++, bPL);
 
     std::vector<accounting::StatementEntry> expenses =
-        collectStatementEntries(accounting::StatementAccountsSql('E'), period, scratch);
-    writeStatementEntries(expenses, 1, total_expenses, r, bPL);
-    writeStatementLine("[b]TOTAL EXPENSES", total_expenses.ToString(), r++, bPL);
-    writeStatementLine("", "", r++, bPL);
-    writeStatementLine("[b]NET REVENUE", (total_revenue - total_expenses).ToString(), r, bPL);
+        collectStatementEntries(engine, accounting::StatementAccountsSql('E'), period, scratch);
+    writeStatementEntries(engine, expenses, 1, total_expenses, r, bPL);
+    writeStatementLine(engine, "[b]TOTAL EXPENSES", total_expenses.ToString(), r++, bPL);
+    writeStatementLine(engine, "", "", r++, bPL);
+    writeStatementLine(engine, "[b]NET REVENUE", (total_revenue - total_expenses).ToString(), r, bPL);
     innerErr.clear();
     return true;
   } catch (const Error& e) {

@@ -7,6 +7,8 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/rowset_helpers.h"
+#include "reports/accounting/statements.h"
 
 namespace ent {
 
@@ -17,11 +19,11 @@ std::string accounting::StatementAccountsSql(char fivetypename) {
          fivetypename + "' order by accountnumber";
 }
 
-std::vector<accounting::StatementEntry> clsRS::collectStatementEntries(
+std::vector<accounting::StatementEntry> accounting::collectStatementEntries(clsRS& engine, 
     const std::string& accountSql, const accounting::StatementPeriod& period, std::string& innerErr) {
   std::vector<accounting::StatementEntry> entries;
-  std::unique_ptr<Recordset> rs = runQuery(accountSql, innerErr, false);
-  Recordset& accounts = accounting::Rows(rs);
+  std::unique_ptr<Recordset> rs = engine.runQuery(accountSql, innerErr, false);
+  Recordset& accounts = Required(rs);
   while (!accounts.IsEof()) {
     YieldToPendingWork();
     accounting::StatementEntry e;
@@ -34,10 +36,10 @@ std::vector<accounting::StatementEntry> clsRS::collectStatementEntries(
     const std::string balance_sql =
         "select sum(amt) as [TOTAMT] from ChartOfAccountsGLPOSTINGTABLE where chid = " +
         std::to_string(e.chid) + period.balance_clause;
-    e.amount = accounting::SumOf(*this, balance_sql, "TotAmt", innerErr);
+    e.amount = accounting::SumOf(engine, balance_sql, "TotAmt", innerErr);
     if (e.amount != Currency()) {
       entries.push_back(std::move(e));
-    } else if (getGroupSum(accounts.Get("type"), e.accountnumber, e.sublevel, period, innerErr) !=
+    } else if (getGroupSum(engine, accounts.Get("type"), e.accountnumber, e.sublevel, period, innerErr) !=
                Currency()) {
       entries.push_back(std::move(e));
     }
@@ -46,17 +48,17 @@ std::vector<accounting::StatementEntry> clsRS::collectStatementEntries(
   return entries;
 }
 
-Currency clsRS::getGroupSum(const Variant& accountType, int32_t accountNumber, int32_t subLevel,
+Currency accounting::getGroupSum(clsRS& engine, const Variant& accountType, int32_t accountNumber, int32_t subLevel,
                             const accounting::StatementPeriod& period, std::string& innerErr) {
   const std::string type = accountType.IsNull() ? std::string() : accountType.ToText();
   const std::string number = std::to_string(accountNumber);
   int32_t next = 0;
   {
     std::unique_ptr<Recordset> rs =
-        runQuery("select accountnumber,sublevel from chartofaccounts where accountnumber > " + number +
+        engine.runQuery("select accountnumber,sublevel from chartofaccounts where accountnumber > " + number +
                      " and type = '" + SqlQuote(type) + "' order by accountnumber",
                  innerErr, false);
-    Recordset& later = accounting::Rows(rs);
+    Recordset& later = Required(rs);
     while (!later.IsEof()) {
       if (later.Get("sublevel").ToLong() <= subLevel) {
         next = later.Get("accountnumber").ToLong();
@@ -69,10 +71,10 @@ Currency clsRS::getGroupSum(const Variant& accountType, int32_t accountNumber, i
       next == 0 ? period.group_open + number + " and type = '" + SqlQuote(type) + "'" + period.group_clause
                 : period.group_closed + number + " and accountnumber < " + std::to_string(next) +
                       period.group_clause;
-  return accounting::SumOf(*this, sql, "ftot", innerErr);
+  return accounting::SumOf(engine, sql, "ftot", innerErr);
 }
 
-void clsRS::writeStatementEntries(std::vector<accounting::StatementEntry>& entries, int sign, Currency& total,
+void accounting::writeStatementEntries(clsRS& engine, std::vector<accounting::StatementEntry>& entries, int sign, Currency& total,
                                   int32_t& r, bool bPL) {
   const Currency s = Currency::FromInt(sign);
   for (accounting::StatementEntry& e : entries) {
@@ -90,25 +92,25 @@ void clsRS::writeStatementEntries(std::vector<accounting::StatementEntry>& entri
       }
       std::string label = e.accountname + " Total";
       std::string amount = (s * subtotal).ToString();
-      addStatementLine(label, e.sublevel, amount, r, bPL);
+      addStatementLine(engine, label, e.sublevel, amount, r, bPL);
       ++r;
       if (e.sublevel == 1) total += s * subtotal;
       amount = (s * e.amount).ToString();
-      addStatementLine(e.accountname, e.sublevel, amount, r, bPL);
+      addStatementLine(engine, e.accountname, e.sublevel, amount, r, bPL);
       ++r;
     } else {
       std::string amount = (s * e.amount).ToString();
-      addStatementLine(e.accountname, e.sublevel, amount, r, bPL);
+      addStatementLine(engine, e.accountname, e.sublevel, amount, r, bPL);
       if (e.sublevel == 1) total += s * e.amount;
       ++r;
     }
   }
 }
 
-void clsRS::writeStatementLine(const std::string& label, const std::string& amount, int32_t rowID, bool bPL) {
+void accounting::writeStatementLine(clsRS& engine, const std::string& label, const std::string& amount, int32_t rowID, bool bPL) {
   std::string name = label, text = amount;
   int32_t level = 0;
-  addStatementLine(name, level, text, rowID, bPL);
+  addStatementLine(engine, name, level, text, rowID, bPL);
 }
 
 }  // namespace ent

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "common/currency.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 
 namespace ent::accounting {
 

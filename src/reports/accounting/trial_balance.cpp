@@ -6,6 +6,8 @@
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
 #include "reports/accounting/work_table_lock.h"
+#include "reports/rowset_helpers.h"
+#include "reports/accounting/statements.h"
 
 namespace ent {
 
@@ -21,11 +23,10 @@ const char kNotInFiscalYear[] = "The Date you have selected does not fall in to 
 // Debit and credit totals, and the line writer that places a balance in its column.
 class TrialBalanceWriter {
  public:
-  using AddLine = void (clsRS::*)(std::string&, std::string&, std::string&, int32_t&);
-  explicit TrialBalanceWriter(clsRS& engine, AddLine add) : engine_(engine), add_(add) {}
+  explicit TrialBalanceWriter(clsRS& engine) : engine_(engine) {}
 
   void Line(std::string label, std::string debit, std::string credit) {
-    (engine_.*add_)(label, debit, credit, r_);
+    accounting::addTrialBalanceLine(engine_, label, debit, credit, r_);
     ++r_;
   }
   void Empty() { Line("", "", ""); }
@@ -48,7 +49,6 @@ class TrialBalanceWriter {
 
  private:
   clsRS& engine_;
-  AddLine add_;
   int32_t r_ = 0;
   Currency debit_, credit_;
 };
@@ -66,7 +66,7 @@ std::unique_ptr<Recordset> clsRS::getTrialBalance(std::string& dtEnd, std::strin
     return nullptr;
   }
   try {
-    computeTrialBalance(dtEnd, innerErr);
+    accounting::computeTrialBalance(*this, dtEnd, innerErr);
     if (innerErr != "0") return nullptr;
     std::string scratch;
     std::unique_ptr<Recordset> rs = runQuery(kReadBack, scratch, false);
@@ -79,34 +79,34 @@ std::unique_ptr<Recordset> clsRS::getTrialBalance(std::string& dtEnd, std::strin
   }
 }
 
-void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
+void accounting::computeTrialBalance(clsRS& engine, std::string& dtEnd, std::string& innerErr) {
   DateTime end = Variant(dtEnd).ToDate();
-  if (!isInFiscalYear(end)) {
+  if (!isInFiscalYear(engine, end)) {
     innerErr = kNotInFiscalYear;
     return;
   }
   DateTime start, year_end;
-  getFiscalYear(start, year_end, Variant(dtEnd));
+  getFiscalYear(engine, start, year_end, Variant(dtEnd));
   const std::string date = SqlQuote(dtEnd);
   try {
-    if (!createTrialBalanceTable()) return;
-    TrialBalanceWriter out(*this, &clsRS::addTrialBalanceLine);
+    if (!createTrialBalanceTable(engine)) return;
+    TrialBalanceWriter out(engine);
     std::string scratch;
 
     for (char cls : {'A', 'L', 'Q'}) {
       std::unique_ptr<Recordset> rs =
-          runQuery(AccountsSql(std::string("fivetypename = '") + cls + "'"), innerErr, false);
-      Recordset& accounts = accounting::Rows(rs);
+          engine.runQuery(AccountsSql(std::string("fivetypename = '") + cls + "'"), innerErr, false);
+      Recordset& accounts = Required(rs);
       while (!accounts.IsEof()) {
         YieldToPendingWork();
         const Currency b =
-            accounting::SumOf(*this,
+            accounting::SumOf(engine,
                               "select sum(amt) as [TOTAMT] from ChartOfAccountsGLPOSTINGTABLE where chid = " +
                                   accounts.Get("CHID").ToText() + "  and  transdate <= '" + date + "'",
                               "TotAmt", scratch);
         if (b != Currency()) {
           int32_t number = accounts.Get("AccountNumber").ToLong();
-          out.Balance(getAccountPath(number), b);
+          out.Balance(getAccountPath(engine, number), b);
           out.Count(b);
         }
         accounts.MoveNext();
@@ -114,7 +114,7 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
       if (cls != 'Q') out.Empty();
     }
 
-    const Currency retained = getRetainedEarnings(end);
+    const Currency retained = getRetainedEarnings(engine, end);
     if (retained != Currency()) {
       if (retained > Currency()) {
         out.Line("Retained Earnings", "", retained.ToString());
@@ -126,8 +126,8 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
     }
 
     std::unique_ptr<Recordset> rs =
-        runQuery(AccountsSql("fivetypename = 'R' or fivetypename = 'E'"), innerErr, false);
-    Recordset& accounts = accounting::Rows(rs);
+        engine.runQuery(AccountsSql("fivetypename = 'R' or fivetypename = 'E'"), innerErr, false);
+    Recordset& accounts = Required(rs);
     std::string current = accounts.IsEof() ? std::string() : accounts.Get("FiveTypeName").ToText();
     while (!accounts.IsEof()) {
       YieldToPendingWork();
@@ -137,7 +137,7 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
         out.Empty();
       }
       const Currency b =
-          accounting::SumOf(*this,
+          accounting::SumOf(engine,
                             "select sum(amt) as [TOTAMT] from ChartOfAccountsGLPOSTINGTABLE where chid = " +
                                 accounts.Get("CHID").ToText() + "  and transdate >= '" + start.ShortDate() +
                                 "' and transdate <= '" + date + "'",
@@ -145,7 +145,7 @@ void clsRS::computeTrialBalance(std::string& dtEnd, std::string& innerErr) {
       if (b != Currency()) {
         if (cls == "E" || cls == "R") {
           int32_t number = accounts.Get("AccountNumber").ToLong();
-          out.Balance(getAccountPath(number), b);
+          out.Balance(getAccountPath(engine, number), b);
         }
         out.Count(b);
       }

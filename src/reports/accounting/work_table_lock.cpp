@@ -6,17 +6,12 @@
 #include <map>
 
 #include "common/error.h"
+#include "common/text.h"
 #include "data/connection_string.h"
 
 namespace ent::accounting {
 
 namespace {
-
-std::string Lower(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return s;
-}
 
 std::shared_ptr<std::mutex> MutexFor(const std::string& identity) {
   static std::mutex registry_mutex;
@@ -32,7 +27,7 @@ std::shared_ptr<std::mutex> MutexFor(const std::string& identity) {
 std::string DatabaseIdentity(const std::string& connection_string) {
   try {
     ConnectionString parsed = ConnectionString::Parse(connection_string);
-    const std::string provider = Lower(parsed.Get("Provider").value_or("sqloledb"));
+    const std::string provider = AsciiLower(parsed.Get("Provider").value_or("sqloledb"));
     const std::string source =
         parsed.GetAny({"Data Source", "DataSource", "Server", "Address", "Addr"}).value_or("");
     if (provider == "sqlite") {
@@ -41,7 +36,7 @@ std::string DatabaseIdentity(const std::string& connection_string) {
       return "sqlite:" + (ec ? source : canonical.string());
     }
     const std::string database = parsed.GetAny({"Initial Catalog", "Database"}).value_or("");
-    return provider + ":" + Lower(source) + "|" + Lower(database);
+    return provider + ":" + AsciiLower(source) + "|" + AsciiLower(database);
   } catch (const Error&) {
     return connection_string;
   }

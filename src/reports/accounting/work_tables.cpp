@@ -5,8 +5,11 @@
 #include "common/error.h"
 #include "common/format.h"
 #include "common/numeric_text.h"
-#include "data/cls_rs.h"
+#include "common/text.h"
+#include "reports/accounting/statements.h"
+#include "reports/cls_rs.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -38,10 +41,10 @@ std::string Left(const std::string& s, size_t n) {
 
 }  // namespace
 
-bool clsRS::createStatementTable(bool& bPL, std::string& innerErr) {
+bool accounting::createStatementTable(clsRS& engine, bool& bPL, std::string& innerErr) {
   const std::string name = bPL ? "entPLShtRPT" : "entBalanceShtRPT";
   try {
-    Recreate(*conn_, "DROP TABLE " + name, "create table " + name + kStatementColumns);
+    Recreate(*engine.connection(), "DROP TABLE " + name, "create table " + name + kStatementColumns);
     return true;
   } catch (const Error& e) {
     innerErr = std::to_string(e.number()) + " " + e.description();
@@ -49,14 +52,14 @@ bool clsRS::createStatementTable(bool& bPL, std::string& innerErr) {
   }
 }
 
-void clsRS::addStatementLine(std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
+void accounting::addStatementLine(clsRS& engine, std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
                              bool& bPL) {
   if (lLevel > 0) sName = "[sp" + std::to_string(3 * static_cast<int64_t>(lLevel)) + "]" + sName;
   if (!sAmount.empty()) sAmount = Format(Variant(sAmount), kAmountPattern);
   std::string status;
   std::unique_ptr<Recordset> rs =
-      runQuery(bPL ? "select * FROM entPLShtRPT" : "select * FROM entBalanceShtRPT", status, true);
-  Recordset& table = accounting::Rows(rs);
+      engine.runQuery(bPL ? "select * FROM entPLShtRPT" : "select * FROM entBalanceShtRPT", status, true);
+  Recordset& table = Required(rs);
   if (lLevel == std::numeric_limits<int32_t>::max()) throw Error(err::kOverflow, "Overflow");
   ++lLevel;
   table.AddNew();
@@ -69,9 +72,9 @@ void clsRS::addStatementLine(std::string& sName, int32_t& lLevel, std::string& s
   table.Update();
 }
 
-bool clsRS::createTrialBalanceTable() {
+bool accounting::createTrialBalanceTable(clsRS& engine) {
   try {
-    Recreate(*conn_, "DROP TABLE entTrialBalanceRPT",
+    Recreate(*engine.connection(), "DROP TABLE entTrialBalanceRPT",
              "create table entTrialBalanceRPT (AccountName varchar(8000), cDebit varchar(100), cCredit "
              "varchar(100), rowID integer)");
     return true;
@@ -80,11 +83,11 @@ bool clsRS::createTrialBalanceTable() {
   }
 }
 
-void clsRS::addTrialBalanceLine(std::string& sName, std::string& sDebit, std::string& sCredit,
+void accounting::addTrialBalanceLine(clsRS& engine, std::string& sName, std::string& sDebit, std::string& sCredit,
                                 int32_t& lRowID) {
   std::string status;
-  std::unique_ptr<Recordset> rs = runQuery("select * FROM entTrialBalanceRPT", status, true);
-  Recordset& table = accounting::Rows(rs);
+  std::unique_ptr<Recordset> rs = engine.runQuery("select * FROM entTrialBalanceRPT", status, true);
+  Recordset& table = Required(rs);
   table.AddNew();
   table.Set("ACCOUNTNAME", Variant(sName));
   table.Set("cDebit",
@@ -95,9 +98,9 @@ void clsRS::addTrialBalanceLine(std::string& sName, std::string& sDebit, std::st
   table.Update();
 }
 
-bool clsRS::createAPARTable() {
+bool accounting::createAPARTable(clsRS& engine) {
   try {
-    Recreate(*conn_, "DROP TABLE entAPAR",
+    Recreate(*engine.connection(), "DROP TABLE entAPAR",
              "create table entAPAR (Company varchar(100), Contact varchar(100), cAmt float)");
     return true;
   } catch (const Error&) {
@@ -105,13 +108,13 @@ bool clsRS::createAPARTable() {
   }
 }
 
-void clsRS::addAPARLine(std::string& sCompany, std::string& sContact, Currency& cAmt) {
+void accounting::addAPARLine(clsRS& engine, std::string& sCompany, std::string& sContact, Currency& cAmt) {
   std::string status;
-  std::unique_ptr<Recordset> rs = runQuery("select * FROM entAPAR", status, true);
-  Recordset& table = accounting::Rows(rs);
+  std::unique_ptr<Recordset> rs = engine.runQuery("select * FROM entAPAR", status, true);
+  Recordset& table = Required(rs);
   table.AddNew();
   table.Set("Company", Variant(Left(sCompany, 100)));
-  if (accounting::TrimBlanks(sContact) == ",") sContact.clear();
+  if (TrimBlanks(sContact) == ",") sContact.clear();
   table.Set("contact", Variant(Left(sContact, 100)));
   table.Set("cAmt", Variant(cAmt));
   table.Update();

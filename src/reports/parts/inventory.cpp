@@ -2,11 +2,12 @@
 // purchases per supplier (TOTALSUPPURCH01).
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
-#include "reports/parts/result_rowset.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -15,6 +16,30 @@ namespace {
 // An empty filter matches anything, nulls included (LikeFilter leaves it out).
 void MatchAnyWhenEmpty(std::string& filter) {
   if (filter.empty()) filter = "%";
+}
+
+// The plain average of a column's non-blank cells (0 when there is none); leaves the rowset on its
+// first row.
+double averageColumn(Recordset* rs, const std::string& columnName) {
+  if (!rs) return 0;
+  try {
+    Currency sum;
+    int count = 0;
+    if (!rs->IsBof() || !rs->IsEof()) rs->MoveFirst();
+    while (!rs->IsEof()) {
+      const Variant value = ToNumeric(rs->Get(columnName));
+      if (!TrimBlanks(value.ToText()).empty()) {
+        sum += value.ToCurrency();
+        ++count;
+      }
+      rs->MoveNext();
+    }
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    if (count == 0) return 0;
+    return sum.ToDouble() / count;
+  } catch (const Error&) {
+    return 0;
+  }
 }
 
 }  // namespace
@@ -141,36 +166,14 @@ std::unique_ptr<Recordset> clsRS::getPartsSalesPerformance(const std::string& sD
   return copy;
 }
 
-double clsRS::averageColumn(Recordset* rs, const std::string& columnName) {
-  if (!rs) return 0;
-  try {
-    Currency sum;
-    int count = 0;
-    if (!rs->IsBof() || !rs->IsEof()) rs->MoveFirst();
-    while (!rs->IsEof()) {
-      const Variant value = ToNumeric(rs->Get(columnName));
-      if (!parts::TrimBlanks(value.ToText()).empty()) {
-        sum += value.ToCurrency();
-        ++count;
-      }
-      rs->MoveNext();
-    }
-    if (rs->RecordCount() > 0) rs->MoveFirst();
-    if (count == 0) return 0;
-    return sum.ToDouble() / count;
-  } catch (const Error&) {
-    return 0;
-  }
-}
-
 std::unique_ptr<Recordset> clsRS::GetSupplierExpenseSummary(const std::string& sDTFrom,
                                                             const std::string& sDTTo, std::string& sErr) {
   std::string list_err;
   std::unique_ptr<Recordset> suppliers =
       runQuery("SELECT supid, company FROM supplier  ORDER BY company", list_err, false);
-  suppliers = parts::Required(std::move(suppliers), list_err, sErr, "GetSupplierExpenseSummary");
+  Required(suppliers, list_err, &sErr);
 
-  std::unique_ptr<Recordset> result = parts::NewResultRowset({"Supplier", "Total_Purchases"});
+  std::unique_ptr<Recordset> result = NewTextTable({"Supplier", "Total_Purchases"});
   while (!suppliers->IsEof()) {
     // Every supplier has a purchase table of its own, named after its id.
     std::string purchase_err;
@@ -178,7 +181,7 @@ std::unique_ptr<Recordset> clsRS::GetSupplierExpenseSummary(const std::string& s
         runQuery("SELECT sum(purchase) as TotPurch FROM suph" + SafeString(suppliers->Get("SupID")) +
                      " WHERE purchdate BETWEEN '" + SqlQuote(sDTFrom) + "' and '" + SqlQuote(sDTTo) + "'",
                  purchase_err, false);
-    purchases = parts::Required(std::move(purchases), purchase_err, sErr, "GetSupplierExpenseSummary");
+    Required(purchases, purchase_err, &sErr);
     result->AddNew();
     result->Set("Supplier", Variant(SafeString(suppliers->Get("Company"))));
     result->Set("Total_Purchases",

@@ -5,11 +5,12 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
-#include "reports/parts/result_rowset.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -22,7 +23,7 @@ std::string Text(const Variant& value) {
 
 // An amount cell of the report: the value as text, formatted and trimmed.
 std::string Amount(const Variant& value) {
-  return parts::TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
+  return TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
 }
 
 // The first row's value of `column` as text; the empty text when there is none or it is null.
@@ -34,6 +35,36 @@ std::string FirstText(clsRS& engine, const std::string& sql, const char* column)
     return Text(rs->Get(column));
   } catch (const Error&) {
     return "";
+  }
+}
+
+// The look-ups of a part line; each gives the empty text or 0 when nothing is found.
+std::string getSupplierName(clsRS& engine, int32_t supplierId) {
+  return FirstText(engine, "SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId),
+                   "Company");
+}
+
+std::string getJobNumber(clsRS& engine, int32_t jobId) {
+  if (jobId == 0) return "";
+  return FirstText(engine, "SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId),
+                   "jobnum");
+}
+
+Currency getSalesClassMargin(clsRS& engine, Currency cost, const std::string& salesClass) {
+  try {
+    // The cost is written with a decimal point whatever the system's number format.
+    const std::string amount = cost.ToString();
+    std::string err;
+    std::unique_ptr<Recordset> rs = engine.runQuery(
+        "SELECT profitMargin From SalesClassInventoryIndexPricing WHERE "
+        "(SalesClassInventoryIndexPricing.CostFrom <= " +
+            amount + " AND SalesClassInventoryIndexPricing.CostTo >= " + amount +
+            ") AND (SalesClassInventoryIndexPricing.salesclass = '" + SqlQuote(salesClass) + "');",
+        err, false);
+    if (!rs || rs->IsEof()) return Currency();
+    return rs->Get("profitMargin").ToCurrency();
+  } catch (const Error&) {
+    return Currency();
   }
 }
 
@@ -67,7 +98,7 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
   YieldToPendingWork();
   if (!query) return nullptr;
   try {
-    std::unique_ptr<Recordset> result = parts::NewResultRowset(
+    std::unique_ptr<Recordset> result = NewTextTable(
         {"Invoice", "Invoice_Date", "Part_Description", "Part_Cost", "Sold_For", "QTY_Sold", "Total_Parts",
          "WO_Profit_Margin", "Sales_Class_Profit_Margin", "Supplier_Name", "Sales_Class", "Job_Number"});
     // Lines repeat the same supplier, preset job and sales class with the same cost: each look-up
@@ -90,9 +121,9 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
         for (const char* name : kIn) in.push_back(query->FieldIndex(name));
       auto cell = [&](In column) -> const Variant& { return query->Get(in[column]); };
       result->AddNew();
-      result->Set(size_t{0}, Variant(parts::TrimBlanks(Text(cell(kInvoice)))));
-      result->Set(size_t{1}, Variant(parts::TrimBlanks(Text(cell(kDate)))));
-      result->Set(size_t{2}, Variant(parts::TrimBlanks(Text(cell(kDescription)))));
+      result->Set(size_t{0}, Variant(TrimBlanks(Text(cell(kInvoice)))));
+      result->Set(size_t{1}, Variant(TrimBlanks(Text(cell(kDate)))));
+      result->Set(size_t{2}, Variant(TrimBlanks(Text(cell(kDescription)))));
       result->Set(size_t{3}, Variant(Amount(cell(kCost))));
       result->Set(size_t{4}, Variant(Amount(cell(kSoldFor))));
       result->Set(size_t{5}, Variant(Amount(cell(kQty))));
@@ -101,14 +132,14 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
       const Currency cost = cell(kCost).ToCurrency();
       const std::string sales_class = Text(cell(kClass));
       const Currency margin = remembered(class_margins, std::make_pair(cost, sales_class),
-                                         [&] { return getSalesClassMargin(cost, sales_class); });
+                                         [&] { return getSalesClassMargin(*this, cost, sales_class); });
       result->Set(size_t{8}, Variant(Amount(Variant(margin))));
       const int32_t supplier = cell(kSupplier).ToLong();
-      result->Set(size_t{9}, Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(supplier); })));
-      result->Set(size_t{10}, Variant(parts::TrimBlanks(sales_class)));
+      result->Set(size_t{9}, Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(*this, supplier); })));
+      result->Set(size_t{10}, Variant(TrimBlanks(sales_class)));
       const int32_t job = cell(kJob).ToLong();
       result->Set(size_t{11},
-                  Variant(parts::TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(job); }))));
+                  Variant(TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(*this, job); }))));
       result->Update();
       query->MoveNext();
     }
@@ -118,35 +149,6 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
   } catch (const Error& e) {
     strErr = e.description();
     return nullptr;
-  }
-}
-
-std::string clsRS::getSupplierName(int32_t supplierId) {
-  return FirstText(*this, "SELECT company FROM supplier WHERE supid = " + std::to_string(supplierId),
-                   "Company");
-}
-
-std::string clsRS::getJobNumber(int32_t jobId) {
-  if (jobId == 0) return "";
-  return FirstText(*this, "SELECT jobnum FROM jobheader WHERE jobheader.jobid = " + std::to_string(jobId),
-                   "jobnum");
-}
-
-Currency clsRS::getSalesClassMargin(Currency cost, const std::string& salesClass) {
-  try {
-    // The cost is written with a decimal point whatever the system's number format.
-    const std::string amount = cost.ToString();
-    std::string err;
-    std::unique_ptr<Recordset> rs = runQuery(
-        "SELECT profitMargin From SalesClassInventoryIndexPricing WHERE "
-        "(SalesClassInventoryIndexPricing.CostFrom <= " +
-            amount + " AND SalesClassInventoryIndexPricing.CostTo >= " + amount +
-            ") AND (SalesClassInventoryIndexPricing.salesclass = '" + SqlQuote(salesClass) + "');",
-        err, false);
-    if (!rs || rs->IsEof()) return Currency();
-    return rs->Get("profitMargin").ToCurrency();
-  } catch (const Error&) {
-    return Currency();
   }
 }
 

@@ -3,11 +3,12 @@
 // hours of those lines.
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
-#include "reports/parts/result_rowset.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -85,6 +86,49 @@ std::string Money(const Variant& sum) {
   return Money(clsRS::toCurrency(sum));
 }
 
+// The time-clock hours and pay of a user under a condition on "thedate". On a failure the outputs
+// are left as they stand.
+void getTechClockHours(clsRS& engine, const std::string& userID, const std::string& dateCondition, Currency& hours,
+                              Currency& dollars, bool includeVoid) {
+  if (TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
+  auto replace_all = [&](const std::string& by) {
+    std::string text = dateCondition;
+    for (size_t at = text.find("thedate"); at != std::string::npos; at = text.find("thedate", at + by.size()))
+      text.replace(at, 7, by);
+    return text;
+  };
+  const std::string invoice_date = replace_all("wo.LatestDate");
+  const std::string clock_date = replace_all("timeclock.thedate");
+  const std::string user = SqlQuote(userID);
+  std::string sql = "SELECT Sum(hrs) AS tothrs, Sum(hrs*thehourlyrate) AS tothrsdollars ";
+  sql += "FROM wo LEFT JOIN timeclock ON wo.woid = timeclock.woid ";
+  if (includeVoid) {
+    // Voided work orders count by the clock's date, invoices by the invoice date.
+    sql += "WHERE (((wo.chkVoid)=1) AND ((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
+           user + "') AND  (" + clock_date +
+           "))   OR (((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" + user +
+           "') AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND (" + invoice_date + "));";
+  } else {
+    sql +=
+        "WHERE (((wo.chkVoid)<>1) AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND  ((wo.woid)<>0) AND "
+        "((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
+        user + "') AND (" + invoice_date + "));";
+  }
+  try {
+    std::string err;
+    std::unique_ptr<Recordset> rs = engine.runQuery(sql, err, false);
+    if (!rs) return;
+    if (rs->IsEof()) {
+      hours = Currency();
+      dollars = Currency();
+      return;
+    }
+    hours = clsRS::toCurrency(rs->Get("totHRS"));
+    dollars = clsRS::toCurrency(rs->Get("tothrsdollars"));
+  } catch (const Error&) {
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, const std::string& EndDate,
@@ -95,7 +139,7 @@ std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, cons
         strErr, false);
     if (!technicians) return nullptr;
     std::unique_ptr<Recordset> result =
-        parts::NewResultRowset({"First_Name", "Last_Name", "Total_Parts", "Total_Labor", "Total_Other",
+        NewTextTable({"First_Name", "Last_Name", "Total_Parts", "Total_Labor", "Total_Other",
                                 "Total_Levy", "Discount_Parts", "Discount_Labor", "Total"});
     const std::string head = kPerfHeads[chkIncNonPend][chkVoidWO];
     while (!technicians->IsEof()) {
@@ -103,7 +147,7 @@ std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, cons
       std::string line_err;
       std::unique_ptr<Recordset> sums =
           runQuery(TechnicianLines(head, technicians->Get("UserID"), startDate, EndDate), line_err, false);
-      sums = parts::Required(std::move(sums), line_err, line_err, "getTechPerf");
+      Required(sums, line_err, &line_err);
       result->AddNew();
       result->Set("First_Name", technicians->Get("FName"));
       result->Set("Last_Name", technicians->Get("LName"));
@@ -145,8 +189,8 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
                                               std::string& strErr) {
   std::unique_ptr<Recordset> technicians =
       runQuery(std::string("SELECT usertable.* ") + kTechnicianFrom + kTechnicianTypes + ";", strErr, false);
-  technicians = parts::Required(std::move(technicians), strErr, strErr, "getTechCost");
-  std::unique_ptr<Recordset> result = parts::NewResultRowset(
+  Required(technicians, strErr, &strErr);
+  std::unique_ptr<Recordset> result = NewTextTable(
       {"First_Name", "Last_Name", "Total_Hours", "Hourly", "Flat_Rate", "Comm_Parts", "Comm_Labor", "Total"});
   const std::string head = std::string(kCostSums) + kCostConditions[chkIncNonPend][chkVoidWO];
   // The clock figures of one technician stay for the next when the clock cannot be read.
@@ -155,7 +199,7 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
     const Variant& user_id = technicians->Get("UserID");
     std::unique_ptr<Recordset> sums =
         runQuery(TechnicianLines(head, user_id, startDate, EndDate), strErr, false);
-    sums = parts::Required(std::move(sums), strErr, strErr, "getTechCost");
+    Required(sums, strErr, &strErr);
     result->AddNew();
     result->Set("First_Name", technicians->Get("FName"));
     result->Set("Last_Name", technicians->Get("LName"));
@@ -173,8 +217,7 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
         result->Set("Hourly", Variant(Money(line_hourly)));
         result->Set("Total", Variant(Money(sums->Get("THETOTAL"))));
       } else {
-        getTechClockHours(
-            SafeString(user_id),
+        getTechClockHours(*this, SafeString(user_id),
             "thedate >= '" + SqlQuote(startDate) + "' and thedate <= '" + SqlQuote(EndDate) + "'",
             clock_hours, clock_pay, chkVoidWO);
         // With voided work orders included, a technician without lines keeps those two cells empty.
@@ -193,47 +236,6 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
   if (strErr.empty() || strErr == "0") strErr = "0";
   appendTotalRow(*result, {"Total_Hours", "Hourly", "Flat_Rate", "Comm_Parts", "Comm_Labor", "Total", ""});
   return result;
-}
-
-void clsRS::getTechClockHours(const std::string& userID, const std::string& dateCondition, Currency& hours,
-                              Currency& dollars, bool includeVoid) {
-  if (parts::TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
-  auto replace_all = [&](const std::string& by) {
-    std::string text = dateCondition;
-    for (size_t at = text.find("thedate"); at != std::string::npos; at = text.find("thedate", at + by.size()))
-      text.replace(at, 7, by);
-    return text;
-  };
-  const std::string invoice_date = replace_all("wo.LatestDate");
-  const std::string clock_date = replace_all("timeclock.thedate");
-  const std::string user = SqlQuote(userID);
-  std::string sql = "SELECT Sum(hrs) AS tothrs, Sum(hrs*thehourlyrate) AS tothrsdollars ";
-  sql += "FROM wo LEFT JOIN timeclock ON wo.woid = timeclock.woid ";
-  if (includeVoid) {
-    // Voided work orders count by the clock's date, invoices by the invoice date.
-    sql += "WHERE (((wo.chkVoid)=1) AND ((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
-           user + "') AND  (" + clock_date +
-           "))   OR (((wo.woid)<>0) AND ((wo.WOdeleted)<>1) AND ((timeclock.userid)='" + user +
-           "') AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND (" + invoice_date + "));";
-  } else {
-    sql +=
-        "WHERE (((wo.chkVoid)<>1) AND ((wo.invoiceid)<>0) AND ((wo.credid)=0) AND  ((wo.woid)<>0) AND "
-        "((wo.WOdeleted)<>1) AND ((timeclock.userid)='" +
-        user + "') AND (" + invoice_date + "));";
-  }
-  try {
-    std::string err;
-    std::unique_ptr<Recordset> rs = runQuery(sql, err, false);
-    if (!rs) return;
-    if (rs->IsEof()) {
-      hours = Currency();
-      dollars = Currency();
-      return;
-    }
-    hours = toCurrency(rs->Get("totHRS"));
-    dollars = toCurrency(rs->Get("tothrsdollars"));
-  } catch (const Error&) {
-  }
 }
 
 }  // namespace ent

@@ -1,6 +1,7 @@
 // The daily sales recap (DSR01): each sales class's units, sales, cost and margin for the day, the
 // month to date and the year to date, a total line and, on request, a summary by category.
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <map>
 #include <string>
@@ -8,10 +9,12 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -44,12 +47,6 @@ const std::map<std::string, Category>& CategoryTable() {
   return table;
 }
 
-std::string Upper(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return s;
-}
-
 // The three periods of a row and their columns.
 struct Period {
   const char* units;
@@ -70,16 +67,25 @@ Currency Shown(const Recordset& rs, const char* column) {
   return rs.Get(column).ToCurrency();
 }
 
-}  // namespace
+// The daily recap's figures of one period: units, sales, cost, margin percent.
+struct ClassTotals {
+  Currency units, sales, cost, margin;
+};
 
-Currency clsRS::calcMarginPct(Currency sales, Currency cost) {
+// One summary category's figures: units, units month-to-date, units year-to-date, cost (day, MTD,
+// YTD), sales (day, MTD, YTD).
+using CategoryFigures = std::array<Currency, 9>;
+
+// (sales - cost) / sales * 100; 0 without sales.
+Currency calcMarginPct(Currency sales, Currency cost) {
   if (sales == Currency()) return Currency();
   const double s = sales.ToDouble();
   return Currency::FromDouble((s - cost.ToDouble()) / s * 100.0);
 }
 
-clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime& from, const DateTime& to) {
-  if (Upper(salesClass) == "UNCLASSIFIED") salesClass.clear();
+// The lines of one sales class ("UNCLASSIFIED": lines without a class) dated from..to.
+ClassTotals getClassTotals(clsRS& engine, std::string salesClass, const DateTime& from, const DateTime& to) {
+  if (AsciiUpper(salesClass) == "UNCLASSIFIED") salesClass.clear();
   const std::string lines =
       " from woparts inner join wo on woparts.woid = wo.woid where ((woparts.woid <> 0) or ((woparts.credid "
       "= "
@@ -89,20 +95,20 @@ clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime&
       SqlQuote(salesClass) + "' and latestdate >= '" + from.ShortDate() + "' and latestdate <= '" +
       to.ShortDate() + "'";
   std::string errA, errB;
-  std::unique_ptr<Recordset> a = runQuery(
+  std::unique_ptr<Recordset> a = engine.runQuery(
       "SELECT sum(qty) as TotQTY, sum(totparts - discpart) As TotSales, sum(invcost + mechpartstot) as "
       "TotCost, "
       "sum(hrs) as TotHRS, sum(labour - disclab) As TotLSales, sum(mechlabtot) as TotLCost" +
           lines,
       errA, false);
   std::unique_ptr<Recordset> b =
-      runQuery("SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" +
+      engine.runQuery("SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" +
                    lines + " and otherchargeid > 0",
                errB, false);
-  Recordset& parts = sales::Required(a, errA);
+  Recordset& parts = Required(a, errA);
   ClassTotals totals;
   if (parts.IsEof()) return totals;
-  Recordset& other = sales::Required(b, errB);
+  Recordset& other = Required(b, errB);
   auto n = [](const Recordset& rs, const char* column) { return ToNumeric(rs.Get(column)).ToCurrency(); };
   totals.units = n(parts, "TotQTY") + n(parts, "TotHRS") + n(other, "TotOTC");
   totals.sales = n(parts, "TotSales") + n(parts, "TotLSales") + n(other, "TotSales");
@@ -111,26 +117,30 @@ clsRS::ClassTotals clsRS::getClassTotals(std::string salesClass, const DateTime&
   return totals;
 }
 
-void clsRS::addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
+// Adds the figures into the category of the class; categories in the order PARTS, LABOUR, TIRES,
+// OTHER, WHEELS.
+void addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
                                std::array<CategoryFigures, 5>& categories) {
   const auto& table = CategoryTable();
-  auto found = table.find(Upper(sales::Trim(salesClass)));
+  auto found = table.find(AsciiUpper(TrimBlanks(salesClass)));
   CategoryFigures& into = categories[found == table.end() ? kOther : found->second];
   for (size_t i = 0; i < figures.size(); ++i) into[i] += figures[i];
 }
+
+}  // namespace
 
 std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsOf, bool bDisFinSumm,
                                                      std::string& strErr) {
   const DateTime day = Variant(dDateAsOf).ToDate().DateOnly();  // an unreadable day goes to the caller
   try {
     auto result =
-        sales::NewTable({"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD",
+        NewTextTable({"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD",
                          "Cost_MTD", "Margin_MTD", "Units_YTD", "Sales_YTD", "Cost_YTD", "Margin_YTD"});
     std::string listErr;
     std::unique_ptr<Recordset> classes =
         runQuery("SELECT distinct salesclass FROM SalesClassInventoryIndexPricing ORDER BY salesclass",
                  listErr, false);
-    Recordset& list = sales::Required(classes, listErr);
+    Recordset& list = Required(classes, listErr);
     if (list.IsEof()) {  // no sales classes: the table stays empty
       strErr = "0";
       return result;
@@ -141,10 +151,10 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
     bool has_unclassified = false;
     for (; !list.IsEof(); list.MoveNext()) {
       names.push_back(SafeString(list.Get("salesclass")));
-      if (Upper(sales::Trim(names.back())) == "UNCLASSIFIED") has_unclassified = true;
+      if (AsciiUpper(TrimBlanks(names.back())) == "UNCLASSIFIED") has_unclassified = true;
     }
     if (has_unclassified) {
-      std::erase_if(names, [](const std::string& name) { return sales::Trim(name).empty(); });
+      std::erase_if(names, [](const std::string& name) { return TrimBlanks(name).empty(); });
     }
     const DateTime starts[] = {day, DateTime::FromParts(day.year(), day.month(), 1),
                                DateTime::FromParts(day.year(), 1, 1)};
@@ -154,7 +164,7 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
       YieldToPendingWork();
       result->Set("Sales_Class", Variant(salesClass));
       for (size_t p = 0; p < 3; ++p) {
-        const ClassTotals t = getClassTotals(salesClass, starts[p], day);
+        const ClassTotals t = getClassTotals(*this, salesClass, starts[p], day);
         result->Set(kPeriods[p].units, Amount(t.units));
         result->Set(kPeriods[p].cost, Amount(t.cost));
         result->Set(kPeriods[p].sales, Amount(t.sales));

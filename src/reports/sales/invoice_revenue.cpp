@@ -1,7 +1,7 @@
 // Invoice revenue summary (INVSUM01), payment reconciliation (PAYREC01), average invoice (AVGINV01).
 #include "common/format.h"
 #include "common/log.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
 
 namespace ent {

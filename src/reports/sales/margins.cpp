@@ -4,9 +4,11 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -59,14 +61,42 @@ double Amount(const Recordset& rs, const char* column) {
 
 bool IsTotalLine(const Recordset& rs) {
   if (rs.IsBof() || rs.IsEof()) return false;
-  return sales::Trim(rs.Get(size_t{0}).ToText()) == "[b]TOTAL";
+  return TrimBlanks(rs.Get(size_t{0}).ToText()) == "[b]TOTAL";
+}
+
+// A copy of the invoice rowset ending with its total line, whose margins are weighted by the costs.
+std::unique_ptr<Recordset> addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
+                                                  Currency otherCost, Currency totalCost) {
+  std::unique_ptr<Recordset> copy = clsRS::copyRS(rs);
+  if (!copy) return nullptr;
+  clsRS::appendTotalRow(*copy, {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total", ""});
+  if (copy->RecordCount() == 0) return copy;
+  copy->MoveLast();
+  if (!IsTotalLine(*copy)) return copy;
+  struct Margin {
+    const char* sales;
+    Currency cost;
+    const char* margin;
+  };
+  for (const Margin& m :
+       {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
+        Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
+        Margin{"Total", totalCost, "Total_Margin"}}) {
+    const double sales = clsRS::toCurrency(copy->Get(m.sales)).ToDouble();
+    std::string text = "0.00";
+    if (sales > 0)
+      text = Format(Variant(sales::Round2(100.0 - m.cost.ToDouble() / sales * 100.0)), kAmountPattern);
+    copy->Set(m.margin, Variant(text));
+  }
+  copy->Update();
+  return copy;
 }
 
 }  // namespace
 
 std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate, const std::string& EndDate,
                                                    std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     const std::string range =
         "where wodeleted = 0 and (invoiceid > 0 or credid > 0) and latestdate between '" +
         SqlQuote(startDate) + "' and '" + SqlQuote(EndDate) + "' order by latestdate, invoiceid, credid";
@@ -87,39 +117,12 @@ std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate,
     }
     std::string displayErr;
     std::unique_ptr<Recordset> invoices = runQuery(kInvoiceSql + range, displayErr, false);
-    sales::Required(invoices, displayErr);
+    Required(invoices, displayErr);
     auto result = addMarginTotals(invoices.get(), partsCost, labourCost, otherCost, totalCost);
-    sales::Required(result, "The invoices could not be copied.");
+    Required(result, "The invoices could not be copied.");
     strErr = "0";
     return result;
   });
-}
-
-std::unique_ptr<Recordset> clsRS::addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
-                                                  Currency otherCost, Currency totalCost) {
-  std::unique_ptr<Recordset> copy = copyRS(rs);
-  if (!copy) return nullptr;
-  appendTotalRow(*copy, {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total", ""});
-  if (copy->RecordCount() == 0) return copy;
-  copy->MoveLast();
-  if (!IsTotalLine(*copy)) return copy;
-  struct Margin {
-    const char* sales;
-    Currency cost;
-    const char* margin;
-  };
-  for (const Margin& m :
-       {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
-        Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
-        Margin{"Total", totalCost, "Total_Margin"}}) {
-    const double sales = toCurrency(copy->Get(m.sales)).ToDouble();
-    std::string text = "0.00";
-    if (sales > 0)
-      text = Format(Variant(sales::Round2(100.0 - m.cost.ToDouble() / sales * 100.0)), kAmountPattern);
-    copy->Set(m.margin, Variant(text));
-  }
-  copy->Update();
-  return copy;
 }
 
 std::unique_ptr<Recordset> clsRS::getMarginByMake(const std::string& dtStart, const std::string& dtEnd,
@@ -128,7 +131,7 @@ std::unique_ptr<Recordset> clsRS::getMarginByMake(const std::string& dtStart, co
   std::unique_ptr<Recordset> makes = runQuery(sql, innerErr, false);
   if (!makes) return nullptr;
   std::unique_ptr<Recordset> copy = copyRS(makes.get());
-  Recordset& result = sales::Required(copy, "The vehicle makes could not be copied.");
+  Recordset& result = Required(copy, "The vehicle makes could not be copied.");
   const std::vector<std::string> amounts = {
       "Total_Parts", "Total_Labor", "Total_Other_Charges", "Total_Discounts", "Sub_total", "Profit", ""};
   appendTotalRow(result, amounts);

@@ -3,10 +3,12 @@
 #include <string>
 
 #include "common/error.h"
+#include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -48,7 +50,7 @@ void CopyCustomers(Recordset& from, Recordset& to, size_t columns, bool yield) {
   for (from.MoveFirst(); !from.IsEof(); from.MoveNext()) {
     to.AddNew();
     for (size_t c = 0; c < columns; ++c)
-      to.Set(c, Variant(sales::Trim(SafeString(from.Get(c)))));
+      to.Set(c, Variant(TrimBlanks(SafeString(from.Get(c)))));
     to.Update();
     if (yield) YieldToPendingWork();
   }
@@ -59,7 +61,7 @@ void CopyCustomers(Recordset& from, Recordset& to, size_t columns, bool yield) {
 std::unique_ptr<Recordset> clsRS::getPostCardLOF(const std::string& startDate, const std::string& EndDate,
                                                  const std::string& startDate2, const std::string& EndDate2,
                                                  std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     std::string sql =
         "SELECT DISTINCT customer.company, customer.fname, customer.lname, customer.street, customer.city, "
         "customer.postal, vehicle.Year , vehicle.Make, vehicle.Model, wo.latestdate, jobheader.jobnum, "
@@ -91,11 +93,11 @@ std::unique_ptr<Recordset> clsRS::getPostCardLOF(const std::string& startDate, c
       return nullptr;
     }
     std::string filter;
-    for (Recordset& b = sales::Required(back, returnedErr); !b.IsEof(); b.MoveNext())
+    for (Recordset& b = Required(back, returnedErr); !b.IsEof(); b.MoveNext())
       filter += "vehid <> " + SafeString(b.Get("VehID")) + " and ";
     SetExclusions(*customers, filter);
 
-    auto result = sales::NewTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code",
+    auto result = NewTextTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code",
                                    "Year", "Make", "Model", "Invoice_Date", "Job_Number"});
     CopyCustomers(*customers, *result, customers->fields().size() - 1, true);
     strErr = "0";
@@ -106,7 +108,7 @@ std::unique_ptr<Recordset> clsRS::getPostCardLOF(const std::string& startDate, c
 std::unique_ptr<Recordset> clsRS::getPostcardNONLOF(const std::string& startDate, const std::string& EndDate,
                                                     const std::string& startDate2,
                                                     const std::string& EndDate2, std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     const std::string from = SqlQuote(startDate), to = SqlQuote(EndDate);
     std::string sql =
         "SELECT DISTINCT customer.company, customer.fname, customer.lname, customer.street, customer.city, "
@@ -146,13 +148,13 @@ std::unique_ptr<Recordset> clsRS::getPostcardNONLOF(const std::string& startDate
     std::unique_ptr<Recordset> back = runQuery(returned, returnedErr, false);
 
     std::string filter;
-    for (Recordset& b = sales::Required(withOilChange, strErr); !b.IsEof(); b.MoveNext())
+    for (Recordset& b = Required(withOilChange, strErr); !b.IsEof(); b.MoveNext())
       filter += "invoiceid <> '" + SafeString(b.Get("InvoiceID")) + "' and ";
-    for (Recordset& b = sales::Required(back, returnedErr); !b.IsEof(); b.MoveNext())
+    for (Recordset& b = Required(back, returnedErr); !b.IsEof(); b.MoveNext())
       filter += "vehid <> " + SafeString(b.Get("VehID")) + " and ";
     SetExclusions(*customers, filter);
 
-    auto result = sales::NewTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code",
+    auto result = NewTextTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code",
                                    "Year", "Make", "Model", "Invoice_Date"});
     CopyCustomers(*customers, *result, customers->fields().size() - 2, false);
     strErr = "0";
@@ -163,7 +165,7 @@ std::unique_ptr<Recordset> clsRS::getPostcardNONLOF(const std::string& startDate
 std::unique_ptr<Recordset> clsRS::getLoyaltyReport(const std::string& startDate, const std::string& EndDate,
                                                    int32_t lInvCount, Currency cSubTot, int32_t lVehYear,
                                                    std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
     std::string sql =
         "SELECT customer.Company, customer.FName as First_Name, customer.LName as Last_Name,customer.Postal, "
         "Count(wo.invoiceid) AS Invoice_Count, (format(sum(wo.screensubtotal), '###,###,##0.00')) AS "
@@ -180,7 +182,7 @@ std::unique_ptr<Recordset> clsRS::getLoyaltyReport(const std::string& startDate,
         "vehicle.vin,wo.vehid HAVING Sum(wo.screensubtotal)>=" +
         cSubTot.ToString();
     std::unique_ptr<Recordset> groups = runQuery(sql, strErr, false);
-    Recordset& rs = sales::Required(groups, strErr);
+    Recordset& rs = Required(groups, strErr);
     rs.SetFilter("(Invoice_Count >= " + std::to_string(lInvCount) + ") AND (Year > " +
                  std::to_string(lVehYear) + ")");
     strErr = "0";

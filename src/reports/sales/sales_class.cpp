@@ -5,8 +5,9 @@
 
 #include "common/format.h"
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -58,9 +59,9 @@ std::unique_ptr<Recordset> clsRS::getSalesClassReport2(const std::string& dtStar
   const std::string dates =
       " and latestdate >= '" + SqlQuote(dtStart) + "' and latestdate <= '" + SqlQuote(dtEnd) + "'";
   std::unique_ptr<Recordset> classes = runQuery(kClassesSql, innerErr, false);
-  Recordset& list = sales::Required(classes, innerErr);
+  Recordset& list = Required(classes, innerErr);
 
-  auto result = sales::NewTable(
+  auto result = NewTextTable(
       {"Sales_Class", "Parts_Sold", "Parts_Cost", "Parts_Profit", "Parts_Margin", "Labor_Sold", "Labor_Cost",
        "Labor_Profit", "Labor_Margin", "Other_Charge_Sold", "Other_Charge_Cost", "Other_Charge_Profit",
        "Other_Charge_Margin", "Total_Sold", "Total_Cost", "Total_Margin", "Total_Profit"});
@@ -73,7 +74,7 @@ std::unique_ptr<Recordset> clsRS::getSalesClassReport2(const std::string& dtStar
     std::string sql = chkIncludeTechCosts ? kWithTechCostsSql : kWithoutTechCostsSql;
     sql += SqlQuote(salesClass) + "'" + dates;
     std::unique_ptr<Recordset> sums = runQuery(sql, innerErr, false);
-    Recordset& row = sales::Required(sums, innerErr);
+    Recordset& row = Required(sums, innerErr);
 
     Group parts, labour, other, total;
     if (!row.IsEof()) {

@@ -4,9 +4,11 @@
 
 #include "common/error.h"
 #include "common/format.h"
+#include "common/text.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
 namespace ent {
@@ -73,8 +75,8 @@ const CountQuery kCounts[] = {
 std::unique_ptr<Recordset> clsRS::getSalesComp(const std::string& startDate, const std::string& EndDate,
                                                const std::string& startDate2, const std::string& EndDate2,
                                                std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
-    auto result = sales::NewTable({"Total_Sales_1", "Total_Sales_2", "Difference"});
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+    auto result = NewTextTable({"Total_Sales_1", "Total_Sales_2", "Difference"});
     result->AddNew();
     auto sales_between = [&](const std::string& from, const std::string& to) {
       const std::string sql =
@@ -83,7 +85,7 @@ std::unique_ptr<Recordset> clsRS::getSalesComp(const std::string& startDate, con
           "latestdate >= '" +
           SqlQuote(from) + "' and latestdate <= '" + SqlQuote(to) + "'";
       std::unique_ptr<Recordset> rs = runQuery(sql, strErr, false);
-      return ToNumeric(sales::Required(rs, strErr).Get("TS")).ToCurrency();
+      return ToNumeric(Required(rs, strErr).Get("TS")).ToCurrency();
     };
     const Currency first = sales_between(startDate, EndDate);
     const Currency second = sales_between(startDate2, EndDate2);
@@ -98,8 +100,8 @@ std::unique_ptr<Recordset> clsRS::getSalesComp(const std::string& startDate, con
 
 std::unique_ptr<Recordset> clsRS::getCarCount(const std::string& startDate, const std::string& EndDate,
                                               std::string& strErr) {
-  return sales::Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
-    auto result = sales::NewTable({"Invoice_Type", "Count"});
+  return Trapped(strErr, [&]() -> std::unique_ptr<Recordset> {
+    auto result = NewTextTable({"Invoice_Type", "Count"});
     const std::string from = SqlQuote(startDate), to = SqlQuote(EndDate);
     for (const CountQuery& q : kCounts) {
       result->AddNew();
@@ -107,7 +109,7 @@ std::unique_ptr<Recordset> clsRS::getCarCount(const std::string& startDate, cons
       std::string queryErr;
       std::unique_ptr<Recordset> rs = runQuery(q.first + from + q.second + to + q.third, queryErr, false);
       result->Set("Count",
-                  Variant(sales::Trim(ToNumeric(sales::Required(rs, queryErr).Get(q.column)).ToText())));
+                  Variant(TrimBlanks(ToNumeric(Required(rs, queryErr).Get(q.column)).ToText())));
       result->Update();
     }
     strErr = "0";

@@ -9,7 +9,7 @@
 
 #include "common/thread_values.h"
 #include "common/variant.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/connection.h"
 #include "support/rowset_text.h"
 #include "support/sample_shop.h"

@@ -3,7 +3,7 @@
 
 #include "books.h"
 #include "common/date_time.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "support/rowset_text.h"
 
 namespace ent {

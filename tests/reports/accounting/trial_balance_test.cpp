@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "books.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "support/rowset_text.h"
 
 namespace ent {

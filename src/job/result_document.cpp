@@ -1,4 +1,4 @@
-#include "report/result_document.h"
+#include "job/result_document.h"
 
 #include <ostream>
 #include <vector>
@@ -27,7 +27,7 @@ std::shared_ptr<ResultDocument> ResultDocument::FromRowset(Recordset& rs) {
   std::ostream out(&buffer);
   document->rows_ = rs.SaveFlattened(out);
   out.flush();
-  if (!out) throw Error(3004, "Write to file failed.");
+  if (!out) throw Error(err::kWriteFailed, "Write to file failed.");
   return document;
 }
 
@@ -44,7 +44,7 @@ void ResultDocument::CopyTo(std::ostream& out) const {
   uint64_t offset = 0;
   while (size_t n = Read(offset, piece.data(), piece.size())) {
     out.write(piece.data(), static_cast<std::streamsize>(n));
-    if (!out) throw Error(3004, "Write to file failed.");
+    if (!out) throw Error(err::kWriteFailed, "Write to file failed.");
     offset += n;
   }
 }

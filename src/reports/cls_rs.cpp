@@ -1,4 +1,4 @@
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 
 #include "common/error.h"
 #include "common/log.h"

@@ -1,9 +1,8 @@
 // The report engine: one object per report job, holding the shop connection on which the report
-// operations run their queries, plus the free-SQL report. Report operations are defined next to
-// their reports (src/reports/..., src/enterprise/...); the shared rowset helpers in data/.
+// operations run their queries, plus the free-SQL report. Each operation is defined next to its
+// report's SQL (reports/<area>/..., enterprise/...); what an area needs privately stays in the area.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -19,11 +18,6 @@
 #include "data/recordset.h"
 
 namespace ent {
-
-namespace accounting {
-struct StatementEntry;
-struct StatementPeriod;
-}  // namespace accounting
 
 class clsRS {
  public:
@@ -167,77 +161,6 @@ class clsRS {
                                                                 std::string& strErr);
 
  private:
-  // The daily recap's figures of one period: units, sales, cost, margin percent.
-  struct ClassTotals {
-    Currency units, sales, cost, margin;
-  };
-  // One summary category's figures: units, units month-to-date, units year-to-date, cost (day, MTD,
-  // YTD), sales (day, MTD, YTD).
-  using CategoryFigures = std::array<Currency, 9>;
-
-  // The lines of one sales class ("UNCLASSIFIED": lines without a class) dated from..to.
-  ClassTotals getClassTotals(std::string salesClass, const DateTime& from, const DateTime& to);
-  // (sales - cost) / sales * 100; 0 without sales.
-  static Currency calcMarginPct(Currency sales, Currency cost);
-  // Adds the figures into the category of the class; categories in the order PARTS, LABOUR, TIRES,
-  // OTHER, WHEELS.
-  static void addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
-                                 std::array<CategoryFigures, 5>& categories);
-  // A copy of the invoice rowset ending with its total line, whose margins are weighted by the costs.
-  static std::unique_ptr<Recordset> addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
-                                                    Currency otherCost, Currency totalCost);
-  // Inventory and suppliers: the plain average of a column's non-blank cells (0 when there is none);
-  // leaves the rowset on its first row.
-  static double averageColumn(Recordset* rs, const std::string& columnName);
-
-  // Parts gross profit lookups; each gives the empty text or 0 when nothing is found.
-  std::string getSupplierName(int32_t supplierId);
-  std::string getJobNumber(int32_t jobId);
-  Currency getSalesClassMargin(Currency cost, const std::string& salesClass);
-
-  // Technicians: the time-clock hours and pay of a user under a condition on "thedate". On a failure
-  // the outputs are left as they stand.
-  void getTechClockHours(const std::string& userID, const std::string& dateCondition, Currency& hours,
-                         Currency& dollars, bool includeVoid);
-
-  // Accounting statements: chart of accounts and fiscal years (reports/accounting/chart_of_accounts.cpp).
-  // dtFor is a date (written as a short date), a date text (written as received) or null (today).
-  void getFiscalYear(DateTime& dtStart, DateTime& dtEnd, const Variant& dtFor);
-  bool isInFiscalYear(DateTime& dtFor);
-  int32_t getChidByAccountNumber(int32_t& lAccountNumber);
-  std::string getAccountName(int32_t lChid);
-  std::string getAccountPath(int32_t& lAccountNumber);
-  Currency getRetainedEarnings(DateTime& dtFor);
-  Currency getNetIncome(DateTime& dtFor);
-
-  // Work tables (reports/accounting/work_tables.cpp). addStatementLine prefixes sName with its
-  // indentation, formats sAmount and returns lLevel one higher; addAPARLine empties a bare "," contact.
-  bool createStatementTable(bool& bPL, std::string& innerErr);
-  void addStatementLine(std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
-                        bool& bPL);
-  bool createTrialBalanceTable();
-  void addTrialBalanceLine(std::string& sName, std::string& sDebit, std::string& sCredit, int32_t& lRowID);
-  bool createAPARTable();
-  void addAPARLine(std::string& sCompany, std::string& sContact, Currency& cAmt);
-
-  // Statement sections shared by the balance sheet and the profit and loss
-  // (reports/accounting/statement_sections.cpp).
-  std::vector<accounting::StatementEntry> collectStatementEntries(const std::string& accountSql,
-                                                                  const accounting::StatementPeriod& period,
-                                                                  std::string& innerErr);
-  Currency getGroupSum(const Variant& accountType, int32_t accountNumber, int32_t subLevel,
-                       const accounting::StatementPeriod& period, std::string& innerErr);
-  void writeStatementEntries(std::vector<accounting::StatementEntry>& entries, int sign, Currency& total,
-                             int32_t& r, bool bPL);
-  // Writes one heading, total or empty line at level 0.
-  void writeStatementLine(const std::string& label, const std::string& amount, int32_t rowID, bool bPL);
-
-  void computeBalanceSheet(std::string& dtAsOf, std::string& innerErr);
-  bool computeProfitLoss(std::string& dtStart, std::string& dtEnd, std::string& innerErr);
-  void computeTrialBalance(std::string& dtEnd, std::string& innerErr);
-  bool fillAPARTable(int32_t& eTyp, std::string& innerErr, std::string& dtEnd);
-  static std::string getReceivablesSQL(const std::string& dtEnd);
-
   std::shared_ptr<Connection> conn_;
 };
 

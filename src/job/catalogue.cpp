@@ -8,11 +8,12 @@
 
 #include "common/error.h"
 #include "common/log.h"
+#include "common/text.h"
 #include "common/variant.h"
-#include "data/cls_rs.h"
-#include "report/catalogue.h"
-#include "report/cls_prebuilt_report.h"
-#include "report/report_params.h"
+#include "reports/cls_rs.h"
+#include "job/catalogue.h"
+#include "job/cls_prebuilt_report.h"
+#include "job/report_params.h"
 
 namespace ent {
 
@@ -272,12 +273,6 @@ const std::vector<Entry>& Catalogue() {
   return entries;
 }
 
-std::string Upper(std::string s) {
-  std::transform(s.begin(), s.end(), s.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  return s;
-}
-
 }  // namespace
 
 const std::vector<ReportDescription>& ReportCatalogue() {
@@ -296,7 +291,7 @@ ReportOutput clsPrebuiltReport::getPrebuiltReport(const std::string& code) {
   WriteLog("After OPEN DB Connections:" + code);
   ReportOutput output;
   try {
-    const std::string key = Upper(code);
+    const std::string key = AsciiUpper(code);
     const auto& entries = Catalogue();
     auto entry = std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return key == e.about.code; });
     if (entry == entries.end()) {

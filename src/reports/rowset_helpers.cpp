@@ -1,11 +1,13 @@
 // The rowset helpers the report operations share.
+#include "reports/rowset_helpers.h"
+
 #include "common/error.h"
 #include "common/format.h"
 #include "common/log.h"
 #include "common/numeric_text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 
 namespace ent {
 
@@ -20,6 +22,26 @@ bool IsNumericValue(const Variant& v) {
 }
 
 }  // namespace
+
+std::unique_ptr<Recordset> NewTextTable(const std::vector<std::string>& columns) {
+  auto rs = std::make_unique<Recordset>();
+  for (const std::string& name : columns) rs->AppendField(ResultTextField(name));
+  rs->Open();
+  return rs;
+}
+
+Recordset& Required(const std::unique_ptr<Recordset>& rs, const std::string& failure, std::string* status) {
+  if (!rs) {
+    if (status) *status = failure;
+    throw Error(err::kObjectRequired, failure);
+  }
+  return *rs;
+}
+
+Recordset& Required(const std::unique_ptr<Recordset>& rs) {
+  if (!rs) throw Error(err::kObjectNotSet, "Object variable or With block variable not set");
+  return *rs;
+}
 
 std::unique_ptr<Recordset> clsRS::runQuery(const std::string& sql, std::string& status, bool editable) {
   try {

@@ -1,4 +1,4 @@
-#include "report/result_view.h"
+#include "job/result_view.h"
 
 #include <cctype>
 #include <cstring>

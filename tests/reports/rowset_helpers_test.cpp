@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "common/thread_values.h"
-#include "data/cls_rs.h"
+#include "reports/cls_rs.h"
 #include "data/sql_text.h"
 #include "support/rowset_text.h"
 #include "support/test_db.h"

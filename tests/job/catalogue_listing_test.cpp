@@ -1,7 +1,7 @@
 // The catalogue's description: every code it describes runs on the sample shop with parameters
 // chosen from the description alone and gives the columns the description lists; the JSON is the
 // same from the library, the command and the server.
-#include "report/catalogue.h"
+#include "job/catalogue.h"
 
 #include <gtest/gtest.h>
 

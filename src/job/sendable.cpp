@@ -1,9 +1,9 @@
-#include "server/sendable.h"
+#include "job/sendable.h"
 
 #include "common/error.h"
 #include "common/log.h"
-#include "server/execution_trace.h"
-#include "server/soap_client.h"
+#include "common/text.h"
+#include "common/soap_call.h"
 
 namespace ent {
 
@@ -11,10 +11,7 @@ namespace {
 
 // Leading and trailing blanks removed (other white space is kept), then the first 250 characters.
 std::string TrimAndCut(const std::string& text) {
-  size_t b = text.find_first_not_of(' ');
-  if (b == std::string::npos) return "";
-  size_t e = text.find_last_not_of(' ');
-  std::string trimmed = text.substr(b, e - b + 1);
+  const std::string trimmed = TrimBlanks(text);
   // Cut at 250 characters, not bytes, so a multi-byte character is never split.
   size_t chars = 0, i = 0;
   for (; i < trimmed.size(); ++i) {
@@ -39,7 +36,7 @@ class DocumentSource : public TextSource {
 
 }  // namespace
 
-std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
+std::string clsGenericReport::Post(SoapCall& client, const std::string& GUID, const std::string& Passcode,
                                    const std::string& SessionID, const std::string& ClientID,
                                    const std::string& strErr) {
   if (strErr == "0" || document_) {
@@ -47,7 +44,6 @@ std::string clsGenericReport::Post(SoapClient& client, const std::string& GUID, 
     if (!document_)
       throw Error(err::kObjectRequired, "Object required: there is no result document to send.");
     const DocumentSource source(*document_);
-    NoteDocumentBytes(source.size());
     return client.Call("sendReport", {GUID, Passcode, SessionID, ClientID, strErr}, source);
   }
   WriteLog("SOAP: SEND ERR::" + strErr);

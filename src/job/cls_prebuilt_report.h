@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "report/report_output.h"
-#include "server/sendable.h"
+#include "job/report_output.h"
+#include "job/sendable.h"
 
 namespace ent {
 
@@ -30,7 +30,7 @@ class clsPrebuiltReport {
   std::string getParam(const std::string& sKey);
 
   // Runs the report and wraps its result for posting. Never fails: failures become StatusStr and a
-  // result without document. Returns nothing only for an output of an unknown kind.
+  // result without document.
   std::shared_ptr<ISendable> generateDOC();
 
  private:

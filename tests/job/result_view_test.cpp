@@ -1,6 +1,6 @@
 // Result documents read back for people: display markers, the columns of a rowset written by the real
 // writer, the sections of an invoice, the limits on untrusted documents, and the three renderings.
-#include "report/result_view.h"
+#include "job/result_view.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 
 #include "common/error.h"
 #include "data/recordset.h"
-#include "report/result_render.h"
+#include "job/result_render.h"
 #include "support/temp_dir.h"
 
 namespace ent {

@@ -1,4 +1,4 @@
-#include "report/result_render.h"
+#include "job/result_render.h"
 
 #include <algorithm>
 #include <cctype>

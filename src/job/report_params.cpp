@@ -1,4 +1,4 @@
-#include "report/report_params.h"
+#include "job/report_params.h"
 
 #include <algorithm>
 

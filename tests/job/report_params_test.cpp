@@ -1,7 +1,7 @@
 // The catalogue reads each code's parameters as its signature types them: a text that does not
 // convert is posted as a failure naming the parameter, before any SQL runs, and every date form the
 // shop database's server reads gives the same answer.
-#include "report/report_params.h"
+#include "job/report_params.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 
 #include "common/error.h"
 #include "common/thread_values.h"
-#include "report/cls_prebuilt_report.h"
-#include "data/cls_rs.h"
-#include "report/result_document.h"
+#include "job/cls_prebuilt_report.h"
+#include "reports/cls_rs.h"
+#include "job/result_document.h"
 #include "support/test_db.h"
 
 namespace ent {

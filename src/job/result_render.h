@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "report/result_view.h"
+#include "job/result_view.h"
 
 namespace ent {
 

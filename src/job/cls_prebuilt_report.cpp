@@ -1,16 +1,16 @@
-#include "report/cls_prebuilt_report.h"
+#include "job/cls_prebuilt_report.h"
 
 #include "common/error.h"
 #include "common/log.h"
-#include "data/cls_rs.h"
-#include "report/result_document.h"
-#include "server/execution_trace.h"
+#include "common/phase_clock.h"
+#include "reports/cls_rs.h"
+#include "job/result_document.h"
 
 namespace ent {
 
 bool clsPrebuiltReport::addParam(const std::string& sKey, const std::string& sValue) {
   if (!params_.emplace(sKey, sValue).second)
-    throw Error(457, "This key is already associated with an element of this collection");
+    throw Error(err::kDuplicateKey, "This key is already associated with an element of this collection");
   return false;
 }
 
@@ -38,29 +38,17 @@ std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
     EnterPhase(Phase::kBuild);  // the rows are read; what follows builds the document
     if (StatusStr != "0") throw Error(err::kReportStatus, StatusStr, "generateDoc");
 
-    if (output.empty()) {
-      StatusStr = "No records found.";
-      result = std::make_shared<clsGenericReport>();
-    } else if (output.rowset) {
-      if (output.rowset->IsBof() || output.rowset->IsEof()) {
-        StatusStr = "No records found.";
-        result = std::make_shared<clsGenericReport>();
-      } else {
-        auto report = std::make_shared<clsGenericReport>();
-        report->SetXMLDocument(ResultDocument::FromRowset(*output.rowset));
-        result = report;
-      }
-    } else if (output.sendable) {
-      const std::shared_ptr<Recordset>& rs = output.sendable->rs();
-      if (rs && !rs->IsBof() && !rs->IsEof()) output.sendable->SetXMLDocument(ResultDocument::FromRowset(*rs));
-      result = output.sendable;
-    } else if (output.document) {
+    if (output.document) {
       auto report = std::make_shared<clsGenericReport>();
       report->SetXMLDocument(ResultDocument::FromXml(*output.document));
       result = report;
+    } else if (!output.rowset || output.rowset->IsBof() || output.rowset->IsEof()) {
+      StatusStr = "No records found.";
+      result = std::make_shared<clsGenericReport>();
     } else {
-      StatusStr = "Uknown TypeOf Object Set.";
-      result = nullptr;
+      auto report = std::make_shared<clsGenericReport>();
+      report->SetXMLDocument(ResultDocument::FromRowset(*output.rowset));
+      result = report;
     }
     return result;
   } catch (const Error& e) {

@@ -7,11 +7,11 @@
 #include <string>
 
 #include "data/recordset.h"
-#include "report/result_document.h"
+#include "job/result_document.h"
 
 namespace ent {
 
-class SoapClient;
+class SoapCall;
 
 class ISendable {
  public:
@@ -27,7 +27,7 @@ class ISendable {
   virtual bool OnSucceed() = 0;
   virtual bool OnStart() = 0;
   // Calls sendReport with the six texts and returns the service's answer. Failures go to the caller.
-  virtual std::string Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
+  virtual std::string Post(SoapCall& client, const std::string& GUID, const std::string& Passcode,
                            const std::string& SessionID, const std::string& ClientID,
                            const std::string& strErr) = 0;
   virtual std::string sql() const = 0;
@@ -50,7 +50,7 @@ class clsGenericReport : public ISendable {
   bool OnFail() override { return false; }
   bool OnSucceed() override { return false; }
   bool OnStart() override { return false; }
-  std::string Post(SoapClient& client, const std::string& GUID, const std::string& Passcode,
+  std::string Post(SoapCall& client, const std::string& GUID, const std::string& Passcode,
                    const std::string& SessionID, const std::string& ClientID,
                    const std::string& strErr) override;
   std::string sql() const override { return ""; }

@@ -1,7 +1,7 @@
 // The catalogue's description as JSON (for programs and GET /reports) and as text (for people).
 #include <nlohmann/json.hpp>
 
-#include "report/catalogue.h"
+#include "job/catalogue.h"
 
 namespace ent {
 
