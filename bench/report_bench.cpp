@@ -10,8 +10,8 @@
 #include "common/thread_values.h"
 #include "job/cls_prebuilt_report.h"
 #include "job/result_document.h"
-#include "sampledb/sample_db.h"
 #include "job/sendable.h"
+#include "sampledb/sample_db.h"
 
 namespace {
 

@@ -95,19 +95,20 @@ int RunJournal(const Args& args) {
       for (const ExecutionRecord& r : records) std::cout << AsJson(r).dump() << "\n";
       return 0;
     }
-    std::cout << std::left << std::setw(24) << "start" << std::setw(17) << "code" << std::setw(13) << "session"
-              << std::right << std::setw(8) << "rows" << std::setw(10) << "bytes" << std::setw(9) << "read ms"
-              << std::setw(9) << "build ms" << std::setw(9) << "post ms" << std::setw(9) << "total ms"
+    std::cout << std::left << std::setw(24) << "start" << std::setw(17) << "code" << std::setw(13)
+              << "session" << std::right << std::setw(8) << "rows" << std::setw(10) << "bytes" << std::setw(9)
+              << "read ms" << std::setw(9) << "build ms" << std::setw(9) << "post ms" << std::setw(9)
+              << "total ms"
               << "  post (http)  status\n";
     for (const ExecutionRecord& r : records) {
       std::ostringstream post;
       post << (r.post.empty() ? "none" : r.post) << " (" << r.http_status << ")";
       std::cout << std::left << std::setw(24) << LocalTime(r.start_ms) << std::setw(17)
                 << (r.code.empty() ? "-" : r.code) << std::setw(13) << r.session << std::right << std::setw(8)
-                << (r.rows < 0 ? std::string("-") : std::to_string(r.rows)) << std::setw(10) << r.document_bytes
-                << std::fixed << std::setprecision(0) << std::setw(9) << r.read_ms << std::setw(9) << r.build_ms
-                << std::setw(9) << r.post_ms << std::setw(9) << r.total_ms << "  " << std::left << std::setw(13)
-                << post.str() << r.status;
+                << (r.rows < 0 ? std::string("-") : std::to_string(r.rows)) << std::setw(10)
+                << r.document_bytes << std::fixed << std::setprecision(0) << std::setw(9) << r.read_ms
+                << std::setw(9) << r.build_ms << std::setw(9) << r.post_ms << std::setw(9) << r.total_ms
+                << "  " << std::left << std::setw(13) << post.str() << r.status;
       if (r.post == "failed" || r.post == "refused") std::cout << " | " << r.post_detail;
       std::cout << "\n";
     }

@@ -22,7 +22,8 @@ const char kHelp[] =
     "Runs one report request the way the host service does: checks that no administrator holds the\n"
     "shop database, runs the report, and posts the result (or an error text) to the head office's\n"
     "web service. Exit code 0 once the request was handled, whatever its outcome (the outcome went\n"
-    "to the head office, to the execution journal and to the log with --debug); 1 when the database-in-use token cannot be\n"
+    "to the head office, to the execution journal and to the log with --debug); 1 when the database-in-use "
+    "token cannot be\n"
     "used, in which case nothing was run, posted or logged; 2 for wrong options.\n"
     "\n"
     "  --request FILE        the request document (XML); '-' reads it from standard input\n"
@@ -59,12 +60,11 @@ int RunProcess(const Args& args) {
   std::unique_ptr<clsProcessRequest> request;
   bool quiet = false;
   try {
-    Options options(
-        args,
-        {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode", "--client-id",
-         "--session-id", "--token-dir", "--log-dir", "--connect-timeout", "--timeout", "--journal",
-         kQueryTimeoutOption, kMaxResultOption},
-        {"--debug", "--db-size", "--help", "--quiet"}, std::string(kHelp) + kQueryLimitHelp);
+    Options options(args,
+                    {"--request", "--connection", "--host-address", "--host-port", "--guid", "--passcode",
+                     "--client-id", "--session-id", "--token-dir", "--log-dir", "--connect-timeout",
+                     "--timeout", "--journal", kQueryTimeoutOption, kMaxResultOption},
+                    {"--debug", "--db-size", "--help", "--quiet"}, std::string(kHelp) + kQueryLimitHelp);
     if (options.Has("--help")) {
       std::cout << kHelp << kQueryLimitHelp;
       return 0;

@@ -4,11 +4,11 @@
 
 #include "commands.h"
 #include "common/thread_values.h"
-#include "options.h"
-#include "query_limit_options.h"
 #include "job/cls_prebuilt_report.h"
 #include "job/result_document.h"
 #include "job/result_view.h"
+#include "options.h"
+#include "query_limit_options.h"
 
 namespace ent::cli {
 

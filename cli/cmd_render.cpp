@@ -3,9 +3,9 @@
 
 #include "commands.h"
 #include "common/error.h"
-#include "options.h"
 #include "job/result_render.h"
 #include "job/result_view.h"
+#include "options.h"
 
 namespace ent::cli {
 

@@ -1,8 +1,8 @@
 #include <iostream>
 
 #include "commands.h"
-#include "options.h"
 #include "job/catalogue.h"
+#include "options.h"
 
 namespace ent::cli {
 
@@ -27,7 +27,8 @@ int RunReports(const Args& args) {
       std::cout << kHelp;
       return 0;
     }
-    if (!options.positional().empty()) throw std::invalid_argument("unexpected argument " + options.positional()[0]);
+    if (!options.positional().empty())
+      throw std::invalid_argument("unexpected argument " + options.positional()[0]);
     std::cout << (options.Has("--json") ? ReportCatalogueJson() : ReportCatalogueText());
     return 0;
   } catch (const std::exception& e) {

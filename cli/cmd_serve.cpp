@@ -6,8 +6,8 @@
 #include "commands.h"
 #include "common/error.h"
 #include "common/thread_values.h"
-#include "options.h"
 #include "data/query_limits.h"
+#include "options.h"
 #include "query_limit_options.h"
 #include "server/execution_journal.h"
 #include "server/host_server.h"
@@ -95,7 +95,8 @@ int RunServe(const Args& args) {
     settings.workers = static_cast<int>(options.GetNumber("--workers", settings.workers));
     settings.queue = static_cast<int>(options.GetNumber("--queue", settings.queue, 0));
     settings.connections = static_cast<int>(options.GetNumber("--connections", settings.connections));
-    settings.request_seconds = static_cast<int>(options.GetNumber("--request-time", settings.request_seconds));
+    settings.request_seconds =
+        static_cast<int>(options.GetNumber("--request-time", settings.request_seconds));
     ApplyQueryLimitOptions(options);
     settings.token_dir = options.Get("--token-dir");
     settings.soap.connect_timeout_seconds =

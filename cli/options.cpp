@@ -61,9 +61,9 @@ Options::Options(const std::vector<std::string>& args, const std::set<std::strin
       for (const auto* names : {&with_value, &flags})
         for (const std::string& known : *names)
           if (size_t d = Distance(name, known); d < best) best = d, nearest = known;
-      throw std::invalid_argument("unknown option " + name +
-                                  (nearest.empty() ? "; the options are " + Known()
-                                                   : "; did you mean " + nearest + "?"));
+      throw std::invalid_argument(
+          "unknown option " + name +
+          (nearest.empty() ? "; the options are " + Known() : "; did you mean " + nearest + "?"));
     }
   }
 }
@@ -92,7 +92,8 @@ long Options::GetNumber(const std::string& name, long fallback, long minimum) co
 void Options::Require(const std::string& name) const {
   if (Has(name)) return;
   const std::string wants = Wants(name);
-  throw std::invalid_argument("option " + name + " is missing" + (wants.empty() ? "" : "; it wants " + wants));
+  throw std::invalid_argument("option " + name + " is missing" +
+                              (wants.empty() ? "" : "; it wants " + wants));
 }
 
 void Options::RejectPositional() const {

@@ -15,8 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string pattern = split == std::string::npos ? input : input.substr(split + 1);
   try {
     if (split != std::string::npos) ent::Format(ent::Variant(input.substr(0, split)), pattern);
-    for (double value : {0.0, -0.5, 1234567.891, 1e300, -1e-300})
-      ent::Format(ent::Variant(value), pattern);
+    for (double value : {0.0, -0.5, 1234567.891, 1e300, -1e-300}) ent::Format(ent::Variant(value), pattern);
     if (size >= sizeof(double)) {
       double raw;
       std::memcpy(&raw, data, sizeof raw);

@@ -1,5 +1,6 @@
 // A SQLite loadable extension with the program's SQL format() function, text comparison and LIKE,
-// for shop databases that are reached through the SQLite ODBC driver ("...;LoadExt=/path/to/libentprcreq_sqlite.so").
+// for shop databases that are reached through the SQLite ODBC driver
+// ("...;LoadExt=/path/to/libentprcreq_sqlite.so").
 #include <sqlite3.h>
 
 #include "data/sql_format_function.h"

@@ -12,7 +12,9 @@ namespace {
 
 __extension__ typedef __int128 int128;
 
-[[noreturn]] void Overflow() { throw Error(err::kOverflow, "Overflow"); }
+[[noreturn]] void Overflow() {
+  throw Error(err::kOverflow, "Overflow");
+}
 
 int64_t Checked(int128 v) {
   if (v > std::numeric_limits<int64_t>::max() || v < std::numeric_limits<int64_t>::min()) Overflow();
@@ -30,7 +32,9 @@ int128 DivideHalfEven(int128 value, int128 divisor) {
 
 }  // namespace
 
-Currency Currency::FromInt(int64_t units) { return FromRaw(Checked(static_cast<int128>(units) * kScale)); }
+Currency Currency::FromInt(int64_t units) {
+  return FromRaw(Checked(static_cast<int128>(units) * kScale));
+}
 
 Currency Currency::FromDouble(double value) {
   if (!std::isfinite(value)) Overflow();
@@ -97,7 +101,9 @@ std::string Currency::ToString() const {
   return text;
 }
 
-Currency Currency::operator-() const { return FromRaw(Checked(-static_cast<int128>(raw_))); }
+Currency Currency::operator-() const {
+  return FromRaw(Checked(-static_cast<int128>(raw_)));
+}
 
 Currency Currency::operator+(Currency other) const {
   return FromRaw(Checked(static_cast<int128>(raw_) + other.raw_));

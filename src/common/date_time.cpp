@@ -45,18 +45,26 @@ Civil CivilFromDays(int64_t z) {
 
 const int64_t kDayZero = DaysFromCivil(1899, 12, 30);
 
-bool IsLeap(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+bool IsLeap(int y) {
+  return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
+}
 
 int DaysInMonth(int y, int m) {
   static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   return m == 2 && IsLeap(y) ? 29 : kDays[m - 1];
 }
 
-bool ValidDate(int y, int m, int d) { return y >= 100 && y <= 9999 && m >= 1 && m <= 12 && d >= 1 && d <= DaysInMonth(y, m); }
+bool ValidDate(int y, int m, int d) {
+  return y >= 100 && y <= 9999 && m >= 1 && m <= 12 && d >= 1 && d <= DaysInMonth(y, m);
+}
 
-bool ValidTime(int h, int mi, int s) { return h >= 0 && h < 24 && mi >= 0 && mi < 60 && s >= 0 && s < 60; }
+bool ValidTime(int h, int mi, int s) {
+  return h >= 0 && h < 24 && mi >= 0 && mi < 60 && s >= 0 && s < 60;
+}
 
-int64_t FloorDiv(int64_t a, int64_t b) { return a / b - ((a % b != 0) && ((a < 0) != (b < 0))); }
+int64_t FloorDiv(int64_t a, int64_t b) {
+  return a / b - ((a % b != 0) && ((a < 0) != (b < 0)));
+}
 
 // A small scanner over the date text.
 class Scanner {
@@ -136,7 +144,9 @@ DateTime DateTime::Now() {
                    local.tm_sec);
 }
 
-DateTime DateTime::Today() { return Now().DateOnly(); }
+DateTime DateTime::Today() {
+  return Now().DateOnly();
+}
 
 std::optional<DateTime> DateTime::Parse(std::string_view text) {
   Scanner s(text);
@@ -181,14 +191,28 @@ std::optional<DateTime> DateTime::Parse(std::string_view text) {
   return FromParts(y, m, d, h, mi, sec);
 }
 
-int DateTime::year() const { return CivilFromDays(FloorDiv(seconds_, kSecondsPerDay) + kDayZero).year; }
-int DateTime::month() const { return CivilFromDays(FloorDiv(seconds_, kSecondsPerDay) + kDayZero).month; }
-int DateTime::day() const { return CivilFromDays(FloorDiv(seconds_, kSecondsPerDay) + kDayZero).day; }
-int DateTime::hour() const { return static_cast<int>((seconds_ - FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay) / 3600); }
-int DateTime::minute() const { return static_cast<int>((seconds_ - FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay) / 60 % 60); }
-int DateTime::second() const { return static_cast<int>((seconds_ - FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay) % 60); }
+int DateTime::year() const {
+  return CivilFromDays(FloorDiv(seconds_, kSecondsPerDay) + kDayZero).year;
+}
+int DateTime::month() const {
+  return CivilFromDays(FloorDiv(seconds_, kSecondsPerDay) + kDayZero).month;
+}
+int DateTime::day() const {
+  return CivilFromDays(FloorDiv(seconds_, kSecondsPerDay) + kDayZero).day;
+}
+int DateTime::hour() const {
+  return static_cast<int>((seconds_ - FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay) / 3600);
+}
+int DateTime::minute() const {
+  return static_cast<int>((seconds_ - FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay) / 60 % 60);
+}
+int DateTime::second() const {
+  return static_cast<int>((seconds_ - FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay) % 60);
+}
 
-DateTime DateTime::DateOnly() const { return FromSeconds(FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay); }
+DateTime DateTime::DateOnly() const {
+  return FromSeconds(FloorDiv(seconds_, kSecondsPerDay) * kSecondsPerDay);
+}
 
 std::string DateTime::ShortDate() const {
   char buf[32];

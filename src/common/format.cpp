@@ -28,9 +28,13 @@ std::string Format(const Variant& value, std::string_view pattern) {
       return IsNumericPattern(pattern) ? FormatDecimal("0", pattern, vb) : "";
     case K::kBoolean:
       return FormatDecimal(value.boolean() ? "-1" : "0", pattern, vb);
-    case K::kByte: case K::kInteger: case K::kLong: case K::kLongLong:
+    case K::kByte:
+    case K::kInteger:
+    case K::kLong:
+    case K::kLongLong:
       return FormatDecimal(std::to_string(value.whole()), pattern, vb);
-    case K::kSingle: case K::kDouble:
+    case K::kSingle:
+    case K::kDouble:
       return FormatDouble(value.floating(), pattern, vb);
     case K::kDecimal:
       return FormatDecimal(value.decimal().text, pattern, vb);

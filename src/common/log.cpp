@@ -70,6 +70,8 @@ void WriteLog(const std::string& log_name, const std::string& message) {
   ::close(fd);
 }
 
-void WriteLog(const std::string& message) { WriteLog(LogName(), message); }
+void WriteLog(const std::string& message) {
+  WriteLog(LogName(), message);
+}
 
 }  // namespace ent

@@ -9,23 +9,35 @@ namespace {
 thread_local PhaseClock* current = nullptr;
 
 double NowMs() {
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
 }
 
 void Add(PhaseTimes& times, Phase phase, double ms) {
   switch (phase) {
-    case Phase::kRead: times.read_ms += ms; break;
-    case Phase::kBuild: times.build_ms += ms; break;
-    case Phase::kPost: times.post_ms += ms; break;
-    case Phase::kOther: break;
+    case Phase::kRead:
+      times.read_ms += ms;
+      break;
+    case Phase::kBuild:
+      times.build_ms += ms;
+      break;
+    case Phase::kPost:
+      times.post_ms += ms;
+      break;
+    case Phase::kOther:
+      break;
   }
 }
 
 }  // namespace
 
-PhaseClock::PhaseClock() : outer_(current), phase_start_ms_(NowMs()), start_ms_(phase_start_ms_) { current = this; }
+PhaseClock::PhaseClock() : outer_(current), phase_start_ms_(NowMs()), start_ms_(phase_start_ms_) {
+  current = this;
+}
 
-PhaseClock::~PhaseClock() { current = outer_; }
+PhaseClock::~PhaseClock() {
+  current = outer_;
+}
 
 PhaseTimes PhaseClock::times() const {
   PhaseTimes times = closed_;
@@ -33,7 +45,9 @@ PhaseTimes PhaseClock::times() const {
   return times;
 }
 
-double PhaseClock::total_ms() const { return NowMs() - start_ms_; }
+double PhaseClock::total_ms() const {
+  return NowMs() - start_ms_;
+}
 
 void PhaseClock::Enter(Phase phase) {
   const double now = NowMs();

@@ -69,7 +69,9 @@ std::string SpoolFile::ReadAll() const {
   return text;
 }
 
-SpoolWriteBuffer::SpoolWriteBuffer(SpoolFile& file) : file_(file) { buffer_.reserve(kBufferSize); }
+SpoolWriteBuffer::SpoolWriteBuffer(SpoolFile& file) : file_(file) {
+  buffer_.reserve(kBufferSize);
+}
 
 SpoolWriteBuffer::~SpoolWriteBuffer() {
   try {

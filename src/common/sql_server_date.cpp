@@ -11,8 +11,12 @@ namespace ent {
 
 namespace {
 
-bool IsDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
-bool IsLetter(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; }
+bool IsDigit(char c) {
+  return std::isdigit(static_cast<unsigned char>(c)) != 0;
+}
+bool IsLetter(char c) {
+  return std::isalpha(static_cast<unsigned char>(c)) != 0;
+}
 
 struct Parts {
   int year = 1900, month = 1, day = 1;
@@ -59,9 +63,9 @@ class Cursor {
 
 // January is 1; 0 for a word that names no month.
 int MonthOfName(const std::string& word) {
-  static const std::array<const char*, 12> kNames = {"january", "february", "march",     "april",
-                                                     "may",     "june",     "july",      "august",
-                                                     "september", "october", "november", "december"};
+  static const std::array<const char*, 12> kNames = {"january",   "february", "march",    "april",
+                                                     "may",       "june",     "july",     "august",
+                                                     "september", "october",  "november", "december"};
   for (size_t m = 0; m < kNames.size(); ++m) {
     const std::string full = kNames[m];
     if (word == full || word == full.substr(0, 3)) return static_cast<int>(m) + 1;
@@ -204,7 +208,9 @@ bool ReadNumericDate(Cursor& c, Parts& p, bool& iso) {
   return false;
 }
 
-bool IsLeap(int y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+bool IsLeap(int y) {
+  return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
+}
 
 bool Valid(const Parts& p) {
   static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};

@@ -1,9 +1,8 @@
 #include "common/thread_values.h"
 
+#include <filesystem>
 #include <mutex>
 #include <system_error>
-
-#include <filesystem>
 
 namespace ent {
 
@@ -25,14 +24,26 @@ std::string ExecutableDirectory() {
   return exe.parent_path().string();
 }
 
-bool DebugSwitch() { return t_debug; }
-void SetDebugSwitch(bool on) { t_debug = on; }
+bool DebugSwitch() {
+  return t_debug;
+}
+void SetDebugSwitch(bool on) {
+  t_debug = on;
+}
 
-const std::string& LogName() { return t_log_name; }
-void SetLogName(std::string name) { t_log_name = std::move(name); }
+const std::string& LogName() {
+  return t_log_name;
+}
+void SetLogName(std::string name) {
+  t_log_name = std::move(name);
+}
 
-const std::string& ShopConnectionString() { return t_connection_string; }
-void SetShopConnectionString(std::string connection_string) { t_connection_string = std::move(connection_string); }
+const std::string& ShopConnectionString() {
+  return t_connection_string;
+}
+void SetShopConnectionString(std::string connection_string) {
+  t_connection_string = std::move(connection_string);
+}
 
 std::string LogDirectory() {
   std::lock_guard lock(g_log_dir_mutex);

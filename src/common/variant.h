@@ -23,8 +23,22 @@ struct Decimal {
 
 class Variant {
  public:
-  enum class Kind { kEmpty, kNull, kBoolean, kByte, kInteger, kLong, kLongLong, kSingle, kDouble, kDecimal,
-                    kCurrency, kDate, kString, kObject };
+  enum class Kind {
+    kEmpty,
+    kNull,
+    kBoolean,
+    kByte,
+    kInteger,
+    kLong,
+    kLongLong,
+    kSingle,
+    kDouble,
+    kDecimal,
+    kCurrency,
+    kDate,
+    kString,
+    kObject
+  };
 
   Variant() = default;  // empty
   Variant(bool b) : value_(b) {}
@@ -53,7 +67,7 @@ class Variant {
 
   // Direct access to the held value; the kind must match.
   bool boolean() const { return std::get<bool>(value_); }
-  int64_t whole() const;  // byte, integer, long, long long
+  int64_t whole() const;    // byte, integer, long, long long
   double floating() const;  // single or double
   const Decimal& decimal() const { return std::get<Decimal>(value_); }
   Currency currency() const { return std::get<Currency>(value_); }
@@ -61,12 +75,12 @@ class Variant {
   const std::string& text() const { return std::get<std::string>(value_); }
   const std::shared_ptr<void>& object() const { return std::get<ObjectRef>(value_).ptr; }
 
-  std::string ToText() const;     // CStr
-  double ToDouble() const;        // CDbl
-  Currency ToCurrency() const;    // CCur
-  int32_t ToLong() const;         // CLng: halves to even
-  bool ToBool() const;            // CBool
-  DateTime ToDate() const;        // CDate
+  std::string ToText() const;   // CStr
+  double ToDouble() const;      // CDbl
+  Currency ToCurrency() const;  // CCur
+  int32_t ToLong() const;       // CLng: halves to even
+  bool ToBool() const;          // CBool
+  DateTime ToDate() const;      // CDate
 
  private:
   struct NullTag {

@@ -34,7 +34,9 @@ std::unique_ptr<RowCursor> CursorOver(QueryResult result) {
   return std::make_unique<FetchedRows>(std::move(result));
 }
 
-std::unique_ptr<RowCursor> Connection::OpenCursor(const std::string& sql) { return CursorOver(Query(sql)); }
+std::unique_ptr<RowCursor> Connection::OpenCursor(const std::string& sql) {
+  return CursorOver(Query(sql));
+}
 
 std::shared_ptr<Connection> OpenConnection(const std::string& connection_string) {
   ConnectionString cs = ConnectionString::Parse(connection_string);

@@ -42,7 +42,8 @@ long TimeoutOf(const ConnectionString& cs) {
 }
 
 OdbcTarget FreeTdsTarget(const ConnectionString& cs) {
-  const std::string integrated = AsciiLower(cs.GetAny({"Integrated Security", "Trusted_Connection"}).value_or(""));
+  const std::string integrated =
+      AsciiLower(cs.GetAny({"Integrated Security", "Trusted_Connection"}).value_or(""));
   if (integrated == "sspi" || integrated == "true" || integrated == "yes")
     throw Error(err::kDatabaseError,
                 "Integrated Security (Windows authentication) is not supported on this server: give the "
@@ -58,7 +59,8 @@ OdbcTarget FreeTdsTarget(const ConnectionString& cs) {
     port = server.substr(comma + 1);
     server = server.substr(0, comma);
   }
-  if (server == "." || AsciiLower(server) == "(local)" || AsciiLower(server) == "localhost") server = "127.0.0.1";
+  if (server == "." || AsciiLower(server) == "(local)" || AsciiLower(server) == "localhost")
+    server = "127.0.0.1";
   const char* driver = std::getenv("ENTPRCREQ_FREETDS_DRIVER");
   std::string odbc =
       "Driver=" + OdbcValue(driver && *driver ? driver : "FreeTDS") + ";Server=" + OdbcValue(server);

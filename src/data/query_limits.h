@@ -12,8 +12,8 @@
 namespace ent {
 
 struct QueryLimits {
-  int seconds = 300;                     // one statement's running time
-  int64_t result_bytes = 256ll << 20;    // the values one query fetches (text bytes, 16 per other value)
+  int seconds = 300;                   // one statement's running time
+  int64_t result_bytes = 256ll << 20;  // the values one query fetches (text bytes, 16 per other value)
 };
 
 QueryLimits CurrentQueryLimits();

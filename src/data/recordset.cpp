@@ -14,10 +14,9 @@ namespace ent {
 
 namespace {
 
-
 size_t Utf8Length(const std::string& s) {
-  return static_cast<size_t>(
-      std::count_if(s.begin(), s.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+  return static_cast<size_t>(std::count_if(
+      s.begin(), s.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 [[noreturn]] void MultipleStep() {
@@ -29,8 +28,8 @@ size_t Utf8Length(const std::string& s) {
 Recordset::Recordset() = default;
 Recordset::~Recordset() = default;
 
-std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> connection, const std::string& sql,
-                                                bool editable) {
+std::unique_ptr<Recordset> Recordset::OpenQuery(std::shared_ptr<Connection> connection,
+                                                const std::string& sql, bool editable) {
   if (!connection || !connection->IsOpen())
     throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
   QueryResult result = connection->Query(sql);
@@ -97,7 +96,8 @@ void Recordset::CheckOpen() const {
 size_t Recordset::FieldIndex(std::string_view name) const {
   for (size_t i = 0; i < fields_.size(); ++i)
     if (EqualsIgnoreCase(fields_[i].name, name)) return i;
-  throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+  throw Error(err::kItemNotFound,
+              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
 }
 
 bool Recordset::IsBof() const {
@@ -113,7 +113,8 @@ bool Recordset::IsEof() const {
 void Recordset::MoveFirst() {
   CheckOpen();
   FinishEdit();
-  if (cursor_ && position_ > 0) throw Error(err::kOperationNotAllowed, "Rowset does not support fetching backward.");
+  if (cursor_ && position_ > 0)
+    throw Error(err::kOperationNotAllowed, "Rowset does not support fetching backward.");
   position_ = 0;
   before_first_ = false;
 }
@@ -121,7 +122,10 @@ void Recordset::MoveFirst() {
 void Recordset::MoveNext() {
   CheckOpen();
   FinishEdit();
-  if (IsEof()) throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
+  if (IsEof())
+    throw Error(err::kBofOrEof,
+                "Either BOF or EOF is True, or the current record has been deleted. Requested operation "
+                "requires a current record.");
   if (before_first_) {
     before_first_ = false;
     position_ = 0;
@@ -138,7 +142,10 @@ void Recordset::MovePrevious() {
   CheckOpen();
   FinishEdit();
   if (cursor_) throw Error(err::kOperationNotAllowed, "Rowset does not support fetching backward.");
-  if (IsBof()) throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
+  if (IsBof())
+    throw Error(err::kBofOrEof,
+                "Either BOF or EOF is True, or the current record has been deleted. Requested operation "
+                "requires a current record.");
   if (position_ == 0) {
     before_first_ = true;
     return;
@@ -161,7 +168,9 @@ size_t Recordset::RecordCount() const {
 
 const Recordset::Row& Recordset::CurrentRow() const {
   if (IsBof() || IsEof())
-    throw Error(err::kBofOrEof, "Either BOF or EOF is True, or the current record has been deleted. Requested operation requires a current record.");
+    throw Error(err::kBofOrEof,
+                "Either BOF or EOF is True, or the current record has been deleted. Requested operation "
+                "requires a current record.");
   return rows_[visible_[position_]];
 }
 
@@ -169,23 +178,31 @@ Recordset::Row& Recordset::CurrentRow() {
   return const_cast<Row&>(static_cast<const Recordset&>(*this).CurrentRow());
 }
 
-const Variant& Recordset::Get(std::string_view name) const { return Get(FieldIndex(name)); }
+const Variant& Recordset::Get(std::string_view name) const {
+  return Get(FieldIndex(name));
+}
 
 const Variant& Recordset::Get(size_t index) const {
   const Row& row = CurrentRow();
   if (index >= fields_.size())
-    throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+    throw Error(err::kItemNotFound,
+                "Item cannot be found in the collection corresponding to the requested name or ordinal.");
   return row.values[index];
 }
 
-void Recordset::Set(std::string_view name, const Variant& value) { Set(FieldIndex(name), value); }
+void Recordset::Set(std::string_view name, const Variant& value) {
+  Set(FieldIndex(name), value);
+}
 
 void Recordset::Set(size_t index, const Variant& value) {
   if (index >= fields_.size())
-    throw Error(err::kItemNotFound, "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+    throw Error(err::kItemNotFound,
+                "Item cannot be found in the collection corresponding to the requested name or ordinal.");
   Row& row = CurrentRow();
   if (!editable_)
-    throw Error(err::kNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+    throw Error(err::kNotUpdatable,
+                "Current Recordset does not support updating. This may be a limitation of the provider, or "
+                "of the selected locktype.");
   Field& field = fields_[index];
   if (field.widens && IsTextType(field.type) && value.IsString()) {
     const auto length = static_cast<int64_t>(Utf8Length(value.text()));
@@ -218,23 +235,39 @@ Variant Recordset::Coerce(const Field& field, const Variant& value) const {
   if (value.IsEmpty()) return Variant::Null();
   try {
     switch (field.type) {
-      case DataType::kChar: case DataType::kVarChar: case DataType::kWChar: case DataType::kVarWChar:
-      case DataType::kLongVarChar: case DataType::kLongVarWChar: {
+      case DataType::kChar:
+      case DataType::kVarChar:
+      case DataType::kWChar:
+      case DataType::kVarWChar:
+      case DataType::kLongVarChar:
+      case DataType::kLongVarWChar: {
         std::string text = value.ToText();
-        if (field.defined_size > 0 && Utf8Length(text) > static_cast<size_t>(field.defined_size)) MultipleStep();
+        if (field.defined_size > 0 && Utf8Length(text) > static_cast<size_t>(field.defined_size))
+          MultipleStep();
         return Variant(std::move(text));
       }
-      case DataType::kTinyInt: return Variant::Byte(static_cast<uint8_t>(value.ToLong()));
-      case DataType::kSmallInt: return Variant::Integer(static_cast<int16_t>(value.ToLong()));
-      case DataType::kInteger: return Variant::Long(value.ToLong());
-      case DataType::kBigInt: return Variant::LongLong(static_cast<int64_t>(value.ToDouble()));
-      case DataType::kBoolean: return Variant(value.ToBool());
-      case DataType::kCurrency: return Variant(value.ToCurrency());
-      case DataType::kDouble: return Variant(value.ToDouble());
-      case DataType::kSingle: return Variant::Single(static_cast<float>(value.ToDouble()));
-      case DataType::kNumeric: return Variant(value.ToDouble());
-      case DataType::kDateTime: return Variant(value.ToDate());
-      case DataType::kGuid: return Variant(value.ToText());
+      case DataType::kTinyInt:
+        return Variant::Byte(static_cast<uint8_t>(value.ToLong()));
+      case DataType::kSmallInt:
+        return Variant::Integer(static_cast<int16_t>(value.ToLong()));
+      case DataType::kInteger:
+        return Variant::Long(value.ToLong());
+      case DataType::kBigInt:
+        return Variant::LongLong(static_cast<int64_t>(value.ToDouble()));
+      case DataType::kBoolean:
+        return Variant(value.ToBool());
+      case DataType::kCurrency:
+        return Variant(value.ToCurrency());
+      case DataType::kDouble:
+        return Variant(value.ToDouble());
+      case DataType::kSingle:
+        return Variant::Single(static_cast<float>(value.ToDouble()));
+      case DataType::kNumeric:
+        return Variant(value.ToDouble());
+      case DataType::kDateTime:
+        return Variant(value.ToDate());
+      case DataType::kGuid:
+        return Variant(value.ToText());
     }
   } catch (const Error&) {
     MultipleStep();
@@ -245,13 +278,16 @@ Variant Recordset::Coerce(const Field& field, const Variant& value) const {
 void Recordset::AddNew() {
   CheckOpen();
   if (!editable_)
-    throw Error(err::kNotUpdatable, "Current Recordset does not support updating. This may be a limitation of the provider, or of the selected locktype.");
+    throw Error(err::kNotUpdatable,
+                "Current Recordset does not support updating. This may be a limitation of the provider, or "
+                "of the selected locktype.");
   FinishEdit();
   Row row;
   row.values.assign(fields_.size(), Variant::Null());
   row.pending_insert = true;
   rows_.push_back(std::move(row));
-  // A new row stays visible whatever the filter says, so that the row just added can be read back until the rowset is requeried.
+  // A new row stays visible whatever the filter says, so that the row just added can be read back until the
+  // rowset is requeried.
   visible_.push_back(rows_.size() - 1);
   position_ = visible_.size() - 1;
   before_first_ = false;
@@ -325,9 +361,13 @@ uint64_t Recordset::Write(std::ostream& out, bool flatten) {
   return writer.rows();
 }
 
-uint64_t Recordset::Save(std::ostream& out) { return Write(out, false); }
+uint64_t Recordset::Save(std::ostream& out) {
+  return Write(out, false);
+}
 
-uint64_t Recordset::SaveFlattened(std::ostream& out) { return Write(out, true); }
+uint64_t Recordset::SaveFlattened(std::ostream& out) {
+  return Write(out, true);
+}
 
 std::string Recordset::SaveToString() {
   std::ostringstream out;

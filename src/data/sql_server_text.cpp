@@ -11,9 +11,13 @@ namespace ent {
 
 namespace {
 
-char32_t Fold(char32_t c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
+char32_t Fold(char32_t c) {
+  return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+}
 
-unsigned char FoldByte(char c) { return static_cast<unsigned char>(Fold(static_cast<unsigned char>(c))); }
+unsigned char FoldByte(char c) {
+  return static_cast<unsigned char>(Fold(static_cast<unsigned char>(c)));
+}
 
 std::string_view WithoutTrailingBlanks(std::string_view s) {
   while (!s.empty() && s.back() == ' ') s.remove_suffix(1);
@@ -57,14 +61,17 @@ struct Element {
 
   bool Matches(char32_t c) const {
     switch (kind) {
-      case kAnyOne: return true;
-      case kLiteral: return c == literal;
+      case kAnyOne:
+        return true;
+      case kLiteral:
+        return c == literal;
       case kSet: {
         bool in = false;
         for (const auto& [lo, hi] : ranges) in = in || (c >= lo && c <= hi);
         return in != negated;
       }
-      case kAnyRun: break;
+      case kAnyRun:
+        break;
     }
     return false;
   }
@@ -165,7 +172,8 @@ void Like(sqlite3_context* context, int argc, sqlite3_value** argv) {
   std::optional<char32_t> escape;
   if (argc == 3) {
     const std::u32string e = Characters(TextArgument(argv[2]));
-    if (e.size() != 1) return sqlite3_result_error(context, "ESCAPE expression must be a single character", -1);
+    if (e.size() != 1)
+      return sqlite3_result_error(context, "ESCAPE expression must be a single character", -1);
     escape = e[0];
   }
   const std::string_view pattern = TextArgument(argv[0]);

@@ -2,13 +2,16 @@
 
 #include <cctype>
 #include <vector>
+
 #include "common/text.h"
 
 namespace ent {
 
 namespace {
 
-bool IsNameChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+bool IsNameChar(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
+}
 
 // One column name: parts separated by '.', each a plain name or a [bracketed] name without ']'.
 bool IsColumnName(std::string_view s) {

@@ -1,6 +1,7 @@
 #include "data/sql_tokenizer.h"
 
 #include <cctype>
+
 #include "common/text.h"
 
 namespace ent::tsql {
@@ -75,8 +76,9 @@ std::vector<Token> Tokenize(std::string_view s) {
       push(TokenKind::kSemicolon, j);
     } else {
       // Two-character comparison operators stay together.
-      if (j < s.size() && ((c == '<' && (s[j] == '>' || s[j] == '=')) || (c == '>' && s[j] == '=') ||
-                           (c == '!' && (s[j] == '=' || s[j] == '<' || s[j] == '>')) || (c == '|' && s[j] == '|')))
+      if (j < s.size() &&
+          ((c == '<' && (s[j] == '>' || s[j] == '=')) || (c == '>' && s[j] == '=') ||
+           (c == '!' && (s[j] == '=' || s[j] == '<' || s[j] == '>')) || (c == '|' && s[j] == '|')))
         ++j;
       push(TokenKind::kOperator, j);
     }

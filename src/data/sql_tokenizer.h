@@ -9,7 +9,19 @@
 
 namespace ent::tsql {
 
-enum class TokenKind { kBlank, kComment, kString, kQuotedName, kWord, kNumber, kOperator, kOpen, kClose, kComma, kSemicolon };
+enum class TokenKind {
+  kBlank,
+  kComment,
+  kString,
+  kQuotedName,
+  kWord,
+  kNumber,
+  kOperator,
+  kOpen,
+  kClose,
+  kComma,
+  kSemicolon
+};
 
 struct Token {
   TokenKind kind;

@@ -13,9 +13,9 @@
 #include "common/error.h"
 #include "data/column_values.h"
 #include "data/query_limits.h"
-#include "data/sql_text.h"
 #include "data/sql_format_function.h"
 #include "data/sql_server_text.h"
+#include "data/sql_text.h"
 #include "data/tsql_adapter.h"
 
 namespace ent {
@@ -62,7 +62,8 @@ int LogStatement(unsigned /*type*/, void* file, void* stmt, void* unexpanded) {
   return 0;
 }
 
-// SQLite's failure under the numbers SQL Server's driver gives: a missing table, a syntax error, or a general failure.
+// SQLite's failure under the numbers SQL Server's driver gives: a missing table, a syntax error, or a general
+// failure.
 [[noreturn]] void Raise(sqlite3* db) {
   std::string message = db ? sqlite3_errmsg(db) : "out of memory";
   int32_t number = err::kDatabaseError;
@@ -174,7 +175,8 @@ class SqliteConnection : public Connection {
         return std::string(t ? reinterpret_cast<const char*>(t) : "");
       };
       int rc;
-      while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW) tsql::AddDeclaredColumn(schema, text(0), text(1), text(2));
+      while ((rc = sqlite3_step(stmt.get())) == SQLITE_ROW)
+        tsql::AddDeclaredColumn(schema, text(0), text(1), text(2));
       if (rc != SQLITE_DONE) Raise(db());
       schema_ = std::move(schema);
       schema_version_ = version;
@@ -384,7 +386,8 @@ std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path, bool r
   FileHandle sql_log;
   if (const char* log_path = std::getenv(kSqlLogVariable); log_path && *log_path) {
     sql_log.reset(std::fopen(log_path, "a"));
-    if (!sql_log) throw Error(err::kDatabaseError, std::string("Cannot write the SQL log ") + log_path, "sqlite");
+    if (!sql_log)
+      throw Error(err::kDatabaseError, std::string("Cannot write the SQL log ") + log_path, "sqlite");
     sqlite3_trace_v2(db.get(), SQLITE_TRACE_STMT, LogStatement, sql_log.get());
   }
   return std::make_shared<SqliteConnection>(std::move(db), std::filesystem::path(path).stem().string(),

@@ -1,16 +1,15 @@
 #include "data/tsql_adapter.h"
 
 #include <algorithm>
-
 #include <array>
 #include <cctype>
 #include <cstdio>
 #include <map>
 #include <optional>
 
+#include "common/text.h"
 #include "data/sql_tokenizer.h"
 #include "data/tsql_dates.h"
-#include "common/text.h"
 
 namespace ent::tsql {
 
@@ -18,7 +17,9 @@ namespace {
 
 using Tokens = std::vector<Token>;
 
-bool Significant(const Token& t) { return t.kind != TokenKind::kBlank && t.kind != TokenKind::kComment; }
+bool Significant(const Token& t) {
+  return t.kind != TokenKind::kBlank && t.kind != TokenKind::kComment;
+}
 
 size_t NextSignificant(const Tokens& t, size_t i) {
   while (i < t.size() && !Significant(t[i])) ++i;
@@ -51,7 +52,8 @@ size_t EndOfSelect(const Tokens& t, size_t start) {
     } else if (tok.kind == TokenKind::kClose) {
       if (depth == 0) return i;
       --depth;
-    } else if (depth == 0 && (tok.kind == TokenKind::kSemicolon || IsAnyWord(tok, {"UNION", "EXCEPT", "INTERSECT"}))) {
+    } else if (depth == 0 &&
+               (tok.kind == TokenKind::kSemicolon || IsAnyWord(tok, {"UNION", "EXCEPT", "INTERSECT"}))) {
       return i;
     }
   }
@@ -116,9 +118,11 @@ void AliasPlainColumns(const Tokens& t, Edits& edits) {
       bool plain = !item.empty() && item.size() % 2 == 1;
       for (size_t n = 0; plain && n < item.size(); ++n) {
         const Token& tok = t[item[n]];
-        if (n % 2 == 1) plain = tok.kind == TokenKind::kOperator && tok.text == ".";
-        else plain = (tok.kind == TokenKind::kWord && !IsAnyWord(tok, {"NULL", "TRUE", "FALSE"})) ||
-                     (tok.kind == TokenKind::kQuotedName && tok.text.front() == '[');
+        if (n % 2 == 1)
+          plain = tok.kind == TokenKind::kOperator && tok.text == ".";
+        else
+          plain = (tok.kind == TokenKind::kWord && !IsAnyWord(tok, {"NULL", "TRUE", "FALSE"})) ||
+                  (tok.kind == TokenKind::kQuotedName && tok.text.front() == '[');
       }
       if (plain) {
         std::string name = t[item.back()].text;
@@ -132,8 +136,9 @@ void AliasPlainColumns(const Tokens& t, Edits& edits) {
       if (!Significant(tok)) continue;
       if (tok.kind == TokenKind::kOpen) ++depth;
       if (tok.kind == TokenKind::kClose && depth-- == 0) break;
-      if (depth == 0 && (tok.kind == TokenKind::kSemicolon ||
-                         IsAnyWord(tok, {"FROM", "INTO", "WHERE", "UNION", "EXCEPT", "INTERSECT", "ORDER", "GROUP"})))
+      if (depth == 0 &&
+          (tok.kind == TokenKind::kSemicolon ||
+           IsAnyWord(tok, {"FROM", "INTO", "WHERE", "UNION", "EXCEPT", "INTERSECT", "ORDER", "GROUP"})))
         break;
       if (depth == 0 && tok.kind == TokenKind::kComma) {
         finish_item();
@@ -158,11 +163,12 @@ void RewriteIsNull(Tokens& t) {
 // --- + with a string operand -> || ---------------------------------------------------------------
 
 bool IsBoundaryWord(const Token& t) {
-  return IsAnyWord(t, {"SELECT", "FROM",  "WHERE",  "AND",   "OR",      "NOT",   "AS",     "ON",   "JOIN",
-                       "INNER",  "LEFT",  "RIGHT", "OUTER", "CROSS",   "FULL",  "GROUP",  "ORDER", "BY",
-                       "HAVING", "UNION", "ALL",   "THEN",  "ELSE",    "WHEN",  "END",    "CASE", "LIKE",
-                       "BETWEEN", "IN",   "IS",    "SET",   "VALUES",  "INTO",  "DESC",   "ASC",  "TOP",
-                       "DISTINCT", "LIMIT", "EXCEPT", "INTERSECT", "ESCAPE", "COLLATE"});
+  return IsAnyWord(t,
+                   {"SELECT",   "FROM",  "WHERE",  "AND",       "OR",     "NOT",    "AS",    "ON",    "JOIN",
+                    "INNER",    "LEFT",  "RIGHT",  "OUTER",     "CROSS",  "FULL",   "GROUP", "ORDER", "BY",
+                    "HAVING",   "UNION", "ALL",    "THEN",      "ELSE",   "WHEN",   "END",   "CASE",  "LIKE",
+                    "BETWEEN",  "IN",    "IS",     "SET",       "VALUES", "INTO",   "DESC",  "ASC",   "TOP",
+                    "DISTINCT", "LIMIT", "EXCEPT", "INTERSECT", "ESCAPE", "COLLATE"});
 }
 
 void RewriteConcatenation(Tokens& t) {
@@ -211,7 +217,7 @@ void RewriteConcatenation(Tokens& t) {
           break;
         }
         [[fallthrough]];
-      default:  // strings, numbers, names
+      default:                                     // strings, numbers, names
         if (!chain.expect_operand) finish(chain);  // an alias or a new expression
         if (tok.kind == TokenKind::kString) chain.has_string = true;
         chain.expect_operand = false;
@@ -225,7 +231,8 @@ void RewriteConcatenation(Tokens& t) {
 
 void RewriteColumnDefinition(Tokens& t, size_t begin, size_t end, Edits& edits) {
   size_t name = NextSignificant(t, begin);
-  if (name >= end || IsAnyWord(t[name], {"PRIMARY", "CONSTRAINT", "UNIQUE", "FOREIGN", "CHECK", "INDEX"})) return;
+  if (name >= end || IsAnyWord(t[name], {"PRIMARY", "CONSTRAINT", "UNIQUE", "FOREIGN", "CHECK", "INDEX"}))
+    return;
   size_t type = NextSignificant(t, name + 1);
   if (type >= end || t[type].kind != TokenKind::kWord) return;
   // The end of the type: after its (n[,m]).
@@ -261,7 +268,8 @@ void RewriteCreateTable(Tokens& t, Edits& edits) {
     size_t table = NextSignificant(t, i + 1);
     if (table >= t.size() || !IsWord(t[table], "TABLE")) continue;
     size_t open = table + 1;
-    while (open < t.size() && t[open].kind != TokenKind::kOpen && t[open].kind != TokenKind::kSemicolon) ++open;
+    while (open < t.size() && t[open].kind != TokenKind::kOpen && t[open].kind != TokenKind::kSemicolon)
+      ++open;
     if (open >= t.size() || t[open].kind != TokenKind::kOpen) continue;
     // Column definitions are separated by commas at depth 1.
     int depth = 0;
@@ -316,7 +324,8 @@ DeclaredType ParseDeclaredType(std::string_view text) {
     int64_t values[2] = {0, 0};
     int which = 0;
     for (size_t k = open + 1; k < text.size() && text[k] != ')'; ++k) {
-      if (text[k] == ',') which = 1;
+      if (text[k] == ',')
+        which = 1;
       else if (std::isdigit(static_cast<unsigned char>(text[k])))
         values[which] = std::min(kLargest, values[which] * 10 + (text[k] - '0'));
     }

@@ -20,7 +20,8 @@ bool IsDateType(const Token& t) {
 // A name token's name in lower case: word, [bracketed] or "quoted"; "" for any other token.
 std::string NameOf(const Token& t) {
   if (t.kind == TokenKind::kWord) return AsciiLower(t.text);
-  if (t.kind == TokenKind::kQuotedName && t.text.size() >= 2) return AsciiLower(t.text.substr(1, t.text.size() - 2));
+  if (t.kind == TokenKind::kQuotedName && t.text.size() >= 2)
+    return AsciiLower(t.text.substr(1, t.text.size() - 2));
   return "";
 }
 
@@ -31,7 +32,9 @@ bool IsComparison(const Token& t) {
   return false;
 }
 
-bool IsDot(const Token& t) { return t.kind == TokenKind::kOperator && t.text == "."; }
+bool IsDot(const Token& t) {
+  return t.kind == TokenKind::kOperator && t.text == ".";
+}
 
 // Words that may stand before a parenthesised column without making it a function's argument.
 bool MayPrecedeGroup(const Token& t) {
@@ -93,7 +96,8 @@ class DateLiterals {
     // An IN list: back over "'x' ," to its "(".
     size_t j = k;
     while (j >= 2 && At(j - 1).kind == TokenKind::kComma && At(j - 2).kind == TokenKind::kString) j -= 2;
-    if (j >= 2 && At(j - 1).kind == TokenKind::kOpen && IsWord(At(j - 2), "IN")) return ColumnBeforeKeyword(j - 2);
+    if (j >= 2 && At(j - 1).kind == TokenKind::kOpen && IsWord(At(j - 2), "IN"))
+      return ColumnBeforeKeyword(j - 2);
     return "";
   }
 
@@ -214,9 +218,11 @@ class DateLiterals {
         for (; Has(i); ++i) {
           const Token& t = At(i);
           if (t.kind == TokenKind::kOpen) ++depth;
-          const bool ends_item = (depth == 1 && t.kind == TokenKind::kComma) || (depth == 1 && t.kind == TokenKind::kClose);
+          const bool ends_item =
+              (depth == 1 && t.kind == TokenKind::kComma) || (depth == 1 && t.kind == TokenKind::kClose);
           if (ends_item) {
-            if (i == item_start + 1 && At(item_start).kind == TokenKind::kString && item < dates.size() && dates[item])
+            if (i == item_start + 1 && At(item_start).kind == TokenKind::kString && item < dates.size() &&
+                dates[item])
               ToStoredDate(item_start);
             ++item;
             item_start = i + 1;
@@ -232,7 +238,7 @@ class DateLiterals {
 
   std::vector<Token>& tokens_;
   const Schema& schema_;
-  Schema created_;  // the schema with the tables this text creates, when it creates any
+  Schema created_;           // the schema with the tables this text creates, when it creates any
   std::vector<size_t> sig_;  // indexes of the tokens that are neither blanks nor comments
   std::map<std::string, bool> date_names_;
 };

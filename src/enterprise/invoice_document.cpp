@@ -2,8 +2,8 @@
 #include <exception>
 #include <string>
 
-#include "reports/cls_rs.h"
 #include "enterprise/cls_invoice_dom.h"
+#include "reports/cls_rs.h"
 
 namespace ent {
 

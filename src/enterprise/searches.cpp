@@ -2,8 +2,8 @@
 // customer's invoices (ENTCUSTINVOICES). Search values are LIKE patterns; an empty one matches all,
 // nulls included.
 #include "common/error.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 
 namespace ent {
 
@@ -71,18 +71,20 @@ std::unique_ptr<Recordset> clsRS::getEnterpriseCustomer(std::string& sOrderBy, s
   splitPhonePattern(sBusPhone, business_area);
   splitPhonePattern(sHomePhone, home_area);
 
-  std::string sql = "select top " + std::to_string(lMaxRecords) +
-                    " company, fname as FirstName, lname as LastName, (ahtel + '-' + htel) as HomePhone, (abtel + "
-                    "'-' + btel) as BusPhone, Cusid from CUSTOMER where 1 = 1" +
-                    LikeFilter("COMPANY", sCompany) + LikeFilter("FNAME", sFName) + LikeFilter("LNAME", sLname) +
-                    LikeFilter("ahtel", home_area) + LikeFilter("htel", sHomePhone) +
-                    LikeFilter("abtel", business_area) + LikeFilter("btel", sBusPhone) + " order by " + sOrderBy;
+  std::string sql =
+      "select top " + std::to_string(lMaxRecords) +
+      " company, fname as FirstName, lname as LastName, (ahtel + '-' + htel) as HomePhone, (abtel + "
+      "'-' + btel) as BusPhone, Cusid from CUSTOMER where 1 = 1" +
+      LikeFilter("COMPANY", sCompany) + LikeFilter("FNAME", sFName) + LikeFilter("LNAME", sLname) +
+      LikeFilter("ahtel", home_area) + LikeFilter("htel", sHomePhone) + LikeFilter("abtel", business_area) +
+      LikeFilter("btel", sBusPhone) + " order by " + sOrderBy;
   return RunSearch(*this, sql, strErr);
 }
 
 std::unique_ptr<Recordset> clsRS::getEnterpriseInventory(std::string& sOrderBy, std::string& sPartNum,
-                                                         std::string& sDesc, std::string& sCat, int32_t& lRecCount,
-                                                         std::string& sMfg, bool bQOHOnly, std::string& strErr) {
+                                                         std::string& sDesc, std::string& sCat,
+                                                         int32_t& lRecCount, std::string& sMfg, bool bQOHOnly,
+                                                         std::string& strErr) {
   DefaultToAll(sPartNum);
   DefaultToAll(sDesc);
   DefaultToAll(sCat);
@@ -113,7 +115,8 @@ std::unique_ptr<Recordset> clsRS::generateEnterpriseInvoiceList(std::string& sOr
     return nullptr;
   }
   const std::string sql =
-      "select latestdate as InvDate, stateandnumber as InvoiceNum, summary as JobDesc, screentotal as Total FROM WO "
+      "select latestdate as InvDate, stateandnumber as InvoiceNum, summary as JobDesc, screentotal as Total "
+      "FROM WO "
       "WHERE (INVOICEID <> 0 OR CREDID <> 0) AND CUSID = " +
       std::to_string(lCusID) + " ORDER BY " + sOrderBy;
   return RunSearch(*this, sql, strErr);

@@ -10,8 +10,8 @@ namespace ent {
 // One parameter of a code, as a request carries it ("p" + position).
 struct ReportParameter {
   int position = 0;
-  const char* name = "";      // the report operation's argument
-  char type = 'T';            // T text, D date, W whole number, B true/false, C currency
+  const char* name = "";  // the report operation's argument
+  char type = 'T';        // T text, D date, W whole number, B true/false, C currency
   const char* meaning = "";
   const char* fallback = "";  // what an absent parameter reads as
 };

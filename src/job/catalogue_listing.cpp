@@ -7,11 +7,16 @@ namespace ent {
 
 const char* ParameterTypeName(char type) {
   switch (type) {
-    case 'D': return "date";
-    case 'W': return "whole number";
-    case 'B': return "true/false";
-    case 'C': return "currency";
-    default: return "text";
+    case 'D':
+      return "date";
+    case 'W':
+      return "whole number";
+    case 'B':
+      return "true/false";
+    case 'C':
+      return "currency";
+    default:
+      return "text";
   }
 }
 
@@ -44,7 +49,8 @@ std::string ReportCatalogueText() {
     out += std::string(r.code) + "  " + r.title + "\n";
     if (r.parameters.empty()) out += "    no parameters\n";
     for (const ReportParameter& p : r.parameters) {
-      out += "    p" + std::to_string(p.position) + "  " + p.name + " (" + ParameterTypeName(p.type) + "): " + p.meaning;
+      out += "    p" + std::to_string(p.position) + "  " + p.name + " (" + ParameterTypeName(p.type) +
+             "): " + p.meaning;
       out += std::string("; absent: ") + (*p.fallback ? p.fallback : "empty") + "\n";
     }
     if (!r.columns.empty()) {

@@ -3,8 +3,8 @@
 #include "common/error.h"
 #include "common/log.h"
 #include "common/phase_clock.h"
-#include "reports/cls_rs.h"
 #include "job/result_document.h"
+#include "reports/cls_rs.h"
 
 namespace ent {
 
@@ -14,7 +14,9 @@ bool clsPrebuiltReport::addParam(const std::string& sKey, const std::string& sVa
   return false;
 }
 
-std::string clsPrebuiltReport::getParam(const std::string& sKey) { return params_[sKey]; }
+std::string clsPrebuiltReport::getParam(const std::string& sKey) {
+  return params_[sKey];
+}
 
 std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
   std::shared_ptr<ISendable> result;
@@ -29,9 +31,10 @@ std::shared_ptr<ISendable> clsPrebuiltReport::generateDOC() {
       // No report takes a long parameter; a padded one would only make its SQL slow to build and run.
       for (const auto& [name, value] : params_)
         if (value.size() > kMaxParameterLength)
-          throw Error(err::kReportStatus, "The report parameter " + name + " is " + std::to_string(value.size()) +
-                                              " bytes long; a parameter may have at most " +
-                                              std::to_string(kMaxParameterLength) + ".",
+          throw Error(err::kReportStatus,
+                      "The report parameter " + name + " is " + std::to_string(value.size()) +
+                          " bytes long; a parameter may have at most " + std::to_string(kMaxParameterLength) +
+                          ".",
                       "generateDoc");
       output = getPrebuiltReport(reportName);
     }

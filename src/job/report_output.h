@@ -2,7 +2,6 @@
 #pragma once
 
 #include <memory>
-
 #include <pugixml.hpp>
 
 #include "data/recordset.h"

@@ -7,9 +7,8 @@
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
-#include <string>
-
 #include <pugixml.hpp>
+#include <string>
 
 #include "common/spool_file.h"
 #include "data/recordset.h"

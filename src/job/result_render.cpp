@@ -40,8 +40,8 @@ bool LooksNumeric(const std::string& text) {
 
 // Characters shown, for lining up columns: UTF-8 continuation bytes take no place.
 size_t Width(const std::string& text) {
-  return static_cast<size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+  return static_cast<size_t>(std::count_if(
+      text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 // A cell's text on one line, led by its indentation.
@@ -61,7 +61,8 @@ std::string Count(size_t n) {
 }
 
 bool AllHidden(const ViewTable& table) {
-  return std::all_of(table.columns.begin(), table.columns.end(), [](const ViewColumn& c) { return c.heading_hidden; });
+  return std::all_of(table.columns.begin(), table.columns.end(),
+                     [](const ViewColumn& c) { return c.heading_hidden; });
 }
 
 std::string MoreRows(const ViewTable& table) {
@@ -74,7 +75,8 @@ std::string HtmlTable(const ViewTable& table) {
   if (!table.caption.empty()) out += "<caption>" + HtmlEscape(table.caption) + "</caption>";
   if (!AllHidden(table)) {
     out += "<thead><tr>";
-    for (const ViewColumn& c : table.columns) out += "<th>" + (c.heading_hidden ? "" : HtmlEscape(c.name)) + "</th>";
+    for (const ViewColumn& c : table.columns)
+      out += "<th>" + (c.heading_hidden ? "" : HtmlEscape(c.name)) + "</th>";
     out += "</tr></thead>";
   }
   out += "<tbody>\n";
@@ -85,7 +87,8 @@ std::string HtmlTable(const ViewTable& table) {
       if (cell.bold && !row.bold) classes += classes.empty() ? "b" : " b";
       out += "<td";
       if (!classes.empty()) out += " class=\"" + classes + "\"";
-      if (cell.indent > 0) out += " style=\"padding-left:calc(.6em + " + std::to_string(cell.indent) + "ch)\"";
+      if (cell.indent > 0)
+        out += " style=\"padding-left:calc(.6em + " + std::to_string(cell.indent) + "ch)\"";
       out += ">" + HtmlEscape(cell.text) + "</td>";
     }
     out += "</tr>\n";
@@ -104,7 +107,8 @@ std::string TextTable(const ViewTable& table) {
   for (size_t c = 0; c < n; ++c)
     if (headings && !table.columns[c].heading_hidden) width[c] = Width(table.columns[c].name);
   for (const ViewRow& row : table.rows)
-    for (size_t c = 0; c < n && c < row.cells.size(); ++c) width[c] = std::max(width[c], Width(Flat(row.cells[c])));
+    for (size_t c = 0; c < n && c < row.cells.size(); ++c)
+      width[c] = std::max(width[c], Width(Flat(row.cells[c])));
   size_t total = 0;
   for (size_t w : width) total += w;
   total += n ? 2 * (n - 1) : 0;
@@ -175,12 +179,23 @@ std::string HtmlEscape(std::string_view text) {
   out.reserve(text.size());
   for (char c : text) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&#39;"; break;
-      default: out += c;
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      case '\'':
+        out += "&#39;";
+        break;
+      default:
+        out += c;
     }
   }
   return out;
@@ -192,7 +207,9 @@ std::string HtmlPageStart(const std::string& title) {
          HtmlEscape(title) + "</title><style>" + kStyle + "</style></head>\n<body>\n";
 }
 
-std::string HtmlPageEnd() { return "</body></html>\n"; }
+std::string HtmlPageEnd() {
+  return "</body></html>\n";
+}
 
 std::string RenderHtmlTables(const ResultView& view) {
   std::string out;
@@ -205,7 +222,8 @@ std::string RenderHtmlPage(const ResultView& view, const std::string& title) {
   std::string page = HtmlPageStart(title);
   // Scripts and outside resources are refused even if escaping were ever to miss something.
   page.insert(page.find("<title>"),
-              "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'\">");
+              "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
+              "'unsafe-inline'\">");
   return page + "<h1>" + HtmlEscape(title) + "</h1>\n" + RenderHtmlTables(view) + HtmlPageEnd();
 }
 
@@ -226,7 +244,8 @@ std::string RenderCsv(const ResultView& view) {
     out += "\r\n";
     for (const ViewRow& row : table.rows) {
       for (size_t c = 0; c < row.cells.size(); ++c)
-        out += (c ? "," : "") + CsvField(std::string(static_cast<size_t>(row.cells[c].indent), ' ') + row.cells[c].text);
+        out += (c ? "," : "") +
+               CsvField(std::string(static_cast<size_t>(row.cells[c].indent), ' ') + row.cells[c].text);
       out += "\r\n";
     }
   }

@@ -1,8 +1,8 @@
 #include "job/result_view.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <algorithm>
 #include <fstream>
 
 #include "common/error.h"
@@ -55,7 +55,8 @@ ViewTable ReadRowset(const pugi::xml_node& root, const ViewLimits& limits) {
   }
   auto read_row = [&](const pugi::xml_node& z_row) {
     ViewRow row;
-    for (size_t c = 0; c < keys.size(); ++c) row.cells.push_back(ReadCell(z_row.attribute(keys[c].c_str()).value()));
+    for (size_t c = 0; c < keys.size(); ++c)
+      row.cells.push_back(ReadCell(z_row.attribute(keys[c].c_str()).value()));
     row.bold = !row.cells.empty() && row.cells[0].bold;
     AddRow(table, std::move(row), limits);
   };
@@ -99,7 +100,8 @@ ViewTable ReadRecordList(const pugi::xml_node& section, const ViewLimits& limits
   for (pugi::xml_node child : section.children()) {
     if (child.type() != pugi::node_element) continue;
     ViewRow row;
-    for (const ViewColumn& c : table.columns) row.cells.push_back(ReadCell(child.attribute(c.name.c_str()).value()));
+    for (const ViewColumn& c : table.columns)
+      row.cells.push_back(ReadCell(child.attribute(c.name.c_str()).value()));
     row.bold = !row.cells.empty() && row.cells[0].bold;
     AddRow(table, std::move(row), limits);
   }
@@ -190,7 +192,8 @@ ResultView LoadResultView(const std::string& path, const ViewLimits& limits) {
   in.read(text.data(), static_cast<std::streamsize>(size));
   text.resize(static_cast<size_t>(in.gcount()));
   pugi::xml_document doc;
-  pugi::xml_parse_result parsed = doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
+  pugi::xml_parse_result parsed =
+      doc.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!parsed)
     throw Error(err::kInvalidProcedureCall, path + " is not an XML document: " + parsed.description() +
                                                 " at byte " + std::to_string(parsed.offset));

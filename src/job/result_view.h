@@ -10,17 +10,16 @@
 #pragma once
 
 #include <cstddef>
+#include <pugixml.hpp>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <pugixml.hpp>
-
 namespace ent {
 
 struct ViewLimits {
-  size_t max_bytes = size_t{256} << 20;  // a larger file is refused
-  size_t max_depth = 32;                 // element nesting; deeper documents are refused
+  size_t max_bytes = size_t{256} << 20;       // a larger file is refused
+  size_t max_depth = 32;                      // element nesting; deeper documents are refused
   size_t max_rows = static_cast<size_t>(-1);  // rows kept per table; the rest are only counted
 };
 

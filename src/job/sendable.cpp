@@ -2,8 +2,8 @@
 
 #include "common/error.h"
 #include "common/log.h"
-#include "common/text.h"
 #include "common/soap_call.h"
+#include "common/text.h"
 
 namespace ent {
 
@@ -28,7 +28,9 @@ class DocumentSource : public TextSource {
  public:
   explicit DocumentSource(const ResultDocument& document) : document_(document) {}
   uint64_t size() const override { return document_.bytes(); }
-  size_t Read(uint64_t offset, char* out, size_t size) const override { return document_.Read(offset, out, size); }
+  size_t Read(uint64_t offset, char* out, size_t size) const override {
+    return document_.Read(offset, out, size);
+  }
 
  private:
   const ResultDocument& document_;

@@ -40,9 +40,7 @@ class ISendable {
 class clsGenericReport : public ISendable {
  public:
   const std::shared_ptr<ResultDocument>& XMLDocument() const override { return document_; }
-  void SetXMLDocument(std::shared_ptr<ResultDocument> document) override {
-    document_ = std::move(document);
-  }
+  void SetXMLDocument(std::shared_ptr<ResultDocument> document) override { document_ = std::move(document); }
   const std::shared_ptr<Recordset>& rs() const override { return rowset_; }
   void SetRs(std::shared_ptr<Recordset> rowset) override { rowset_ = std::move(rowset); }
   int16_t SERVICENAME() const override { return -1; }

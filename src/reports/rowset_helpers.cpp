@@ -14,7 +14,9 @@ namespace ent {
 namespace {
 
 // Entries 0 .. size - 2: the last entry is the spare.
-size_t ListedCount(const std::vector<std::string>& names) { return names.empty() ? 0 : names.size() - 1; }
+size_t ListedCount(const std::vector<std::string>& names) {
+  return names.empty() ? 0 : names.size() - 1;
+}
 
 bool IsNumericValue(const Variant& v) {
   if (v.IsNumberKind()) return true;

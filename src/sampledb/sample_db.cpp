@@ -32,8 +32,10 @@ ShopScale ScaleOf(Size size) {
 std::vector<TableRows> CountRows(Database& db) {
   std::vector<TableRows> counts;
   sqlite3_stmt* raw = nullptr;
-  sqlite3_prepare_v2(db.handle(), "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%' ORDER BY name", -1,
-                     &raw, nullptr);
+  sqlite3_prepare_v2(
+      db.handle(),
+      "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%' ORDER BY name", -1,
+      &raw, nullptr);
   const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> tables(raw, sqlite3_finalize);
   while (tables && sqlite3_step(tables.get()) == SQLITE_ROW) {
     counts.push_back({reinterpret_cast<const char*>(sqlite3_column_text(tables.get(), 0)), 0});

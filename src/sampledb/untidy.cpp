@@ -66,22 +66,23 @@ void CopyRow(Database& db, const std::string& table, const std::string& where,
     names += (names.empty() ? "\"" : ", \"") + column + "\"";
     values += (values.empty() ? "" : ", ") + value;
   }
-  db.Exec("INSERT INTO " + table + " (" + names + ") SELECT " + values + " FROM " + table + " WHERE " + where);
+  db.Exec("INSERT INTO " + table + " (" + names + ") SELECT " + values + " FROM " + table + " WHERE " +
+          where);
 }
 
 void WideTexts(Database& db) {
   db.Exec("UPDATE customer SET company = " + Quoted(Wide("O'Reilly-Whitfield Fleet Maintenance", 60)) +
-          ", fname = " + Quoted(Wide("Maximiliana Alexandrina", 30)) + ", lname = " +
-          Quoted(Wide("Featherstonehaugh-Worthington", 30)) + ", street = " +
-          Quoted(Wide("12345 Old Concession Road Number Seven", 60)) + ", city = " +
-          Quoted(Wide("Saint-Jean-sur-Richelieu", 40)) + " WHERE cusid % 10 = 3");
-  db.Exec("UPDATE vehicle SET Make = " + Quoted(Wide("Mercedes-Benz Commercial", 30)) + ", Model = " +
-          Quoted(Wide("Sprinter 3500 High Roof", 30)) + " WHERE cusid % 10 = 3");
+          ", fname = " + Quoted(Wide("Maximiliana Alexandrina", 30)) +
+          ", lname = " + Quoted(Wide("Featherstonehaugh-Worthington", 30)) +
+          ", street = " + Quoted(Wide("12345 Old Concession Road Number Seven", 60)) +
+          ", city = " + Quoted(Wide("Saint-Jean-sur-Richelieu", 40)) + " WHERE cusid % 10 = 3");
+  db.Exec("UPDATE vehicle SET Make = " + Quoted(Wide("Mercedes-Benz Commercial", 30)) +
+          ", Model = " + Quoted(Wide("Sprinter 3500 High Roof", 30)) + " WHERE cusid % 10 = 3");
   db.Exec("UPDATE inventory SET partnum = substr(partnum || '-EXTENDED-PART-NUMBER', 1, 25), Description = " +
           Quoted(Wide("HEAVY DUTY CERAMIC BRAKE PAD SET FRONT AXLE WITH HARDWARE KIT", 100)) +
-          ", Category = " + Quoted(Wide("BRAKE PARTS AND ACCESSORIES", 30)) + ", Manufacturer = " +
-          Quoted(Wide("AFTERMARKET BRAKE SYSTEMS INT", 30)) + ", Location = " +
-          Quoted(Wide("AISLE 12 SHELF", 20)) + " WHERE invid % 9 = 4");
+          ", Category = " + Quoted(Wide("BRAKE PARTS AND ACCESSORIES", 30)) +
+          ", Manufacturer = " + Quoted(Wide("AFTERMARKET BRAKE SYSTEMS INT", 30)) +
+          ", Location = " + Quoted(Wide("AISLE 12 SHELF", 20)) + " WHERE invid % 9 = 4");
   db.Exec("UPDATE woparts SET description = " +
           Quoted(Wide("REPLACED FRONT AND REAR BRAKE PADS, MACHINED ROTORS, BLED SYSTEM", 100)) +
           " WHERE wopartsid % 13 = 5");
@@ -144,9 +145,10 @@ void Nulls(Database& db) {
 // A band of the pricing table without a sales class, beside the UNCLASSIFIED bands.
 void NullPricingClass(Database& db) {
   const int64_t id = Number(db, "SELECT max(pricingid) + 1 FROM SalesClassInventoryIndexPricing");
-  db.Exec("INSERT INTO SalesClassInventoryIndexPricing (pricingid, salesclass, CostFrom, CostTo, profitMargin) "
-          "VALUES (" +
-          std::to_string(id) + ", NULL, 0, 100000, 40)");
+  db.Exec(
+      "INSERT INTO SalesClassInventoryIndexPricing (pricingid, salesclass, CostFrom, CostTo, profitMargin) "
+      "VALUES (" +
+      std::to_string(id) + ", NULL, 0, 100000, 40)");
 }
 
 // A part of its own, sold on one invoice in March 2024 and credited in full the next day.
@@ -161,7 +163,8 @@ void PartCreditedInFull(Database& db) {
   const int64_t credit = Number(db, "SELECT max(credid) + 1 FROM wo");
   const int64_t next_line = Number(db, "SELECT max(wopartsid) + 1 FROM woparts");
   const std::string item_id = std::to_string(item);
-  CopyRow(db, "inventory", "invid = (SELECT invinvid FROM woparts WHERE wopartsid = " + std::to_string(line) + ")",
+  CopyRow(db, "inventory",
+          "invid = (SELECT invinvid FROM woparts WHERE wopartsid = " + std::to_string(line) + ")",
           {{"invid", item_id},
            {"partnum", "'RETURNED-IN-FULL'"},
            {"Description", "'RETURNED IN FULL'"},
@@ -199,13 +202,12 @@ void PartCreditedInFull(Database& db) {
     return columns;
   };
   auto invoice_columns = with_line(totals("1"));
-  invoice_columns.insert(invoice_columns.end(),
-                         {{"woid", std::to_string(invoice_wo)},
-                          {"invoiceid", std::to_string(invoice)},
-                          {"credid", "0"},
-                          {"stateandnumber", "'INV-" + std::to_string(invoice) + "'"},
-                          {"wodate", "'2024-03-14 00:00:00'"},
-                          {"latestdate", "'2024-03-14 00:00:00'"}});
+  invoice_columns.insert(invoice_columns.end(), {{"woid", std::to_string(invoice_wo)},
+                                                 {"invoiceid", std::to_string(invoice)},
+                                                 {"credid", "0"},
+                                                 {"stateandnumber", "'INV-" + std::to_string(invoice) + "'"},
+                                                 {"wodate", "'2024-03-14 00:00:00'"},
+                                                 {"latestdate", "'2024-03-14 00:00:00'"}});
   CopyRow(db, "wo", "woid = " + std::to_string(source_wo), invoice_columns);
   auto credit_columns = with_line(totals("-0.9"));
   credit_columns.insert(credit_columns.end(),
@@ -237,9 +239,9 @@ void PartCreditedInFull(Database& db) {
   for (const char* column : {"totparts", "discpart", "total"}) {
     negated.push_back({column, std::string("round(-0.9 * \"") + column + "\", 2)"});
   }
-  for (const char* column : {"qty", "hrs", "labour", "disclab", "otherchargeamt",
-                             "othCHRGcost", "levyItemAmount", "invcost", "invcorecost", "MECHHOURLYTOT",
-                             "mechflatrateTot", "mechlabtot", "mechpartstot"}) {
+  for (const char* column :
+       {"qty", "hrs", "labour", "disclab", "otherchargeamt", "othCHRGcost", "levyItemAmount", "invcost",
+        "invcorecost", "MECHHOURLYTOT", "mechflatrateTot", "mechlabtot", "mechpartstot"}) {
     negated.push_back({column, std::string("-\"") + column + "\""});
   }
   CopyRow(db, "woparts", where, negated);
@@ -248,14 +250,16 @@ void PartCreditedInFull(Database& db) {
 // Invoices on the first and last day of their month, and some at the last second of the day.
 void PeriodEdges(Database& db) {
   const char* const documents = "(invoiceid <> 0 OR credid <> 0) AND latestdate IS NOT NULL";
-  db.Exec(std::string("UPDATE wo SET latestdate = strftime('%Y-%m-01 00:00:00', latestdate) WHERE ") + documents +
-          " AND woid % 40 = 0");
-  db.Exec(std::string("UPDATE wo SET latestdate = date(latestdate, 'start of month', '+1 month', '-1 day') || "
-                      "' 00:00:00' WHERE ") +
-          documents + " AND woid % 40 = 20");
-  db.Exec(std::string("UPDATE wo SET latestdate = date(latestdate, 'start of month', '+1 month', '-1 day') || "
-                      "' 23:59:59' WHERE ") +
-          documents + " AND woid % 40 = 30");
+  db.Exec(std::string("UPDATE wo SET latestdate = strftime('%Y-%m-01 00:00:00', latestdate) WHERE ") +
+          documents + " AND woid % 40 = 0");
+  db.Exec(
+      std::string("UPDATE wo SET latestdate = date(latestdate, 'start of month', '+1 month', '-1 day') || "
+                  "' 00:00:00' WHERE ") +
+      documents + " AND woid % 40 = 20");
+  db.Exec(
+      std::string("UPDATE wo SET latestdate = date(latestdate, 'start of month', '+1 month', '-1 day') || "
+                  "' 23:59:59' WHERE ") +
+      documents + " AND woid % 40 = 30");
 }
 
 }  // namespace

@@ -8,9 +8,9 @@
 #include "common/value_helpers.h"
 #include "common/variant.h"
 #include "job/cls_prebuilt_report.h"
+#include "job/sendable.h"
 #include "server/execution_trace.h"
 #include "server/request_document.h"
-#include "job/sendable.h"
 #include "server/token.h"
 
 namespace ent {
@@ -25,7 +25,8 @@ struct SilentFailure {};
 
 pugi::xml_node Required(const pugi::xml_document& doc, const char* xpath) {
   pugi::xml_node node = doc.select_node(xpath).node();
-  if (!node) throw Error(err::kObjectNotSet, std::string("The request document has no ") + xpath + " element.");
+  if (!node)
+    throw Error(err::kObjectNotSet, std::string("The request document has no ") + xpath + " element.");
   return node;
 }
 
@@ -161,9 +162,8 @@ void clsProcessRequest::readRequest(Run& run) {
   pugi::xml_node item = Required(*request_, "//report/params/reportItem");
   int n = 0;
   for (pugi::xml_node child = item.first_child(); child; child = child.next_sibling(), ++n) {
-    pugi::xml_attribute second = child.type() == pugi::node_element
-                                     ? child.first_attribute().next_attribute()
-                                     : pugi::xml_attribute();
+    pugi::xml_attribute second =
+        child.type() == pugi::node_element ? child.first_attribute().next_attribute() : pugi::xml_attribute();
     if (!second)
       throw Error(err::kObjectNotSet,
                   "Parameter " + std::to_string(n) +

@@ -95,7 +95,9 @@ ExecutionJournal::ExecutionJournal(const std::string& path) {
   }
 }
 
-ExecutionJournal::~ExecutionJournal() { sqlite3_close(db_); }
+ExecutionJournal::~ExecutionJournal() {
+  sqlite3_close(db_);
+}
 
 void ExecutionJournal::Append(const ExecutionRecord& r) {
   Statement insert(db_, std::string("INSERT INTO executions (") + kColumns +

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "server/execution_journal.h"
 #include "job/sendable.h"
+#include "server/execution_journal.h"
 
 namespace ent {
 
@@ -60,7 +60,9 @@ ExecutionScope::~ExecutionScope() {
   }
 }
 
-ExecutionRecord* CurrentExecution() { return current.scope ? &current.scope->record() : nullptr; }
+ExecutionRecord* CurrentExecution() {
+  return current.scope ? &current.scope->record() : nullptr;
+}
 
 int64_t RowsOf(const ISendable& result) {
   const auto& document = result.XMLDocument();
@@ -69,7 +71,9 @@ int64_t RowsOf(const ISendable& result) {
   return document->rows() > 0 ? static_cast<int64_t>(document->rows()) : -1;
 }
 
-const ExecutionRecord& LastExecution() { return current.last; }
+const ExecutionRecord& LastExecution() {
+  return current.last;
+}
 
 std::string DescribeExecution(const ExecutionRecord& r) {
   std::ostringstream line;
@@ -82,11 +86,11 @@ std::string DescribeExecution(const ExecutionRecord& r) {
     return out + "\"";
   };
   auto ms = [](double value) { return std::to_string(static_cast<int64_t>(value + 0.5)) + "ms"; };
-  line << (r.code.empty() ? "-" : r.code) << " session=" << quoted(r.session) << " client=" << quoted(r.client)
-       << " rows=" << r.rows << " bytes=" << r.document_bytes << " status=" << quoted(r.status)
-       << " post=" << (r.post.empty() ? "none" : r.post) << " http=" << r.http_status
-       << " read=" << ms(r.read_ms) << " build=" << ms(r.build_ms) << " send=" << ms(r.post_ms)
-       << " total=" << ms(r.total_ms);
+  line << (r.code.empty() ? "-" : r.code) << " session=" << quoted(r.session)
+       << " client=" << quoted(r.client) << " rows=" << r.rows << " bytes=" << r.document_bytes
+       << " status=" << quoted(r.status) << " post=" << (r.post.empty() ? "none" : r.post)
+       << " http=" << r.http_status << " read=" << ms(r.read_ms) << " build=" << ms(r.build_ms)
+       << " send=" << ms(r.post_ms) << " total=" << ms(r.total_ms);
   if (r.post == "failed" || r.post == "refused") line << " detail=" << quoted(r.post_detail);
   return line.str();
 }

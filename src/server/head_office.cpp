@@ -14,8 +14,8 @@
 
 #include "common/error.h"
 #include "server/head_office_page.h"
-#include "server/post_arguments.h"
 #include "server/http_serving.h"
+#include "server/post_arguments.h"
 #include "server/xml_names.h"
 
 namespace ent {
@@ -174,7 +174,8 @@ std::string RootName(std::string_view text) {
       at = text.find("?>", at);
     } else {
       size_t end = text.find_first_of(" \t\r\n/>", at + 1);
-      return std::string(text.substr(at + 1, end == std::string_view::npos ? std::string_view::npos : end - at - 1));
+      return std::string(
+          text.substr(at + 1, end == std::string_view::npos ? std::string_view::npos : end - at - 1));
     }
     if (at == std::string_view::npos) return "";
     at += 2;
@@ -267,8 +268,9 @@ struct HeadOffice::Impl {
     for (size_t i = 0; i < arguments.size(); ++i) {
       const bool last = i + 1 == arguments.size();
       post.arguments.emplace_back(arguments[i].first, !last ? arguments[i].second
-                                                      : options.out_dir.empty() ? std::move(arguments[i].second)
-                                                                                : std::string());
+                                                      : options.out_dir.empty()
+                                                          ? std::move(arguments[i].second)
+                                                          : std::string());
     }
     try {
       std::lock_guard<std::mutex> lock(mutex);
@@ -313,10 +315,9 @@ int HeadOffice::Start(const std::string& host, int port) {
     const std::string location = "http://" + authority + s.options.service_path;
     response.set_content(WsdlText(s.options, location), "text/xml; charset=utf-8");
   });
-  s.server.Post(s.options.service_path, [&s](const httplib::Request& request, httplib::Response& response,
-                                              const httplib::ContentReader& content) {
-    s.HandlePost(request, response, content);
-  });
+  s.server.Post(s.options.service_path,
+                [&s](const httplib::Request& request, httplib::Response& response,
+                     const httplib::ContentReader& content) { s.HandlePost(request, response, content); });
   AddHeadOfficePages(s.server, s.options.out_dir);
   s.host = host;
   s.port = StartServing(s.server, host, port, s.thread);

@@ -28,7 +28,7 @@ struct HeadOfficePost {
   int number = 0;  // 1, 2, ... in order of arrival
   std::string soap_action;
   std::vector<std::pair<std::string, std::string>> arguments;  // parameter name and text, in order
-  int rows = -1;  // z:row elements in the document; -1 without a document
+  int rows = -1;              // z:row elements in the document; -1 without a document
   std::string document_root;  // the document's root element ("xml" for a rowset), "" without one
 };
 

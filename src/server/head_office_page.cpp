@@ -30,8 +30,7 @@ std::string StoredTime(const std::filesystem::path& file) {
   std::error_code ec;
   const auto written = std::filesystem::last_write_time(file, ec);
   if (ec) return "";
-  const std::time_t t =
-      std::chrono::system_clock::to_time_t(std::chrono::file_clock::to_sys(written));
+  const std::time_t t = std::chrono::system_clock::to_time_t(std::chrono::file_clock::to_sys(written));
   std::tm local{};
   localtime_r(&t, &local);
   char text[32];
@@ -40,8 +39,7 @@ std::string StoredTime(const std::filesystem::path& file) {
 }
 
 bool IsStem(const std::string& text) {
-  return !text.empty() && text.size() <= 6 &&
-         text.find_first_not_of("0123456789") == std::string::npos;
+  return !text.empty() && text.size() <= 6 && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 // posts.txt: one line per post, tab-separated: number, session, client, status, rows, root element.
@@ -63,13 +61,16 @@ std::vector<StoredPost> ReadPosts(const std::filesystem::path& dir) {
   return posts;
 }
 
-std::string RowsText(const StoredPost& post) { return post.rows == "-1" || post.rows.empty() ? "-" : post.rows; }
+std::string RowsText(const StoredPost& post) {
+  return post.rows == "-1" || post.rows.empty() ? "-" : post.rows;
+}
 
 // The post's document rendered, or why it is not shown.
 std::string DocumentHtml(const std::filesystem::path& dir, const StoredPost& post, const ViewLimits& limits) {
   const std::filesystem::path file = dir / (post.stem + ".xml");
   std::error_code ec;
-  if (!std::filesystem::exists(file, ec)) return "<p class=\"note\">No document: the post carried only its status.</p>\n";
+  if (!std::filesystem::exists(file, ec))
+    return "<p class=\"note\">No document: the post carried only its status.</p>\n";
   try {
     return RenderHtmlTables(LoadResultView(file.string(), limits));
   } catch (const Error& e) {
@@ -84,27 +85,31 @@ void Send(httplib::Response& response, const std::string& page) {
 }
 
 std::string PostHeading(const StoredPost& post) {
-  return "Post " + post.stem + ": session " + post.session + ", client " + post.client + ", status " + post.status;
+  return "Post " + post.stem + ": session " + post.session + ", client " + post.client + ", status " +
+         post.status;
 }
 
 std::string ListPage(const std::string& out_dir) {
   std::string page = HtmlPageStart("Posts received by the stand-in head office");
   page += "<h1>Posts received by the stand-in head office</h1>\n";
   if (out_dir.empty())
-    return page + "<p>This head office does not keep its posts. Start it with <code>--out DIR</code> to see them here.</p>\n" +
+    return page +
+           "<p>This head office does not keep its posts. Start it with <code>--out DIR</code> to see them "
+           "here.</p>\n" +
            HtmlPageEnd();
   const std::filesystem::path dir(out_dir);
   const std::vector<StoredPost> posts = ReadPosts(dir);
   page += "<p>" + std::to_string(posts.size()) + (posts.size() == 1 ? " post" : " posts") +
           " received. Documents are shown as the head office's client shows them: bold totals, indented "
           "accounts, no headings over hide_ columns.</p>\n";
-  page += "<table class=\"posts\"><thead><tr><th>Post</th><th>Received</th><th>Session</th><th>Client</th>"
-          "<th>Status</th><th>Rows</th><th>Document</th></tr></thead><tbody>\n";
+  page +=
+      "<table class=\"posts\"><thead><tr><th>Post</th><th>Received</th><th>Session</th><th>Client</th>"
+      "<th>Status</th><th>Rows</th><th>Document</th></tr></thead><tbody>\n";
   for (const StoredPost& p : posts)
-    page += "<tr><td><a href=\"#post-" + p.stem + "\">" + p.stem + "</a></td><td>" + HtmlEscape(p.time) + "</td><td>" +
-            HtmlEscape(p.session) + "</td><td>" + HtmlEscape(p.client) + "</td><td>" + HtmlEscape(p.status) +
-            "</td><td class=\"num\">" + HtmlEscape(RowsText(p)) + "</td><td>" + HtmlEscape(p.root.empty() ? "-" : p.root) +
-            "</td></tr>\n";
+    page += "<tr><td><a href=\"#post-" + p.stem + "\">" + p.stem + "</a></td><td>" + HtmlEscape(p.time) +
+            "</td><td>" + HtmlEscape(p.session) + "</td><td>" + HtmlEscape(p.client) + "</td><td>" +
+            HtmlEscape(p.status) + "</td><td class=\"num\">" + HtmlEscape(RowsText(p)) + "</td><td>" +
+            HtmlEscape(p.root.empty() ? "-" : p.root) + "</td></tr>\n";
   page += "</tbody></table>\n";
   for (const StoredPost& p : posts) {
     page += "<section id=\"post-" + p.stem + "\"><h2>" + HtmlEscape(PostHeading(p)) + "</h2>\n";
@@ -125,8 +130,8 @@ void AddHeadOfficePages(httplib::Server& server, const std::string& out_dir) {
     const std::filesystem::path dir(out_dir);
     for (const StoredPost& p : out_dir.empty() ? std::vector<StoredPost>{} : ReadPosts(dir)) {
       if (p.stem != stem) continue;
-      Send(response, HtmlPageStart(PostHeading(p)) + "<h1>" + HtmlEscape(PostHeading(p)) + "</h1>\n<p>Received " +
-                         HtmlEscape(p.time) + ". <a href=\"/\">All posts</a></p>\n" +
+      Send(response, HtmlPageStart(PostHeading(p)) + "<h1>" + HtmlEscape(PostHeading(p)) +
+                         "</h1>\n<p>Received " + HtmlEscape(p.time) + ". <a href=\"/\">All posts</a></p>\n" +
                          DocumentHtml(dir, p, kPostLimits) + HtmlPageEnd());
       return;
     }

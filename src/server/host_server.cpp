@@ -1,20 +1,19 @@
 #include "server/host_server.h"
 
 #include <condition_variable>
+#include <iostream>
 #include <mutex>
 #include <nlohmann/json.hpp>
 
 #include "common/error.h"
-#include <iostream>
-
 #include "common/version.h"
 #include "job/catalogue.h"
 #include "server/cls_process_request.h"
 #include "server/execution_trace.h"
 #include "server/health.h"
-#include "server/metrics.h"
 #include "server/host_call.h"
 #include "server/http_serving.h"
+#include "server/metrics.h"
 
 namespace ent {
 

@@ -138,7 +138,8 @@ HttpResponse Perform(CURL* h, const std::string& url, Sink& sink, const char* er
 
 void CheckWebAddress(const std::string& url) {
   auto starts = [&](std::string_view scheme) {
-    return url.size() > scheme.size() && EqualsIgnoreCase(scheme, std::string_view(url).substr(0, scheme.size()));
+    return url.size() > scheme.size() &&
+           EqualsIgnoreCase(scheme, std::string_view(url).substr(0, scheme.size()));
   };
   if (!starts("http://") && !starts("https://"))
     throw Error(err::kServiceFailure,

@@ -12,8 +12,8 @@
 namespace ent {
 
 struct HttpTimeouts {
-  long connect_seconds = 10;  // until the service accepts the connection
-  long total_seconds = 60;    // the whole exchange
+  long connect_seconds = 10;          // until the service accepts the connection
+  long total_seconds = 60;            // the whole exchange
   size_t max_answer_bytes = 4 << 20;  // the body of an answer; a longer one fails the exchange
 };
 

@@ -72,9 +72,11 @@ std::string Metrics::Text(const QueueLoad& load) const {
   for (const auto& [key, count] : requests_)
     out << "entprcreq_requests_total{code=\"" << Label(std::get<0>(key)) << "\",status=\"" << std::get<1>(key)
         << "\",post=\"" << std::get<2>(key) << "\"} " << count << "\n";
-  Header(out, "entprcreq_request_duration_seconds", "histogram", "Time from a request's start to the end of its post.");
+  Header(out, "entprcreq_request_duration_seconds", "histogram",
+         "Time from a request's start to the end of its post.");
   for (size_t i = 0; i < kBounds.size(); ++i)
-    out << "entprcreq_request_duration_seconds_bucket{le=\"" << kBounds[i] << "\"} " << duration_buckets_[i] << "\n";
+    out << "entprcreq_request_duration_seconds_bucket{le=\"" << kBounds[i] << "\"} " << duration_buckets_[i]
+        << "\n";
   out << "entprcreq_request_duration_seconds_bucket{le=\"+Inf\"} " << durations_count_ << "\n"
       << "entprcreq_request_duration_seconds_sum " << durations_sum_ << "\n"
       << "entprcreq_request_duration_seconds_count " << durations_count_ << "\n";

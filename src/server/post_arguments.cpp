@@ -1,10 +1,11 @@
 #include "server/post_arguments.h"
 
+#include <stdlib.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include "common/error.h"
 
@@ -99,9 +100,11 @@ void PostArguments::ArgumentText(std::string_view piece) {
     file_path_ = path;
     head_ = std::move(text);
     text.clear();
-    if (std::fwrite(head_.data(), 1, head_.size(), file_.get()) != head_.size()) StoreFailed("cannot write " + path);
+    if (std::fwrite(head_.data(), 1, head_.size(), file_.get()) != head_.size())
+      StoreFailed("cannot write " + path);
   }
-  if (std::fwrite(piece.data(), 1, piece.size(), file_.get()) != piece.size()) StoreFailed("cannot write " + file_path_);
+  if (std::fwrite(piece.data(), 1, piece.size(), file_.get()) != piece.size())
+    StoreFailed("cannot write " + file_path_);
 }
 
 void PostArguments::Settle() {

@@ -53,8 +53,10 @@ bool Entity(std::string_view name, std::string& out) {
   if (digits.empty() || digits.size() > 8) return false;
   uint32_t cp = 0;
   for (char c : digits) {
-    int d = c >= '0' && c <= '9' ? c - '0' : hex && c >= 'a' && c <= 'f' ? c - 'a' + 10
-                                           : hex && c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+    int d = c >= '0' && c <= '9'          ? c - '0'
+            : hex && c >= 'a' && c <= 'f' ? c - 'a' + 10
+            : hex && c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                          : -1;
     if (d < 0) return false;
     cp = cp * (hex ? 16 : 10) + static_cast<uint32_t>(d);
   }
@@ -108,7 +110,8 @@ bool SoapCallReader::Feed(std::string_view piece) {
     stop = Consume(pending_, 0, false);
     if (!failed_) pending_.erase(0, stop);
   }
-  if (!failed_ && pending_.size() > max_markup_) Fail("markup longer than " + std::to_string(max_markup_) + " bytes");
+  if (!failed_ && pending_.size() > max_markup_)
+    Fail("markup longer than " + std::to_string(max_markup_) + " bytes");
   return !failed_;
 }
 
@@ -134,7 +137,8 @@ size_t SoapCallReader::Consume(std::string_view text, size_t at, bool final) {
       const size_t end = text.find("]]>", at);
       if (end == std::string_view::npos) {
         // The last two characters may begin the end marker.
-        const size_t keep = final ? text.size() : std::max(at, text.size() - std::min<size_t>(2, text.size()));
+        const size_t keep =
+            final ? text.size() : std::max(at, text.size() - std::min<size_t>(2, text.size()));
         CdataText(text.substr(at, keep - at));
         return keep;
       }
@@ -150,8 +154,8 @@ size_t SoapCallReader::Consume(std::string_view text, size_t at, bool final) {
         end = text.size();
         // An entity reference cut by the end of the piece waits for the next one.
         const size_t amp = text.rfind('&');
-        if (!final && amp != std::string_view::npos && amp >= at && text.find(';', amp) == std::string_view::npos &&
-            text.size() - amp < 16)
+        if (!final && amp != std::string_view::npos && amp >= at &&
+            text.find(';', amp) == std::string_view::npos && text.size() - amp < 16)
           end = amp;
       }
       Text(text.substr(at, end - at));
@@ -161,8 +165,10 @@ size_t SoapCallReader::Consume(std::string_view text, size_t at, bool final) {
     }
     const std::string_view rest = text.substr(at);
     auto need_more = [&](size_t scanned) {
-      if (final) Fail("the text ends inside markup");
-      else if (scanned > max_markup_) Fail("markup longer than " + std::to_string(max_markup_) + " bytes");
+      if (final)
+        Fail("the text ends inside markup");
+      else if (scanned > max_markup_)
+        Fail("markup longer than " + std::to_string(max_markup_) + " bytes");
       return at;
     };
     if (rest.size() < 2 || MayBecome(rest, "<!--") || MayBecome(rest, "<![CDATA[")) return need_more(0);
@@ -260,7 +266,8 @@ bool SoapCallReader::StartTag(std::string_view tag) {
     call_seen_ = true;
     role = Role::kCall;
     const size_t colon = name.find(':');
-    const std::string_view prefix = colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
+    const std::string_view prefix =
+        colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
     std::string_view ns;
     for (auto b = bindings_.rbegin(); b != bindings_.rend(); ++b) {
       if (b->first == prefix) {

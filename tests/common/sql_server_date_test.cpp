@@ -51,10 +51,10 @@ TEST(SqlServerDate, ReadsTheFormsTheServerReadsWithUsSettings) {
 }
 
 TEST(SqlServerDate, RefusesWhatTheServerCannotRead) {
-  for (const char* text : {"junk", "not a date", "13/1/2024", "2/30/2024", "2/29/2023", "6/30", "6/30/202",
-                           "30/6/2024", "2024-30-06", "20241301", "12/31/1752", "6/30/2024 25:00",
-                           "6/30/2024 13:00 PM", "6/30/2024 garbage", "6/30/2024 10:00 x", "Jum 30 2024", "Jun Jul 2024", "2024x",
-                           "1234567890123"}) {
+  for (const char* text :
+       {"junk", "not a date", "13/1/2024", "2/30/2024", "2/29/2023", "6/30", "6/30/202", "30/6/2024",
+        "2024-30-06", "20241301", "12/31/1752", "6/30/2024 25:00", "6/30/2024 13:00 PM", "6/30/2024 garbage",
+        "6/30/2024 10:00 x", "Jum 30 2024", "Jun Jul 2024", "2024x", "1234567890123"}) {
     EXPECT_EQ(Read(text), "none") << "'" << text << "'";
   }
   try {

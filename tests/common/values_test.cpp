@@ -42,17 +42,22 @@ TEST(DateTime, ParsesTheFormsTheServerMeets) {
     const char* text;
     const char* stored;
   } cases[] = {
-      {"1/5/2024", "2024-01-05 00:00:00"},      {"01/31/2024", "2024-01-31 00:00:00"},
-      {"2024-02-29", "2024-02-29 00:00:00"},    {"2024-03-01 13:45:10", "2024-03-01 13:45:10"},
-      {"3/1/2024 1:05 PM", "2024-03-01 13:05:00"}, {"3/1/2024 12:00:00 AM", "2024-03-01 00:00:00"},
-      {"2024-03-01T08:09:10", "2024-03-01 08:09:10"}, {" 12/31/99 ", "1999-12-31 00:00:00"},
+      {"1/5/2024", "2024-01-05 00:00:00"},
+      {"01/31/2024", "2024-01-31 00:00:00"},
+      {"2024-02-29", "2024-02-29 00:00:00"},
+      {"2024-03-01 13:45:10", "2024-03-01 13:45:10"},
+      {"3/1/2024 1:05 PM", "2024-03-01 13:05:00"},
+      {"3/1/2024 12:00:00 AM", "2024-03-01 00:00:00"},
+      {"2024-03-01T08:09:10", "2024-03-01 08:09:10"},
+      {" 12/31/99 ", "1999-12-31 00:00:00"},
   };
   for (const auto& c : cases) {
     auto d = DateTime::Parse(c.text);
     ASSERT_TRUE(d) << c.text;
     EXPECT_EQ(d->StoredText(), c.stored) << c.text;
   }
-  for (const char* bad : {"", "abc", "2/30/2024", "13/1/2024", "2023-02-29", "1/1/2024 25:00", "1/1/2024x", "12"})
+  for (const char* bad :
+       {"", "abc", "2/30/2024", "13/1/2024", "2023-02-29", "1/1/2024 25:00", "1/1/2024x", "12"})
     EXPECT_FALSE(DateTime::Parse(bad)) << bad;
 }
 
@@ -76,7 +81,7 @@ TEST(Variant, StandardConversions) {
   EXPECT_EQ(Variant(Currency::FromDecimalText("1234.5000")).ToText(), "1234.5");
   EXPECT_EQ(Variant(DateTime::FromParts(2024, 2, 1)).ToText(), "2/1/2024");
   EXPECT_EQ(Variant().ToText(), "");
-  EXPECT_EQ(Variant("2.5").ToLong(), 2);   // halves to even
+  EXPECT_EQ(Variant("2.5").ToLong(), 2);  // halves to even
   EXPECT_EQ(Variant("3.5").ToLong(), 4);
   EXPECT_EQ(Variant(-2.5).ToLong(), -2);
   EXPECT_EQ(Variant(Currency::FromDecimalText("2.5")).ToLong(), 2);

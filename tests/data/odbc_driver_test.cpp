@@ -110,7 +110,8 @@ TEST(OdbcDriverTest, UnreadableDatesFailAsOnTheShopServer) {
   const std::string odbc = OdbcFor(test::SmallSampleShop());
   EXPECT_EQ(Posted(odbc, "", {}, "select count(*) as n from wo where latestdate <= 'junk'").first,
             "Conversion failed when converting date and/or time from character string.");
-  EXPECT_EQ(Posted(odbc, "AP01", {"not a date"}).first, "Parameter p0 (dtEnd) of AP01 is not a date: 'not a date'");
+  EXPECT_EQ(Posted(odbc, "AP01", {"not a date"}).first,
+            "Parameter p0 (dtEnd) of AP01 is not a date: 'not a date'");
 }
 
 TEST(OdbcDriverTest, EditableRowsetsInsertAndTypesRoundTrip) {

@@ -10,12 +10,12 @@
 
 #include "common/error.h"
 #include "common/thread_values.h"
-#include "reports/cls_rs.h"
 #include "data/connection_string.h"
 #include "data/odbc_driver.h"
 #include "data/recordset.h"
 #include "data/tsql_adapter.h"
 #include "job/cls_prebuilt_report.h"
+#include "reports/cls_rs.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -56,7 +56,8 @@ TEST_F(QueryLimitsTest, RunawayTextsFailWithTheLimitThatStoppedThem) {
   const std::string odbc_text =
       "Driver=SQLite3;Database=" + db_.path() + ";LoadExt=" + ENTPRCREQ_SQLITE_EXTENSION;
   std::shared_ptr<Connection> odbc = OpenOdbcConnection(*OdbcTargetOf(ConnectionString::Parse(odbc_text)));
-  EXPECT_EQ(Failure(*sqlite, Endless()).rfind("The query's result grew beyond its size limit of 4 MB", 0), 0u);
+  EXPECT_EQ(Failure(*sqlite, Endless()).rfind("The query's result grew beyond its size limit of 4 MB", 0),
+            0u);
   for (Connection* connection : {sqlite.get(), odbc.get()}) {
     const auto start = std::chrono::steady_clock::now();
     // The SQLite ODBC driver gathers every row inside one call: there the time limit stops it.
@@ -64,8 +65,9 @@ TEST_F(QueryLimitsTest, RunawayTextsFailWithTheLimitThatStoppedThem) {
     EXPECT_TRUE(growing.find("size limit of 4 MB") != std::string::npos ||
                 growing.find("time limit of 1 seconds") != std::string::npos)
         << growing;
-    EXPECT_NE(Failure(*connection, Endless("WHERE x < 0")).find("ran longer than its time limit of 1 seconds"),
-              std::string::npos);
+    EXPECT_NE(
+        Failure(*connection, Endless("WHERE x < 0")).find("ran longer than its time limit of 1 seconds"),
+        std::string::npos);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
     // Texts within the limits run as before.
     EXPECT_EQ(connection->Query(Endless("LIMIT 1000")).rows.size(), 1000u);
@@ -79,7 +81,8 @@ TEST_F(QueryLimitsTest, AnInterruptionStopsTheQueriesRunningNowOnly) {
   std::shared_ptr<Connection> connection = db_.Connect();
   auto running = std::async(std::launch::async, [&] { return Failure(*connection, Endless("WHERE x < 0")); });
   // Interrupt until the query has seen it (it may not have started at the first call).
-  while (running.wait_for(std::chrono::milliseconds(200)) != std::future_status::ready) InterruptRunningQueries();
+  while (running.wait_for(std::chrono::milliseconds(200)) != std::future_status::ready)
+    InterruptRunningQueries();
   EXPECT_EQ(running.get(), "The query was interrupted: the server is stopping.");
   EXPECT_EQ(connection->Query(Endless("LIMIT 3")).rows.size(), 3u);
 }
@@ -107,9 +110,9 @@ TEST(ReadOnlyMode, TheQueryCommandWritesOnlyWhenToldTo) {
   test::TestDb db;
   db.Exec("create table t (x int)");
   auto run = [&](const std::string& extra) {
-    const std::string command = std::string(ENTPRCREQ_BINARY) + " query --connection '" +
-                                db.connection_string() + "' --sql 'insert into t values (5); select 1 as one'" +
-                                extra + " >/dev/null 2>&1";
+    const std::string command =
+        std::string(ENTPRCREQ_BINARY) + " query --connection '" + db.connection_string() +
+        "' --sql 'insert into t values (5); select 1 as one'" + extra + " >/dev/null 2>&1";
     return WEXITSTATUS(std::system(command.c_str()));
   };
   EXPECT_EQ(run(""), 1);
@@ -125,14 +128,17 @@ TEST(LongParameters, APaddedParameterFailsAtOnceNamingIt) {
   job.reportName = "TB01";
   job.addParam("p0", "12/31/2024" + std::string(20 << 20, ' '));
   job.generateDOC();
-  EXPECT_EQ(job.StatusStr, "The report parameter p0 is 20971530 bytes long; a parameter may have at most 4000.");
+  EXPECT_EQ(job.StatusStr,
+            "The report parameter p0 is 20971530 bytes long; a parameter may have at most 4000.");
 }
 
 TEST(SqlFormatFunction, APatternItRefusesFailsTheStatementInsteadOfTheProcess) {
   test::TestDb db;
   std::shared_ptr<Connection> connection = db.Connect();
-  EXPECT_THROW(connection->Query("select format('2024-02-29 13:05:09', '12.5O#,##0.00;(#,##0.00);zero') as f"), Error);
-  EXPECT_EQ(connection->Query("select format(1234.5, '#,##0.00') as f").rows.at(0).at(0).ToText(), "1,234.50");
+  EXPECT_THROW(
+      connection->Query("select format('2024-02-29 13:05:09', '12.5O#,##0.00;(#,##0.00);zero') as f"), Error);
+  EXPECT_EQ(connection->Query("select format(1234.5, '#,##0.00') as f").rows.at(0).at(0).ToText(),
+            "1,234.50");
 }
 
 TEST(DeclaredTypes, SizesBeyondTheLargestColumnAreReadAsTheLargest) {

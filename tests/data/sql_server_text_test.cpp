@@ -15,22 +15,43 @@ TEST(SqlServerText, LikePatterns) {
     bool matches;
   };
   const std::vector<Case> cases = {
-      {"BRAKE LABOR", "brake%", true},    {"BRAKE LABOR", "%LAB%", true},      {"BRAKE LABOR", "%LAB", false},
-      {"BRAKE LABOR  ", "%LABOR", true},  {"BRAKE LABOR", "BRAKE LABOR ", false},
-      {"abc", "a_c", true},               {"abbc", "a_c", false},              {"", "%", true},
-      {"", "", true},                     {"x", "", false},                    {"abc", "%%c", true},
-      {"Alpha", "[A-C]%", true},          {"beta", "[A-C]%", true},            {"Delta", "[A-C]%", false},
-      {"Alpha", "[^A]%", false},          {"Beta", "[^A]%", true},             {"b", "[abc]", true},
-      {"d", "[abc]", false},              {"5%", "5[%]", true},                {"55", "5[%]", false},
-      {"a_b", "a[_]b", true},             {"axb", "a[_]b", false},             {"[x", "[x", true},
-      {"-", "[a-]", true},                {"]", "[]]", true},                  {"ab", "[^a-c]b", false},
-      {"10% off", "10!% %", true},        {"10x off", "10!% %", false},        {"a!b", "a!!b", true},
-      {"émile", "_mile", true},           {"mississippi", "%iss%pi", true},
+      {"BRAKE LABOR", "brake%", true},
+      {"BRAKE LABOR", "%LAB%", true},
+      {"BRAKE LABOR", "%LAB", false},
+      {"BRAKE LABOR  ", "%LABOR", true},
+      {"BRAKE LABOR", "BRAKE LABOR ", false},
+      {"abc", "a_c", true},
+      {"abbc", "a_c", false},
+      {"", "%", true},
+      {"", "", true},
+      {"x", "", false},
+      {"abc", "%%c", true},
+      {"Alpha", "[A-C]%", true},
+      {"beta", "[A-C]%", true},
+      {"Delta", "[A-C]%", false},
+      {"Alpha", "[^A]%", false},
+      {"Beta", "[^A]%", true},
+      {"b", "[abc]", true},
+      {"d", "[abc]", false},
+      {"5%", "5[%]", true},
+      {"55", "5[%]", false},
+      {"a_b", "a[_]b", true},
+      {"axb", "a[_]b", false},
+      {"[x", "[x", true},
+      {"-", "[a-]", true},
+      {"]", "[]]", true},
+      {"ab", "[^a-c]b", false},
+      {"10% off", "10!% %", true},
+      {"10x off", "10!% %", false},
+      {"a!b", "a!!b", true},
+      {"émile", "_mile", true},
+      {"mississippi", "%iss%pi", true},
       {"mississippi", "m%s%s%q", false},
   };
   for (const Case& c : cases) {
     const bool escaped = std::string(c.pattern).find('!') != std::string::npos;
-    EXPECT_EQ(SqlServerLike(c.value, c.pattern, escaped ? std::optional<char32_t>('!') : std::nullopt), c.matches)
+    EXPECT_EQ(SqlServerLike(c.value, c.pattern, escaped ? std::optional<char32_t>('!') : std::nullopt),
+              c.matches)
         << "'" << c.value << "' LIKE '" << c.pattern << "'";
   }
 }
@@ -70,7 +91,8 @@ TEST(SqlServerText, SqliteConnectionsCompareAndMatchAsTheServer) {
   EXPECT_EQ(ids("salesclass like '100!%%' escape '!'"), "6");
   EXPECT_EQ(ids("salesclass like '%'"), "12346");  // null matches nothing
   auto groups = Recordset::OpenQuery(
-      db.Connect(), "select count(*) as n from (select distinct salesclass from cls where id < 5) as d", false);
+      db.Connect(), "select count(*) as n from (select distinct salesclass from cls where id < 5) as d",
+      false);
   EXPECT_EQ(groups->Get("n").ToText(), "3");  // 'BRAKE LABOR ' and 'brake labor' are one class
 }
 

@@ -68,16 +68,18 @@ TEST_F(SqliteDriverTest, TsqlTextsRunUnchanged) {
   EXPECT_EQ(rs->Get("woid").whole(), 3);
   EXPECT_EQ(rs->Get("S").text(), "none");
   // Dates in the machine's short form compare with the stored ones; text compares without case.
-  rs = Recordset::OpenQuery(db_.Connect(),
-                            "select count(*) as N from wo where latestdate between '1/15/2024' and '2/1/2024' "
-                            "and summary <> 'BRAKES'",
-                            false);
+  rs =
+      Recordset::OpenQuery(db_.Connect(),
+                           "select count(*) as N from wo where latestdate between '1/15/2024' and '2/1/2024' "
+                           "and summary <> 'BRAKES'",
+                           false);
   EXPECT_EQ(rs->Get("N").ToLong(), 1);
   // Computed money keeps its decimals; format() behaves as SQL Server's.
-  rs = Recordset::OpenQuery(db_.Connect(),
-                            "select sum(screentotal) / count(*) as A, format(sum(screentotal), '###,###,##0.00') "
-                            "as F, format(max(latestdate), 'MM/dd/yyyy') as D, format(null, '0.00') as Z from wo",
-                            false);
+  rs = Recordset::OpenQuery(
+      db_.Connect(),
+      "select sum(screentotal) / count(*) as A, format(sum(screentotal), '###,###,##0.00') "
+      "as F, format(max(latestdate), 'MM/dd/yyyy') as D, format(null, '0.00') as Z from wo",
+      false);
   EXPECT_EQ(rs->Get("A").ToText(), "51");
   EXPECT_EQ(rs->Get("F").text(), "153.00");
   EXPECT_EQ(rs->Get("D").text(), "03/01/2024");
@@ -186,14 +188,16 @@ TEST_F(SqliteDriverTest, TheSqlLogIsAScriptOfWhatRanWithItsValues) {
   // The driver's own reads of the schema (for the adapter) are left out here.
   std::string ran;
   for (std::string line; std::getline(text, line);)
-    if ((line.rfind("INSERT", 0) == 0 || line.rfind("select", 0) == 0) && line.find("sqlite_master") == std::string::npos)
+    if ((line.rfind("INSERT", 0) == 0 || line.rfind("select", 0) == 0) &&
+        line.find("sqlite_master") == std::string::npos)
       ran += line + "\n";
   EXPECT_EQ(ran,
             "INSERT INTO [wo] ([woid], [Summary]) VALUES (9, 'it''s');\n"
             "select woid AS [woid] from wo where latestdate >= '2024-01-01 00:00:00' LIMIT 1;\n");
   auto quiet = db_.Connect();
   quiet->Query("select 1");
-  EXPECT_EQ(std::ifstream(log).rdbuf()->pubseekoff(0, std::ios::end), text.str().size()) << "logged without the variable";
+  EXPECT_EQ(std::ifstream(log).rdbuf()->pubseekoff(0, std::ios::end), text.str().size())
+      << "logged without the variable";
 }
 
 }  // namespace

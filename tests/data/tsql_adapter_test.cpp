@@ -49,19 +49,21 @@ TEST(TsqlAdapter, LiteralsMeetingDateColumnsAreReadAsTheServerReadsThem) {
   tsql::AddDeclaredColumn(schema, "posting", "transdate", "DATETIME");
   tsql::AddDeclaredColumn(schema, "t1", "d", "datetime");
   tsql::AddDeclaredColumn(schema, "t2", "d", "varchar(10)");
-  EXPECT_EQ(ToSqlite("where latestdate between '6/30/24' and '20240701' and ((wo.LatestDate)>='Jun 30 2024') "
-                     "and '2024-06-30T10:00:00' < max(transdate) and [latestdate] not in ('1/2/2024', '1/3/24') "
-                     "and transdate not between '' and '01/31/2024 1:05 PM'",
-                     schema),
-            "where latestdate between '2024-06-30 00:00:00' and '2024-07-01 00:00:00' and "
-            "((wo.LatestDate)>='2024-06-30 00:00:00') and '2024-06-30 10:00:00' < max(transdate) and [latestdate] "
-            "not in ('2024-01-02 00:00:00', '2024-01-03 00:00:00') and transdate not between '1900-01-01 "
-            "00:00:00' and '2024-01-31 13:05:00'");
+  EXPECT_EQ(
+      ToSqlite("where latestdate between '6/30/24' and '20240701' and ((wo.LatestDate)>='Jun 30 2024') "
+               "and '2024-06-30T10:00:00' < max(transdate) and [latestdate] not in ('1/2/2024', '1/3/24') "
+               "and transdate not between '' and '01/31/2024 1:05 PM'",
+               schema),
+      "where latestdate between '2024-06-30 00:00:00' and '2024-07-01 00:00:00' and "
+      "((wo.LatestDate)>='2024-06-30 00:00:00') and '2024-06-30 10:00:00' < max(transdate) and [latestdate] "
+      "not in ('2024-01-02 00:00:00', '2024-01-03 00:00:00') and transdate not between '1900-01-01 "
+      "00:00:00' and '2024-01-31 13:05:00'");
   // Texts that meet no date column stay as they are: other columns, a name that is a date in one table
   // and text in another, a function of a date, a pattern.
-  for (const char* same : {"where summary = '6/30/2024' and d = '1/1/2024' and woid = '20240630'",
-                           "where format(latestdate, 'MM/dd/yyyy') <> '13/45/2024' and year(latestdate) = '2024'",
-                           "select '6/30/24' as x from wo where summary like '1/1/24'"})
+  for (const char* same :
+       {"where summary = '6/30/2024' and d = '1/1/2024' and woid = '20240630'",
+        "where format(latestdate, 'MM/dd/yyyy') <> '13/45/2024' and year(latestdate) = '2024'",
+        "select '6/30/24' as x from wo where summary like '1/1/24'"})
     EXPECT_EQ(ToSqlite(same, schema), same);
   // Writing: UPDATE ... SET, and INSERT into the table's date columns, listed or all.
   EXPECT_EQ(ToSqlite("update wo set latestdate = 'Jun 30 2024', summary = '6/30/24' where woid = 1", schema),
@@ -72,13 +74,15 @@ TEST(TsqlAdapter, LiteralsMeetingDateColumnsAreReadAsTheServerReadsThem) {
             "'2024-01-01 00:00:00')");
   EXPECT_EQ(ToSqlite("insert into wo values (1, '1/2/24', '1/2/24')", schema),
             "insert into wo values (1, '2024-01-02 00:00:00', '1/2/24')");
-  EXPECT_EQ(ToSqlite("create table p (id int, note text, d datetime); insert into p values (1, '1/2/24', "
-                     "'1/2/24')"),
-            "create table p (id int, note text COLLATE NOCASE, d datetime); insert into p values (1, '1/2/24', "
-            "'2024-01-02 00:00:00')");
+  EXPECT_EQ(
+      ToSqlite("create table p (id int, note text, d datetime); insert into p values (1, '1/2/24', "
+               "'1/2/24')"),
+      "create table p (id int, note text COLLATE NOCASE, d datetime); insert into p values (1, '1/2/24', "
+      "'2024-01-02 00:00:00')");
   // What the server cannot read fails the statement with the server's message.
-  for (const char* bad : {"select * from wo where latestdate <= 'junk'", "update wo set latestdate = '2/30/2024'",
-                          "insert into wo values (1, 'not a date', '')"}) {
+  for (const char* bad :
+       {"select * from wo where latestdate <= 'junk'", "update wo set latestdate = '2/30/2024'",
+        "insert into wo values (1, 'not a date', '')"}) {
     try {
       ToSqlite(bad, schema);
       ADD_FAILURE() << bad;
@@ -151,8 +155,11 @@ TEST(TsqlAdapter, DateTextsCompareAsDates) {
   // A table created on a connection that has already read the schema is known to it at once.
   auto connection = db.Connect();
   Recordset::OpenQuery(connection, "select id from posting", false);
-  connection->Execute("create table later (id int, due datetime); insert into later values (1, '2024-10-01')");
-  EXPECT_EQ(Recordset::OpenQuery(connection, "select id from later where due = 'Oct 1 2024'", false)->RecordCount(), 1u);
+  connection->Execute(
+      "create table later (id int, due datetime); insert into later values (1, '2024-10-01')");
+  EXPECT_EQ(
+      Recordset::OpenQuery(connection, "select id from later where due = 'Oct 1 2024'", false)->RecordCount(),
+      1u);
   try {
     Recordset::OpenQuery(db.Connect(), "select id from posting where transdate <= 'junk'", false);
     ADD_FAILURE();

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "common/thread_values.h"
-#include "reports/cls_rs.h"
 #include "job/cls_prebuilt_report.h"
-#include "sampledb/sqlite_out.h"
 #include "job/sendable.h"
+#include "reports/cls_rs.h"
+#include "sampledb/sqlite_out.h"
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"
 

@@ -1,6 +1,5 @@
 // The head office's searches on the small sample shop.
 #include <gtest/gtest.h>
-
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -29,10 +28,11 @@ TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
     std::filesystem::copy_file(test::SmallSampleShop(), shop);
     sqlite3* db = nullptr;
     ASSERT_EQ(sqlite3_open(shop.c_str(), &db), SQLITE_OK);
-    const int rc = sqlite3_exec(db,
-                                "create table copies as select * from customer; update copies set cusid = cusid + "
-                                "100000; insert into customer select * from copies; drop table copies;",
-                                nullptr, nullptr, nullptr);
+    const int rc =
+        sqlite3_exec(db,
+                     "create table copies as select * from customer; update copies set cusid = cusid + "
+                     "100000; insert into customer select * from copies; drop table copies;",
+                     nullptr, nullptr, nullptr);
     sqlite3_close(db);
     ASSERT_EQ(rc, SQLITE_OK);
     ASSERT_GT(std::stoul(test::QueryValueOn(shop, "select count(*) from customer")), 100u);
@@ -70,8 +70,10 @@ TEST(SearchesTest, CustomerSearchPatternsLimitsAndOrder) {
             "No records found.");
 
   // The business telephone is split the same way.
-  const std::string bus_area = QueryValue("select abtel from customer where btel <> '' order by cusid limit 1");
-  const std::string bus_number = QueryValue("select btel from customer where btel <> '' order by cusid limit 1");
+  const std::string bus_area =
+      QueryValue("select abtel from customer where btel <> '' order by cusid limit 1");
+  const std::string bus_number =
+      QueryValue("select btel from customer where btel <> '' order by cusid limit 1");
   std::string bus_digits = bus_area + bus_number;
   bus_digits.erase(std::remove(bus_digits.begin(), bus_digits.end(), '-'), bus_digits.end());
   test::ReportRun business = RunReport("ENTCUSTSRCH", {"", "", "", "", "", "", bus_digits});
@@ -135,7 +137,8 @@ TEST(SearchesTest, InventoryLimitAndInvoiceOrderByDefault) {
       "create table copies as select * from inventory; update copies set invid = invid + 100000; "
       "insert into inventory select * from copies; update copies set invid = invid + 100000; "
       "insert into inventory select * from copies; drop table copies; "
-      "update wo set latestdate = '2001-01-01 00:00:00' where invoiceid = " + latest + ";";
+      "update wo set latestdate = '2001-01-01 00:00:00' where invoiceid = " +
+      latest + ";";
   const int rc = sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
   sqlite3_close(db);
   ASSERT_EQ(rc, SQLITE_OK);

@@ -1,8 +1,6 @@
 // The catalogue's description: every code it describes runs on the sample shop with parameters
 // chosen from the description alone and gives the columns the description lists; the JSON is the
 // same from the library, the command and the server.
-#include "job/catalogue.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
@@ -11,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "job/catalogue.h"
 #include "server/host_server.h"
 #include "server/http_client.h"
 #include "support/program.h"
@@ -72,13 +71,17 @@ TEST(ReportCatalogueTest, OneJsonFromTheLibraryTheCommandAndTheServer) {
   const nlohmann::json listed = nlohmann::json::parse(ReportCatalogueJson());
   const auto& loyal = *std::find_if(listed["reports"].begin(), listed["reports"].end(),
                                     [](const nlohmann::json& r) { return r["code"] == "LOYAL01"; });
-  EXPECT_EQ(loyal["parameters"][3],
-            (nlohmann::json{{"position", 3}, {"key", "p3"}, {"name", "cSubTot"}, {"type", "currency"},
-                            {"meaning", loyal["parameters"][3]["meaning"]}, {"default", "0"}}));
+  EXPECT_EQ(loyal["parameters"][3], (nlohmann::json{{"position", 3},
+                                                    {"key", "p3"},
+                                                    {"name", "cSubTot"},
+                                                    {"type", "currency"},
+                                                    {"meaning", loyal["parameters"][3]["meaning"]},
+                                                    {"default", "0"}}));
   EXPECT_EQ(loyal["parameters"][0]["type"], "date");
   EXPECT_EQ(loyal["parameters"][0]["default"], "");
 
-  EXPECT_EQ(nlohmann::json::parse(test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " reports --json")), listed);
+  EXPECT_EQ(nlohmann::json::parse(test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " reports --json")),
+            listed);
   const std::string text = test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " reports");
   EXPECT_NE(text.find("BL01  Balance sheet\n    p0  dtAsOf (date): "), std::string::npos) << text;
   EXPECT_NE(text.find("    p6  bQOHOnly (true/false): "), std::string::npos);

@@ -39,7 +39,8 @@ void ExpectValuesFitTheirColumns(const test::ReportRun& run, const std::string& 
 size_t LongestIn(const test::ReportRun& run, const std::string& column) {
   size_t longest = 0;
   for (const auto& row : run.rows)
-    if (auto cell = row.find(column); cell != row.end()) longest = std::max(longest, Characters(cell->second));
+    if (auto cell = row.find(column); cell != row.end())
+      longest = std::max(longest, Characters(cell->second));
   return longest;
 }
 
@@ -52,9 +53,9 @@ int WidthOf(const test::ReportRun& run, const std::string& column) {
 TEST(LongValues, SampleShopSummariesOf52CharactersArriveWhole) {
   test::ReportRun invoices = RunReport("INVSUM01", {"1/1/2023", "12/31/2025", "false", "false", "true"});
   ASSERT_EQ(invoices.status, "0");
-  const std::string invoiced =
-      QueryValue("select count(*) from wo where wodeleted <> 1 and (invoiceid <> 0 or credid <> 0) and "
-                 "latestdate between '2023-01-01 00:00:00' and '2025-12-31 00:00:00'");
+  const std::string invoiced = QueryValue(
+      "select count(*) from wo where wodeleted <> 1 and (invoiceid <> 0 or credid <> 0) and "
+      "latestdate between '2023-01-01 00:00:00' and '2025-12-31 00:00:00'");
   EXPECT_EQ(invoices.rows.size(), std::stoul(invoiced) + 1);  // and the total line
   size_t whole = 0;
   for (const auto& row : invoices.rows) whole += row.count("Summary") && row.at("Summary") == kLongSummary;

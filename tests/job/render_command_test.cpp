@@ -1,12 +1,12 @@
 // The commands that show results to people: query --format and render, run as a user would.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <array>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <sys/wait.h>
 
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"
@@ -37,7 +37,8 @@ TEST(RenderCommandTest, QueryShowsItsDocumentInEachFormat) {
   const Outcome text = Entprcreq(query + " --format text");
   EXPECT_EQ(text.out, "       Amount\n-------------\nTOTAL  1234.5\n");
   const Outcome html = Entprcreq(query + " --format html");
-  EXPECT_NE(html.out.find("<tr class=\"b\"><td>TOTAL</td><td class=\"num\">1234.5</td></tr>"), std::string::npos);
+  EXPECT_NE(html.out.find("<tr class=\"b\"><td>TOTAL</td><td class=\"num\">1234.5</td></tr>"),
+            std::string::npos);
   const Outcome xml = Entprcreq(query);
   EXPECT_EQ(xml.out.rfind("<xml xmlns:s=", 0), 0u) << xml.out;
   const Outcome wrong = Entprcreq(query + " --format pdf");

@@ -3,8 +3,8 @@
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "job/cls_prebuilt_report.h"
-#include "reports/cls_rs.h"
 #include "job/result_document.h"
+#include "reports/cls_rs.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -13,10 +13,11 @@ namespace {
 class ReportJobTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    db_.Exec("create table customer (cusid int primary key, company varchar(50), fname varchar(30), "
-             "lname varchar(30), ahtel varchar(3), htel varchar(8), abtel varchar(3), btel varchar(8));"
-             "insert into customer values (1, 'O''Brien Auto', 'Pat', 'Lee', '555', '555-0100', '', '');"
-             "insert into customer values (2, 'Acme', null, 'Smith', '555', '555-0101', '', '');");
+    db_.Exec(
+        "create table customer (cusid int primary key, company varchar(50), fname varchar(30), "
+        "lname varchar(30), ahtel varchar(3), htel varchar(8), abtel varchar(3), btel varchar(8));"
+        "insert into customer values (1, 'O''Brien Auto', 'Pat', 'Lee', '555', '555-0100', '', '');"
+        "insert into customer values (2, 'Acme', null, 'Smith', '555', '555-0101', '', '');");
     SetShopConnectionString(db_.connection_string());
   }
   static std::string XmlOf(const std::shared_ptr<ISendable>& result) {
@@ -37,7 +38,8 @@ TEST_F(ReportJobTest, CustomSqlGivesTheRowsetDocument) {
   EXPECT_EQ(result->XMLDocument()->rows(), 2u);
   EXPECT_EQ(std::string(doc.first_child().name()), "xml");
   EXPECT_EQ(doc.select_nodes("//rs:data/z:row").size(), 2u);
-  EXPECT_EQ(std::string(doc.select_node("//rs:data/z:row").node().attribute("company").value()), "O'Brien Auto");
+  EXPECT_EQ(std::string(doc.select_node("//rs:data/z:row").node().attribute("company").value()),
+            "O'Brien Auto");
   EXPECT_FALSE(doc.select_node("//rs:data/z:row[2]").node().attribute("fname"));  // null left out
 }
 
@@ -86,8 +88,9 @@ TEST_F(ReportJobTest, AddedRowsStandDirectlyUnderRsData) {
                       std::string(50, 'n') + "'\r\n\t\t Extra='x'/>"),
             std::string::npos)
       << text;
-  EXPECT_NE(text.find("\r\n\t<z:row Sales_Class='TIRES'/>\r\n\t<z:row Sales_Class='[b]TOTAL'/>\r\n</rs:data>"),
-            std::string::npos)
+  EXPECT_NE(
+      text.find("\r\n\t<z:row Sales_Class='TIRES'/>\r\n\t<z:row Sales_Class='[b]TOTAL'/>\r\n</rs:data>"),
+      std::string::npos)
       << text;
 
   // Rows of a query come first and rows added to it stay in rs:insert after them.
@@ -119,8 +122,9 @@ TEST_F(ReportJobTest, FreeSqlRowsetReadsForwardOnly) {
   auto streamed = engine.getCustomRS(sql, status);
   auto whole = Recordset::OpenQuery(db_.Connect(), sql, false);
   EXPECT_EQ(streamed->SaveToString(), whole->SaveToString());
-  db_.Exec("create table visit (id int, at datetime, paid money);"
-           "insert into visit values (1, '2024-03-01 10:20:30', 0.1);");
+  db_.Exec(
+      "create table visit (id int, at datetime, paid money);"
+      "insert into visit values (1, '2024-03-01 10:20:30', 0.1);");
   for (const std::string declared : {"select * from customer order by cusid", "select * from visit"}) {
     const std::string text = engine.getCustomRS(declared, status)->SaveToString();
     EXPECT_EQ(text, Recordset::OpenQuery(db_.Connect(), declared, false)->SaveToString());
@@ -145,7 +149,8 @@ TEST_F(ReportJobTest, CatalogueCodesNoticesAndConversions) {
     return std::make_pair(job.StatusStr, result && result->XMLDocument());
   };
   EXPECT_EQ(run("NOSUCH01").first, "Prebuilt report not found.");
-  EXPECT_EQ(run("transreq").first, "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.");
+  EXPECT_EQ(run("transreq").first,
+            "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.");
   // A W parameter that does not convert stops the branch; the status says which and why.
   EXPECT_EQ(run("ENTCUSTINVOICES", {"", "abc"}).first,
             "Parameter p1 (lCusID) of ENTCUSTINVOICES is not a whole number: 'abc'");

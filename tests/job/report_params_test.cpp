@@ -21,11 +21,20 @@ TEST(ReportParams, AParameterThatDoesNotConvertIsPostedWithItsNameValueAndType) 
     std::string status;
   };
   const std::vector<Case> cases = {
-      {"ENTCUSTSRCH", {"", "", "", "", "abc"}, "Parameter p4 (lMaxRecords) of ENTCUSTSRCH is not a whole number: 'abc'"},
-      {"INVSUM01", {"1/1/2024", "1/31/2024", "yes"}, "Parameter p2 (bIncCustInfo) of INVSUM01 is not true or false: 'yes'"},
-      {"LOYAL01", {"1/1/2024", "12/31/2024", "abc"}, "Parameter p2 (lInvCount) of LOYAL01 is not a whole number: 'abc'"},
-      {"LOYAL01", {"1/1/2024", "12/31/2024", "2", "lots"}, "Parameter p3 (cSubTot) of LOYAL01 is not an amount: 'lots'"},
-      {"LOYAL01", {"1/1/2024", "12/31/2024", "99999999999"},
+      {"ENTCUSTSRCH",
+       {"", "", "", "", "abc"},
+       "Parameter p4 (lMaxRecords) of ENTCUSTSRCH is not a whole number: 'abc'"},
+      {"INVSUM01",
+       {"1/1/2024", "1/31/2024", "yes"},
+       "Parameter p2 (bIncCustInfo) of INVSUM01 is not true or false: 'yes'"},
+      {"LOYAL01",
+       {"1/1/2024", "12/31/2024", "abc"},
+       "Parameter p2 (lInvCount) of LOYAL01 is not a whole number: 'abc'"},
+      {"LOYAL01",
+       {"1/1/2024", "12/31/2024", "2", "lots"},
+       "Parameter p3 (cSubTot) of LOYAL01 is not an amount: 'lots'"},
+      {"LOYAL01",
+       {"1/1/2024", "12/31/2024", "99999999999"},
        "Parameter p2 (lInvCount) of LOYAL01 is not a whole number: '99999999999'"},
       {"AP01", {"not a date"}, "Parameter p0 (dtEnd) of AP01 is not a date: 'not a date'"},
       {"DSR01", {"not a date"}, "Parameter p0 (dDateAsOf) of DSR01 is not a date: 'not a date'"},
@@ -33,7 +42,9 @@ TEST(ReportParams, AParameterThatDoesNotConvertIsPostedWithItsNameValueAndType) 
       {"PROFALOSS01", {"1/1/2024", "junk"}, "Parameter p1 (dtEnd) of PROFALOSS01 is not a date: 'junk'"},
       {"ENTINVOICE", {"x1"}, "Parameter p0 (lInvoiceId) of ENTINVOICE is not a whole number: 'x1'"},
       // The first failing parameter in order p0, p1, ... is the one posted.
-      {"SALESCOMP01", {"1/1/2024", "2/30/2024", "junk"}, "Parameter p1 (EndDate) of SALESCOMP01 is not a date: '2/30/2024'"},
+      {"SALESCOMP01",
+       {"1/1/2024", "2/30/2024", "junk"},
+       "Parameter p1 (EndDate) of SALESCOMP01 is not a date: '2/30/2024'"},
   };
   for (const Case& c : cases) {
     test::ReportRun run = RunReport(c.code, c.params);
@@ -46,8 +57,9 @@ TEST(ReportParams, ParametersAreCheckedBeforeAnySqlRuns) {
   test::TestDb empty;  // no tables: any query would fail with "no such table"
   EXPECT_EQ(test::RunReportOn(empty.path(), "BL01", {"6/31/2024"}).status,
             "Parameter p0 (dtAsOf) of BL01 is not a date: '6/31/2024'");
-  EXPECT_EQ(test::RunReportOn(empty.path(), "TECHCOST01", {"1/1/2024", "1/31/2024", "false", "0", "maybe"}).status,
-            "Parameter p4 (chkHours) of TECHCOST01 is not true or false: 'maybe'");
+  EXPECT_EQ(
+      test::RunReportOn(empty.path(), "TECHCOST01", {"1/1/2024", "1/31/2024", "false", "0", "maybe"}).status,
+      "Parameter p4 (chkHours) of TECHCOST01 is not true or false: 'maybe'");
   const std::string query_failure = test::RunReportOn(empty.path(), "AR01", {"6/30/2024"}).status;
   EXPECT_NE(query_failure.find("no such table"), std::string::npos) << query_failure;
 }

@@ -107,7 +107,8 @@ TEST(ResultViewTest, NamesTheWriterHadToReplaceComeBackFromRsName) {
 
 TEST(ResultViewTest, InvoiceSectionsBecomeTables) {
   test::TempDir dir;
-  const ResultView view = LoadResultView(std::string(ENTPRCREQ_SOURCE_DIR) + "/tests/enterprise/invoice_100002.xml");
+  const ResultView view =
+      LoadResultView(std::string(ENTPRCREQ_SOURCE_DIR) + "/tests/enterprise/invoice_100002.xml");
   EXPECT_EQ(view.kind, "RepairOrder");
   ASSERT_EQ(view.attributes.size(), 1u);
   EXPECT_EQ(view.attributes[0].first, "InvoiceType");
@@ -157,7 +158,8 @@ TEST(ResultViewTest, UntrustedDocumentsAreBounded) {
     LoadResultView(Write(dir, "broken.xml", "<xml><s:Schema>"));
     FAIL() << "broken XML was read";
   } catch (const Error& e) {
-    EXPECT_NE(e.description().find("broken.xml is not an XML document"), std::string::npos) << e.description();
+    EXPECT_NE(e.description().find("broken.xml is not an XML document"), std::string::npos)
+        << e.description();
   }
   EXPECT_THROW(LoadResultView(dir.file("missing.xml")), Error);
 
@@ -191,9 +193,9 @@ TEST(ResultRenderTest, TextShowsMarkersAsLayout) {
 }
 
 TEST(ResultRenderTest, HtmlEscapesEveryDocumentText) {
-  const ResultView view = ViewOf(StatementDocument({{"<script>alert(1)</script>", "\"q\" & 'a'"},
-                                                    {"[b][sp3]<b>Total</b>", "-1,234.50"}},
-                                                   {"hide_Name", "<i>Amount</i>"}));
+  const ResultView view = ViewOf(
+      StatementDocument({{"<script>alert(1)</script>", "\"q\" & 'a'"}, {"[b][sp3]<b>Total</b>", "-1,234.50"}},
+                        {"hide_Name", "<i>Amount</i>"}));
   const std::string html = RenderHtmlPage(view, "Result <1>");
   EXPECT_EQ(html.find("<script>"), std::string::npos);
   EXPECT_EQ(html.find("<i>"), std::string::npos);
@@ -202,16 +204,18 @@ TEST(ResultRenderTest, HtmlEscapesEveryDocumentText) {
   EXPECT_NE(html.find("&quot;q&quot; &amp; &#39;a&#39;"), std::string::npos);
   EXPECT_NE(html.find("<title>Result &lt;1&gt;</title>"), std::string::npos);
   EXPECT_NE(html.find("<th></th><th>&lt;i&gt;Amount&lt;/i&gt;</th>"), std::string::npos) << html;
-  EXPECT_NE(html.find("<tr class=\"b\"><td style=\"padding-left:calc(.6em + 3ch)\">&lt;b&gt;Total&lt;/b&gt;</td>"
-                      "<td class=\"num\">-1,234.50</td></tr>"),
-            std::string::npos)
+  EXPECT_NE(
+      html.find("<tr class=\"b\"><td style=\"padding-left:calc(.6em + 3ch)\">&lt;b&gt;Total&lt;/b&gt;</td>"
+                "<td class=\"num\">-1,234.50</td></tr>"),
+      std::string::npos)
       << html;
   EXPECT_NE(html.find("Content-Security-Policy\" content=\"default-src 'none'"), std::string::npos);
 }
 
 TEST(ResultRenderTest, CsvQuotesAndNeverStartsAFormula) {
   const ResultView view = ViewOf(StatementDocument(
-      {{"[sp3]Cash, on hand", "-1,234.50"}, {"=HYPERLINK(\"x\")", "+1"}, {"@SUM(A1)", "-x"}}, {"hide_Name", "Amount"}));
+      {{"[sp3]Cash, on hand", "-1,234.50"}, {"=HYPERLINK(\"x\")", "+1"}, {"@SUM(A1)", "-x"}},
+      {"hide_Name", "Amount"}));
   EXPECT_EQ(RenderCsv(view),
             "hide_Name,Amount\r\n"
             "\"   Cash, on hand\",\"-1,234.50\"\r\n"

@@ -27,13 +27,14 @@ std::set<std::string> Words(const std::string& text) {
   return words;
 }
 
-const std::vector<std::string> kCommands = {"process", "query", "sample-db", "headoffice", "token",
-                                             "serve", "journal", "render", "reports"};
+const std::vector<std::string> kCommands = {"process", "query",   "sample-db", "headoffice", "token",
+                                            "serve",   "journal", "render",    "reports"};
 
 TEST(InstallTest, PutsTheProgramUnitManualAndCompletionUnderThePrefix) {
   test::TempDir dir;
   const std::string prefix = dir.file("prefix");
-  const std::string log = test::ShellOutput("cmake --install '" ENTPRCREQ_BUILD_DIR "' --prefix '" + prefix + "' 2>&1");
+  const std::string log =
+      test::ShellOutput("cmake --install '" ENTPRCREQ_BUILD_DIR "' --prefix '" + prefix + "' 2>&1");
   const std::string program = prefix + "/bin/entprcreq";
   ASSERT_TRUE(std::filesystem::exists(program)) << log;
   EXPECT_EQ(test::RunProgram({"--version"}, dir.path().string()).out,
@@ -48,14 +49,15 @@ TEST(InstallTest, PutsTheProgramUnitManualAndCompletionUnderThePrefix) {
   // The manual page carries every command's help.
   const std::string manual = ReadFile(prefix + "/share/man/man1/entprcreq.1");
   EXPECT_EQ(manual.rfind(".TH ENTPRCREQ 1", 0), 0u);
-  for (const std::string& command : kCommands) EXPECT_NE(manual.find(".SS " + command + "\n"), std::string::npos);
+  for (const std::string& command : kCommands)
+    EXPECT_NE(manual.find(".SS " + command + "\n"), std::string::npos);
   EXPECT_NE(manual.find("\\-\\-journal\\-days"), std::string::npos);
 
   // The completion, sourced by bash, completes commands and a command's options.
   const std::string completion = prefix + "/share/bash-completion/completions/entprcreq";
   auto complete = [&](const std::string& words) {
     return test::ShellOutput("bash -c 'source \"" + completion + "\"; COMP_WORDS=(entprcreq " + words +
-                 "); COMP_CWORD=$((${#COMP_WORDS[@]}-1)); _entprcreq; echo \"${COMPREPLY[@]}\"'");
+                             "); COMP_CWORD=$((${#COMP_WORDS[@]}-1)); _entprcreq; echo \"${COMPREPLY[@]}\"'");
   };
   EXPECT_EQ(complete("jo"), "journal\n");
   EXPECT_EQ(Words(complete("serve --jo")), (std::set<std::string>{"--journal", "--journal-days"}));
@@ -67,8 +69,9 @@ TEST(InstallTest, CompletionOffersEachCommandsOwnOptions) {
   const std::string script = ENTPRCREQ_SOURCE_DIR "/packaging/entprcreq.bash-completion";
   const std::regex option_line(R"(^  (--[a-z-]+))");
   for (const std::string& command : kCommands) {
-    const std::string offered = test::ShellOutput("bash -c 'source \"" + script + "\"; COMP_WORDS=(entprcreq " + command +
-                                      " --); COMP_CWORD=2; _entprcreq; echo \"${COMPREPLY[@]}\"'");
+    const std::string offered =
+        test::ShellOutput("bash -c 'source \"" + script + "\"; COMP_WORDS=(entprcreq " + command +
+                          " --); COMP_CWORD=2; _entprcreq; echo \"${COMPREPLY[@]}\"'");
     std::set<std::string> described = {"--help"};
     std::istringstream help(test::RunProgram({command, "--help"}, dir.path().string()).out);
     for (std::string line; std::getline(help, line);) {
@@ -80,8 +83,8 @@ TEST(InstallTest, CompletionOffersEachCommandsOwnOptions) {
 }
 
 TEST(InstallTest, TheUnitsExposureIsAtMostTwo) {
-  const std::string report = test::ShellOutput("systemd-analyze security --offline=true '" ENTPRCREQ_SOURCE_DIR
-                                   "/packaging/entprcreq.service' 2>&1");
+  const std::string report = test::ShellOutput(
+      "systemd-analyze security --offline=true '" ENTPRCREQ_SOURCE_DIR "/packaging/entprcreq.service' 2>&1");
   std::smatch match;
   ASSERT_TRUE(std::regex_search(report, match, std::regex(R"(Overall exposure level for \S+: ([0-9.]+))")))
       << report;

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "common/thread_values.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "support/rowset_text.h"
 #include "support/test_db.h"
 
@@ -23,7 +23,8 @@ std::unique_ptr<Recordset> TextRowset(const std::vector<std::string>& columns,
 }
 
 TEST(RowsetHelpers, TotalRowSumsNumericCellsOfTheListedColumnsOnly) {
-  auto rs = TextRowset({"Name", "A", "B", "C"}, {{"x", "10.00", "1,234.50", "7"}, {"y", "abc", "", "8"}, {"z", "5.5", "-0.5", "9"}});
+  auto rs = TextRowset({"Name", "A", "B", "C"},
+                       {{"x", "10.00", "1,234.50", "7"}, {"y", "abc", "", "8"}, {"z", "5.5", "-0.5", "9"}});
   // The last entry of the list is the spare that is never read: C stays out.
   clsRS::appendTotalRow(*rs, {"A", "B", "C"});
   EXPECT_EQ(rs->RecordCount(), 4u);
@@ -47,9 +48,10 @@ TEST(RowsetHelpers, FormatColumnsRewritesNumbersAndLeavesTextAlone) {
 
 TEST(RowsetHelpers, CopyIsTextAndKeepsLongValuesWhole) {
   test::TestDb db;
-  db.Exec("create table t (id int, amount money, d datetime, note varchar(80));"
-          "insert into t values (1, 12.5, '2024-01-15', null);"
-          "insert into t values (2, 3, '2024-01-16 13:05:00', 'ok')");
+  db.Exec(
+      "create table t (id int, amount money, d datetime, note varchar(80));"
+      "insert into t values (1, 12.5, '2024-01-15', null);"
+      "insert into t values (2, 3, '2024-01-16 13:05:00', 'ok')");
   auto source = Recordset::OpenQuery(db.Connect(), "select * from t order by id", false);
   auto copy = clsRS::copyRS(source.get());
   ASSERT_TRUE(copy);
@@ -101,7 +103,8 @@ TEST(SqlText, QuotesAndSortOrders) {
   EXPECT_EQ(SqlQuote("O'Brien's"), "O''Brien''s");
   for (const char* ok : {"lname", "lname DESC, fname asc", " Company , [Last Name] ", "customer.cusid"})
     EXPECT_FALSE(CheckSortOrder(ok)) << ok;
-  for (const char* bad : {"", "lname;drop table wo", "lname desc desc", "1", "lname,", "(select 1)", "lname -- x"})
+  for (const char* bad :
+       {"", "lname;drop table wo", "lname desc desc", "1", "lname,", "(select 1)", "lname -- x"})
     EXPECT_TRUE(CheckSortOrder(bad)) << bad;
 }
 

@@ -17,14 +17,20 @@ namespace {
 using test::Amount;
 using test::ReportRun;
 
-const std::string& Shop() { return test::UntidySampleShop(); }
+const std::string& Shop() {
+  return test::UntidySampleShop();
+}
 
 ReportRun Report(const std::string& code, const std::vector<std::string>& params) {
   return test::RunReportOn(Shop(), code, params);
 }
 
-std::string Q(const std::string& sql) { return test::QueryValueOn(Shop(), sql); }
-size_t Count(const std::string& sql) { return std::stoul(Q(sql)); }
+std::string Q(const std::string& sql) {
+  return test::QueryValueOn(Shop(), sql);
+}
+size_t Count(const std::string& sql) {
+  return std::stoul(Q(sql));
+}
 double Sum(const std::string& sql) {
   const std::string value = Q(sql);
   return value.empty() ? 0 : std::stod(value);
@@ -62,8 +68,10 @@ TEST(UntidyShop, HoldsTheUntidinessItPromises) {
   EXPECT_GT(Count("select count(*) from inventory where length(description) = 100"), 0u);
   EXPECT_GT(Count("select count(*) from wo where length(summary) = 255 and invoiceid <> 0"), 0u);
   EXPECT_EQ(Count("select count(*) from SalesClassInventoryIndexPricing where salesclass is null"), 1u);
-  EXPECT_GT(Count("select count(*) from SalesClassInventoryIndexPricing where salesclass = 'UNCLASSIFIED'"), 0u);
-  EXPECT_GT(Count("select count(*) from woparts where salesclass = '' and (invoiceid <> 0 or credid <> 0)"), 0u);
+  EXPECT_GT(Count("select count(*) from SalesClassInventoryIndexPricing where salesclass = 'UNCLASSIFIED'"),
+            0u);
+  EXPECT_GT(Count("select count(*) from woparts where salesclass = '' and (invoiceid <> 0 or credid <> 0)"),
+            0u);
   EXPECT_GT(Count("select count(*) from wo where credid <> 0"), 0u);
   EXPECT_GT(Count("select count(*) from wo where wodeleted = 1 and invoiceid <> 0"), 0u);
   EXPECT_GT(Count("select count(*) from wo where invoiceid <> 0 and latestdate like '%23:59:59'"), 0u);
@@ -77,7 +85,8 @@ TEST(UntidyShop, EveryCodeAnswersWithStatusZero) {
       Q("select invoiceid from wo where invoiceid <> 0 and wodeleted = 0 and summary is null limit 1");
   const std::string credit = Q("select credid from wo where credid <> 0 and wodeleted = 0 limit 1");
   const std::string customer =
-      Q("select cusid from wo where invoiceid <> 0 and cusid in (select cusid from customer where length(company) "
+      Q("select cusid from wo where invoiceid <> 0 and cusid in (select cusid from customer where "
+        "length(company) "
         "= 60) limit 1");
   const std::vector<std::pair<std::string, std::vector<std::string>>> requests = {
       {"TOTALSUPPURCH01", {"1/1/2024", "12/31/2024"}},
@@ -130,8 +139,9 @@ TEST(UntidyShop, EmptyFiltersFindRowsWithNulls) {
             Values(Shop(), "select cusid from customer order by company, lname, fname, cusid limit 100"));
 
   // A customer without a company or a first name is found by the last name alone.
-  const std::string last = Q("select lname from customer where company is null and fname is null and lname is "
-                             "not null and lname not like '%''%' limit 1");
+  const std::string last =
+      Q("select lname from customer where company is null and fname is null and lname is "
+        "not null and lname not like '%''%' limit 1");
   ASSERT_FALSE(last.empty());
   const ReportRun named = Report("ENTCUSTSRCH", {"", "", "", last, "", "", ""});
   EXPECT_EQ(named.rows.size(), Count("select count(*) from customer where lname like '" + last + "'"));
@@ -156,16 +166,16 @@ TEST(UntidyShop, EmptyFiltersFindRowsWithNulls) {
   ASSERT_EQ(value.status, "0");
   const std::string stocked =
       " from invtrans inner join inventory on invtrans.invid = inventory.invid where invtrans.qty > 0";
-  EXPECT_EQ(value.rows.size(),
-            Count("select count(*) from (select 1" + stocked +
-                  " group by partnum, description, category, qoh, lastlist, lastcost)") +
-                1);
+  EXPECT_EQ(value.rows.size(), Count("select count(*) from (select 1" + stocked +
+                                     " group by partnum, description, category, qoh, lastlist, lastcost)") +
+                                   1);
   EXPECT_NEAR(Amount(value.rows.back().at("TotalCost")),
               Sum("select sum(coresea * invtrans.qty + costea * invtrans.qty)" + stocked), 0.005);
-  EXPECT_EQ(Report("INVVAL01", {"", "", "BRAKE%"}).rows.size(),
-            Count("select count(*) from (select 1" + stocked +
-                  " and category like 'BRAKE%' group by partnum, description, category, qoh, lastlist, lastcost)") +
-                1);
+  EXPECT_EQ(
+      Report("INVVAL01", {"", "", "BRAKE%"}).rows.size(),
+      Count("select count(*) from (select 1" + stocked +
+            " and category like 'BRAKE%' group by partnum, description, category, qoh, lastlist, lastcost)") +
+          1);
 
   const ReportRun list = Report("INVLIST01", {"", "", "", "", ""});
   ASSERT_EQ(list.status, "0");
@@ -184,8 +194,10 @@ TEST(UntidyShop, NullsReadAsEmptyTextInPartsGrossProfit) {
   ASSERT_EQ(gross.status, "0");
   const std::string lines =
       " from woparts inner join wo on woparts.credid = wo.credid and woparts.woid = wo.woid where "
-      "wo.latestdate between '2024-01-01 00:00:00' and '2024-12-31 00:00:00' and woparts.skip <> 'Yes' and not "
-      "(presetpkg = 1 and presetheader = 0) and ((wo.invoiceid <> 0 and woparts.invcost > 0) or wo.credid <> 0)";
+      "wo.latestdate between '2024-01-01 00:00:00' and '2024-12-31 00:00:00' and woparts.skip <> 'Yes' and "
+      "not "
+      "(presetpkg = 1 and presetheader = 0) and ((wo.invoiceid <> 0 and woparts.invcost > 0) or wo.credid <> "
+      "0)";
   ASSERT_EQ(gross.rows.size(), Count("select count(*)" + lines) + 1);
   EXPECT_NEAR(Amount(gross.rows.back().at("Total_Parts")), Sum("select sum(totparts)" + lines), 0.005);
   const auto descriptions = ColumnOf(gross, "Part_Description");
@@ -199,23 +211,27 @@ void ExpectPartsSalesFigures(const ReportRun& run, const std::string& from, cons
   ASSERT_EQ(run.status, "0");
   const std::string lines =
       " from woparts inner join wo on (woparts.invoiceid = wo.invoiceid and woparts.invoiceid <> 0) or "
-      "(woparts.credid = wo.credid and wo.credid <> 0) inner join inventory on woparts.invinvid = inventory.invid "
-      "inner join supplier on inventory.supid = supplier.supid where wodeleted = 0 and invcost <> 0 and skip <> "
-      "'Yes' and qty <> 0 and latestdate between '" + from + " 00:00:00' and '" + to + " 00:00:00'" +
+      "(woparts.credid = wo.credid and wo.credid <> 0) inner join inventory on woparts.invinvid = "
+      "inventory.invid "
+      "inner join supplier on inventory.supid = supplier.supid where wodeleted = 0 and invcost <> 0 and skip "
+      "<> "
+      "'Yes' and qty <> 0 and latestdate between '" +
+      from + " 00:00:00' and '" + to + " 00:00:00'" +
       (description.empty() ? "" : " and inventory.description like '" + description + "'");
-  EXPECT_EQ(run.rows.size(),
-            Count("select count(*) from (select 1" + lines + " group by partnum, inventory.description, "
-                                                              "supplier.company)") +
-                1);
-  EXPECT_NEAR(Amount(run.rows.back().at("Total_Revenue")), Sum("select sum(totparts - discpart)" + lines), 0.005);
+  EXPECT_EQ(run.rows.size(), Count("select count(*) from (select 1" + lines +
+                                   " group by partnum, inventory.description, "
+                                   "supplier.company)") +
+                                 1);
+  EXPECT_NEAR(Amount(run.rows.back().at("Total_Revenue")), Sum("select sum(totparts - discpart)" + lines),
+              0.005);
   EXPECT_NEAR(Amount(run.rows.back().at("Total_Cost")), Sum("select sum(invcost)" + lines), 0.005);
 }
 
 TEST(UntidyShop, PartsSalesFiguresAgreeOnMonthsEndingWithAnInvoiceAtMidnight) {
   // May 2024 ends with an invoice dated at midnight of its last day.
   ASSERT_GT(Count("select count(*) from wo where latestdate = '2024-05-31 00:00:00' and invoiceid <> 0"), 0u);
-  ExpectPartsSalesFigures(Report("PARTSALPER01", {"5/1/2024", "5/31/2024", "", "", "", "false"}), "2024-05-01",
-                          "2024-05-31", "");
+  ExpectPartsSalesFigures(Report("PARTSALPER01", {"5/1/2024", "5/31/2024", "", "", "", "false"}),
+                          "2024-05-01", "2024-05-31", "");
   ExpectPartsSalesFigures(Report("PARTSALPER01", {"5/1/2024", "5/31/2024", "", "%OIL%", "", "false"}),
                           "2024-05-01", "2024-05-31", "%OIL%");
 }
@@ -232,8 +248,9 @@ TEST(UntidyShop, PartCreditedInFullKeepsItsRevenueAndStaysOutOfTheMarginAverage)
   EXPECT_EQ(returned->count("Avg_Margin") ? returned->at("Avg_Margin") : "", "");
   EXPECT_EQ(returned->count("Avg_Price") ? returned->at("Avg_Price") : "", "");
   // What the restocking fee kept.
-  const double kept = Sum("select sum(totparts - discpart) from woparts inner join inventory on invinvid = invid "
-                          "where partnum = 'RETURNED-IN-FULL'");
+  const double kept =
+      Sum("select sum(totparts - discpart) from woparts inner join inventory on invinvid = invid "
+          "where partnum = 'RETURNED-IN-FULL'");
   EXPECT_GT(kept, 0);
   EXPECT_NEAR(Amount(returned->at("Total_Revenue")), kept, 0.005);
 
@@ -258,8 +275,10 @@ TEST(UntidyShop, DailyRecapCountsLinesWithoutAClassOnce) {
   EXPECT_EQ(std::count(classes.begin(), classes.end(), "UNCLASSIFIED"), 1);
   auto sales_from = [](const std::string& from) {
     const std::string lines =
-        " from woparts inner join wo on woparts.woid = wo.woid where woparts.skip <> 'Yes' and (wo.invoiceid <> 0 "
-        "or wo.credid <> 0) and not (presetpkg = 1 and presetheader = 0) and latestdate between '" + from +
+        " from woparts inner join wo on woparts.woid = wo.woid where woparts.skip <> 'Yes' and (wo.invoiceid "
+        "<> 0 "
+        "or wo.credid <> 0) and not (presetpkg = 1 and presetheader = 0) and latestdate between '" +
+        from +
         " 00:00:00' and '2024-05-31 00:00:00' and (salesclass = '' or salesclass in (select salesclass from "
         "SalesClassInventoryIndexPricing where salesclass <> 'UNCLASSIFIED'))";
     EXPECT_GT(Count("select count(*)" + lines), 0u) << from;
@@ -270,9 +289,10 @@ TEST(UntidyShop, DailyRecapCountsLinesWithoutAClassOnce) {
   EXPECT_NEAR(Amount(run.rows.back().at("Sales")), sales_from("2024-05-31"), 0.005);
   EXPECT_NEAR(Amount(run.rows.back().at("Sales_MTD")), sales_from("2024-05-01"), 0.005);
   EXPECT_NEAR(Amount(run.rows.back().at("Sales_YTD")), sales_from("2024-01-01"), 0.005);
-  EXPECT_GT(Count("select count(*) from woparts inner join wo on woparts.woid = wo.woid where salesclass = '' and "
-                  "wo.invoiceid <> 0 and latestdate between '2024-01-01' and '2024-05-31'"),
-            0u);
+  EXPECT_GT(
+      Count("select count(*) from woparts inner join wo on woparts.woid = wo.woid where salesclass = '' and "
+            "wo.invoiceid <> 0 and latestdate between '2024-01-01' and '2024-05-31'"),
+      0u);
 }
 
 TEST(UntidyShop, InvoiceLookUpRefusesAMissingNumber) {
@@ -300,8 +320,9 @@ class BrokenChart : public ::testing::Test {
   }
   // An asset account with postings that has a parent of its own.
   std::string Posted() {
-    return Q("select chid from chartofaccounts where fivetypename = 'A' and parentid <> 0 and chid in (select "
-             "chid from ChartOfAccountsGLPOSTINGTABLE) order by accountnumber limit 1");
+    return Q(
+        "select chid from chartofaccounts where fivetypename = 'A' and parentid <> 0 and chid in (select "
+        "chid from ChartOfAccountsGLPOSTINGTABLE) order by accountnumber limit 1");
   }
   test::TempDir dir_;
 };
@@ -329,8 +350,10 @@ TEST_F(BrokenChart, LongAccountPathsFitAndTheColumnsBalance) {
 
 TEST_F(BrokenChart, ALoopInTheParentsIsAFailure) {
   const std::string chid = Posted();
-  const std::string path = Copy("update chartofaccounts set parentid = " + chid + " where chid = (select parentid "
-                                "from chartofaccounts where chid = " + chid + ")");
+  const std::string path = Copy("update chartofaccounts set parentid = " + chid +
+                                " where chid = (select parentid "
+                                "from chartofaccounts where chid = " +
+                                chid + ")");
   const ReportRun run = test::RunReportOn(path, "TB01", {"12/31/2024"});
   EXPECT_FALSE(run.has_document);
   EXPECT_NE(run.status.find("loop"), std::string::npos) << run.status;

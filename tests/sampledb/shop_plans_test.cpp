@@ -67,11 +67,13 @@ TEST(ShopPlans, TheSampleShopKeepsStatisticsAndIndexesForThePlaceholderKeys) {
   for (const char* table : {"wo", "woparts", "customer", "vehicle"})
     EXPECT_NE(std::find(analysed.begin(), analysed.end(), table), analysed.end()) << table;
   // The partial indexes leave out the placeholder keys.
-  EXPECT_EQ(Column(db.get(), "select sql like '%WHERE invoiceid <> 0' from sqlite_master where name = "
-                             "'ix_woparts_invoice_set'"),
+  EXPECT_EQ(Column(db.get(),
+                   "select sql like '%WHERE invoiceid <> 0' from sqlite_master where name = "
+                   "'ix_woparts_invoice_set'"),
             std::vector<std::string>{"1"});
-  EXPECT_EQ(Column(db.get(), "select sql like '%WHERE credid <> 0' from sqlite_master where name = "
-                             "'ix_woparts_credit_set'"),
+  EXPECT_EQ(Column(db.get(),
+                   "select sql like '%WHERE credid <> 0' from sqlite_master where name = "
+                   "'ix_woparts_credit_set'"),
             std::vector<std::string>{"1"});
 }
 
@@ -91,7 +93,8 @@ TEST(ShopPlans, HeavyJoinsNeverLoopOverThePlaceholderKeys) {
   for (const auto& [code, params] : codes) {
     for (const std::string& statement : StatementsOf(code, params)) {
       std::string lower = statement;
-      std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+      std::transform(lower.begin(), lower.end(), lower.begin(),
+                     [](unsigned char c) { return std::tolower(c); });
       if (lower.find("woparts") == std::string::npos) continue;
       for (const std::string& step : Column(db.get(), "EXPLAIN QUERY PLAN " + statement, 3)) {
         EXPECT_FALSE(std::regex_search(step, whole_table)) << code << ": " << step;
@@ -117,7 +120,8 @@ TEST(ShopPlans, PartsGrossProfitLooksEachKeyUpOnce) {
   // Lines repeat suppliers, preset jobs and cost bands; every look-up text is sent at most once.
   std::map<std::string, int> lookups;
   for (const std::string& statement : StatementsOf("PARTGP01", {"1/1/2024", "12/31/2024"}))
-    if (statement.find("FROM woparts") == std::string::npos && statement.rfind("SELECT", 0) == 0) ++lookups[statement];
+    if (statement.find("FROM woparts") == std::string::npos && statement.rfind("SELECT", 0) == 0)
+      ++lookups[statement];
   int sent = 0;
   for (const auto& [statement, times] : lookups) {
     EXPECT_EQ(times, 1) << statement;

@@ -38,13 +38,29 @@ class ExecutionJournalTest : public ::testing::Test {
                            const std::string& connection_extra = "") {
     (void)office;
     std::ofstream(dir_.file(session + ".xml")) << document;
-    std::vector<std::string> args = {"process",      "--request",   dir_.file(session + ".xml"),
-                                     "--connection", "Provider=SQLite;Data Source=" + test::SmallSampleShop() +
-                                                         connection_extra,
-                                     "--host-address", "127.0.0.1", "--host-port", std::to_string(port),
-                                     "--guid",       "g",           "--session-id", session,
-                                     "--client-id",  "12",          "--db-size",    "--token-dir",
-                                     dir_.file("token"), "--log-dir", dir_.file("log"), "--timeout", "20"};
+    std::vector<std::string> args = {
+        "process",
+        "--request",
+        dir_.file(session + ".xml"),
+        "--connection",
+        "Provider=SQLite;Data Source=" + test::SmallSampleShop() + connection_extra,
+        "--host-address",
+        "127.0.0.1",
+        "--host-port",
+        std::to_string(port),
+        "--guid",
+        "g",
+        "--session-id",
+        session,
+        "--client-id",
+        "12",
+        "--db-size",
+        "--token-dir",
+        dir_.file("token"),
+        "--log-dir",
+        dir_.file("log"),
+        "--timeout",
+        "20"};
     args.insert(args.end(), extra.begin(), extra.end());
     return test::RunProgram(args, dir_.path().string());
   }
@@ -68,8 +84,8 @@ TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) 
   HeadOffice office(HeadOfficeOptions{});
   const int port = office.Start("127.0.0.1", 0);
   const auto before = std::chrono::system_clock::now();
-  const test::ProgramRun run =
-      Process(office, port, Request("1", "INVSUM01", {"1/1/2024", "12/31/2024", "true", "true", "false"}), "A1");
+  const test::ProgramRun run = Process(
+      office, port, Request("1", "INVSUM01", {"1/1/2024", "12/31/2024", "true", "true", "false"}), "A1");
   ASSERT_EQ(run.exit_code, 0) << run.err;
   ASSERT_EQ(office.Posts().size(), 1u);
   const std::string posted = office.Posts()[0].arguments.at(5).second;
@@ -114,10 +130,10 @@ TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) 
   EXPECT_EQ(custom.document_bytes, static_cast<int64_t>(query.out.size()));
 
   // No rows is an answer, not a failure.
-  ASSERT_EQ(Process(office, port, Request("2.0", "", {}, "select cusid from customer where 1=0"), "A2",
-                    {"--quiet"})
-                .out,
-            "");
+  ASSERT_EQ(
+      Process(office, port, Request("2.0", "", {}, "select cusid from customer where 1=0"), "A2", {"--quiet"})
+          .out,
+      "");
   const ExecutionRecord empty = RecordOf("A2");
   EXPECT_EQ(empty.code, "custom");
   EXPECT_EQ(empty.status, "No records found.");
@@ -226,10 +242,12 @@ TEST_F(ExecutionJournalTest, TheJournalCommandFiltersAndOrders) {
   EXPECT_EQ(sessions({"--failures", "--code", "bl01", "--slowest"}), (V{"s5000", "s3000"}));
 
   // The table names the columns; a missing journal is said plainly.
-  const test::ProgramRun table = test::RunProgram({"journal", "--log-dir", dir_.file("log")}, dir_.path().string());
+  const test::ProgramRun table =
+      test::RunProgram({"journal", "--log-dir", dir_.file("log")}, dir_.path().string());
   EXPECT_NE(table.out.find("total ms"), std::string::npos);
   EXPECT_NE(table.out.find("refused (0)"), std::string::npos) << table.out;
-  const test::ProgramRun none = test::RunProgram({"journal", "--journal", dir_.file("none.db")}, dir_.path().string());
+  const test::ProgramRun none =
+      test::RunProgram({"journal", "--journal", dir_.file("none.db")}, dir_.path().string());
   EXPECT_EQ(none.exit_code, 1);
   EXPECT_NE(none.err.find("no journal at"), std::string::npos);
 }

@@ -67,11 +67,13 @@ TEST_F(HeadOfficePageTest, ListsThePostsWithTheirDocumentsRendered) {
   auto page = Get("/");
   ASSERT_TRUE(page);
   EXPECT_EQ(page->status, 200);
-  EXPECT_EQ(page->get_header_value("Content-Security-Policy"), "default-src 'none'; style-src 'unsafe-inline'");
+  EXPECT_EQ(page->get_header_value("Content-Security-Policy"),
+            "default-src 'none'; style-src 'unsafe-inline'");
   const std::string& html = page->body;
   EXPECT_NE(html.find("2 posts received"), std::string::npos);
   // The list: session, client, status and rows of each post; a failure has no rows.
-  EXPECT_NE(html.find("<td>S-BL01</td><td>7</td><td>0</td><td class=\"num\">4</td><td>xml</td>"), std::string::npos)
+  EXPECT_NE(html.find("<td>S-BL01</td><td>7</td><td>0</td><td class=\"num\">4</td><td>xml</td>"),
+            std::string::npos)
       << html;
   EXPECT_NE(html.find("<td>S-&lt;i&gt;fail&lt;/i&gt;</td><td>7</td><td>Prebuilt report not found.</td>"
                       "<td class=\"num\">-</td><td>-</td>"),
@@ -158,8 +160,9 @@ TEST_F(HeadOfficePageTest, ABrowserShowsBoldTotalsIndentationAndHiddenHeadings) 
   std::ofstream(dir_.file("page.html"), std::ios::binary) << html;
   const std::string command = "timeout 120 " + chromium +
                               " --headless --no-sandbox --disable-gpu --disable-dev-shm-usage --no-first-run"
-                              " --user-data-dir=" + dir_.file("profile") + " --dump-dom file://" +
-                              dir_.file("page.html") + " >" + dir_.file("dom.html") + " 2>" + dir_.file("err.txt");
+                              " --user-data-dir=" +
+                              dir_.file("profile") + " --dump-dom file://" + dir_.file("page.html") + " >" +
+                              dir_.file("dom.html") + " 2>" + dir_.file("err.txt");
   ASSERT_EQ(std::system(command.c_str()), 0) << std::ifstream(dir_.file("err.txt")).rdbuf();
   std::stringstream dom;
   dom << std::ifstream(dir_.file("dom.html")).rdbuf();
@@ -167,7 +170,8 @@ TEST_F(HeadOfficePageTest, ABrowserShowsBoldTotalsIndentationAndHiddenHeadings) 
   const size_t start = text.find("<pre id=\"probe\">");
   ASSERT_NE(start, std::string::npos) << text.substr(0, 2000);
   const size_t from = start + std::string("<pre id=\"probe\">").size();
-  const nlohmann::json seen = nlohmann::json::parse(Unescape(text.substr(from, text.find("</pre>", from) - from)));
+  const nlohmann::json seen =
+      nlohmann::json::parse(Unescape(text.substr(from, text.find("</pre>", from) - from)));
 
   EXPECT_FALSE(seen["injected"].get<bool>());
   EXPECT_EQ(seen["headings"], nlohmann::json::array({"", "", "Note"}));

@@ -63,7 +63,8 @@ TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
       "<env:Header><t:sendReport>not the call</t:sendReport></env:Header>\n"
       "<env:Body><t:sendReport xmlns=\"http://tempuri.org/\">\r\n"
       "  <GUID>g-1</GUID>\n"
-      "  <t:Passcode>a &lt;b&gt; &amp; &quot;c&quot; &apos;d&apos; &#233;&#xE9; &unknown; & done</t:Passcode>\n"
+      "  <t:Passcode>a &lt;b&gt; &amp; &quot;c&quot; &apos;d&apos; &#233;&#xE9; &unknown; & "
+      "done</t:Passcode>\n"
       "  <SessionID>  <?pi inside?>after a PI</SessionID>\n"
       "  <ClientID><![CDATA[<raw> & ]]]]></ClientID>\n"
       "  <strErr>line one\r\nline two\rline three&#xD;&#10;end</strErr>\n"
@@ -87,7 +88,9 @@ TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
   // A first Body without a call means no call, whatever a later Body holds.
   bool ok = false;
   std::string error;
-  EXPECT_EQ(ReadInPieces("<Envelope><Body/><Body><sendReport><a>1</a></sendReport></Body></Envelope>", 8, ok, error), "");
+  EXPECT_EQ(ReadInPieces("<Envelope><Body/><Body><sendReport><a>1</a></sendReport></Body></Envelope>", 8, ok,
+                         error),
+            "");
   EXPECT_TRUE(ok) << error;
 }
 
@@ -125,27 +128,35 @@ TEST(SoapCallReaderTest, RefusesWhatIsNoWellFormedDocument) {
   Recorder sink;
   SoapCallReader small_markup(sink, 64, 100);
   EXPECT_FALSE(small_markup.Feed("<a b='" + std::string(200, 'x')));
-  EXPECT_NE(small_markup.error().find("markup longer than 100 bytes"), std::string::npos) << small_markup.error();
+  EXPECT_NE(small_markup.error().find("markup longer than 100 bytes"), std::string::npos)
+      << small_markup.error();
 }
 
 TEST(RowTagCounterTest, CountsRowTagsAcrossPieces) {
-  const std::string text = "<xml><z:row a='1'/>\r\n<z:row\tb='2'/><z:rows/><z:row/><z:row><z:row<z:row>"
-                           "text &lt;z:row /&gt; <z:ro w/><z:row";
+  const std::string text =
+      "<xml><z:row a='1'/>\r\n<z:row\tb='2'/><z:rows/><z:row/><z:row><z:row<z:row>"
+      "text &lt;z:row /&gt; <z:ro w/><z:row";
   for (size_t piece : {text.size(), size_t{1}, size_t{3}, size_t{5}}) {
     RowTagCounter counter;
     for (size_t at = 0; at < text.size(); at += piece) counter.Feed(std::string_view(text).substr(at, piece));
-    EXPECT_EQ(counter.rows(), 5) << "pieces of " << piece;  // not z:rows, "<z:row<", the escaped one, the cut one
+    EXPECT_EQ(counter.rows(), 5) << "pieces of "
+                                 << piece;  // not z:rows, "<z:row<", the escaped one, the cut one
   }
 }
 
 std::string Escaped(const std::string& text) {
   std::string out;
   for (char c : text) {
-    if (c == '&') out += "&amp;";
-    else if (c == '<') out += "&lt;";
-    else if (c == '>') out += "&gt;";
-    else if (c == '\r') out += "&#xD;";
-    else out += c;
+    if (c == '&')
+      out += "&amp;";
+    else if (c == '<')
+      out += "&lt;";
+    else if (c == '>')
+      out += "&gt;";
+    else if (c == '\r')
+      out += "&#xD;";
+    else
+      out += c;
   }
   return out;
 }
@@ -161,7 +172,8 @@ std::string Envelope(const std::string& document) {
 HttpResponse PostTo(const HeadOffice& office, const std::string& body) {
   std::string url = office.WsdlUrl();
   url.resize(url.find('?'));
-  return HttpPost(url, {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"http://tempuri.org/sendReport\""},
+  return HttpPost(url,
+                  {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"http://tempuri.org/sendReport\""},
                   body, {5, 60, 1 << 20});
 }
 
@@ -184,8 +196,9 @@ TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
   std::string document = "<xml xmlns:z='#RowsetSchema'>\r\n<rs:data>\r\n";
   const int rows = 30000;
   for (int i = 0; i < rows; ++i)
-    document += "\t<z:row id='" + std::to_string(i) + "' d='Nuts &#x26; &#x3c;bolts&#x3e; \"M8\" Bremsbel\xC3\xA4ge " +
-                std::string(60, 'x') + "'/>\r\n";
+    document += "\t<z:row id='" + std::to_string(i) +
+                "' d='Nuts &#x26; &#x3c;bolts&#x3e; \"M8\" Bremsbel\xC3\xA4ge " + std::string(60, 'x') +
+                "'/>\r\n";
   document += "</rs:data>\r\n</xml>";
   ASSERT_GT(document.size(), 3u << 20);
 
@@ -234,7 +247,8 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
   other.replace(other.find("http://tempuri.org/\">"), 19, "urn:other");
   HttpResponse wrong = PostTo(office, other);
   EXPECT_EQ(wrong.status, 500);
-  EXPECT_NE(wrong.body.find("does not call sendReport in http://tempuri.org/"), std::string::npos) << wrong.body;
+  EXPECT_NE(wrong.body.find("does not call sendReport in http://tempuri.org/"), std::string::npos)
+      << wrong.body;
 
   EXPECT_TRUE(office.Posts().empty());
   EXPECT_TRUE(FilesIn(dir.file("posts")).empty());

@@ -82,7 +82,9 @@ class HostileClientsTest : public ::testing::Test {
     server_ = std::make_unique<HostServer>(options);
     port_ = server_->Start("127.0.0.1", 0);
   }
-  std::string Url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
+  std::string Url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(port_) + path;
+  }
   json Call(const std::string& session, const std::string& sql) const {
     return {{"ApplicationPath", db_.connection_string()},
             {"HostAddress", "127.0.0.1"},
@@ -209,8 +211,8 @@ TEST_F(HostileClientsTest, SigtermStopsServeWhileAQueryRunsAndTheFailureIsPosted
   const std::string token = dir_.file("token");
   const pid_t serve = fork();
   if (serve == 0) {
-    execl(ENTPRCREQ_BINARY, ENTPRCREQ_BINARY, "serve", "--listen", listen.c_str(), "--token-dir", token.c_str(),
-          static_cast<char*>(nullptr));
+    execl(ENTPRCREQ_BINARY, ENTPRCREQ_BINARY, "serve", "--listen", listen.c_str(), "--token-dir",
+          token.c_str(), static_cast<char*>(nullptr));
     _exit(127);
   }
   auto health = [&] {
@@ -220,14 +222,17 @@ TEST_F(HostileClientsTest, SigtermStopsServeWhileAQueryRunsAndTheFailureIsPosted
       return json();
     }
   };
-  for (int i = 0; i < 100 && health().is_null(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  for (int i = 0; i < 100 && health().is_null(); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
   // A text that runs for ever and returns nothing.
   std::thread caller([&] {
     try {
-      HttpPost(Url("/requests"), {"Content-Type: application/json"},
-               Call("7", "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE x = 0")
-                   .dump(),
-               {2, 60});
+      HttpPost(
+          Url("/requests"), {"Content-Type: application/json"},
+          Call("7",
+               "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE x = 0")
+              .dump(),
+          {2, 60});
     } catch (const Error&) {
     }
   });

@@ -54,7 +54,8 @@ class NotifyListener {
 
 std::string Request(const std::string& code, const std::vector<std::string>& params) {
   std::string items;
-  for (size_t i = 0; i < params.size(); ++i) items += "<i n='p" + std::to_string(i) + "' v='" + params[i] + "'/>";
+  for (size_t i = 0; i < params.size(); ++i)
+    items += "<i n='p" + std::to_string(i) + "' v='" + params[i] + "'/>";
   return "<report><type>1</type><clientid>1</clientid><name>" + code + "</name><params><reportItem>" + items +
          "</reportItem></params><sessionid>S</sessionid></report>";
 }
@@ -98,10 +99,10 @@ TEST(ServeProcessTest, TellsSystemdItIsReadyAndLogsEachCallToStderr) {
   const int office_port = office.Start("127.0.0.1", 0);
   NotifyListener listener(dir.file("notify"));
   std::ofstream(dir.file("secret")) << "s3cret\n";
-  test::BackgroundProgram serve({"serve", "--listen", "127.0.0.1:0", "--token-dir", dir.file("token"), "--log-dir",
-                                 dir.file("log")},
-                                dir.path().string(),
-                                {"NOTIFY_SOCKET=" + dir.file("notify"), "CREDENTIALS_DIRECTORY=" + dir.path().string()});
+  test::BackgroundProgram serve(
+      {"serve", "--listen", "127.0.0.1:0", "--token-dir", dir.file("token"), "--log-dir", dir.file("log")},
+      dir.path().string(),
+      {"NOTIFY_SOCKET=" + dir.file("notify"), "CREDENTIALS_DIRECTORY=" + dir.path().string()});
   const std::string ready = listener.Receive();
   ASSERT_EQ(ready.rfind("READY=1\nSTATUS=serving on 127.0.0.1:", 0), 0u) << ready << serve.Err();
   const std::string port = ready.substr(ready.rfind(':') + 1);
@@ -109,8 +110,10 @@ TEST(ServeProcessTest, TellsSystemdItIsReadyAndLogsEachCallToStderr) {
 
   // The secret came from the credential folder.
   const json call = {{"ApplicationPath", "Provider=SQLite;Data Source=" + test::SmallSampleShop()},
-                     {"HostAddress", "127.0.0.1"}, {"HostPort", std::to_string(office_port)},
-                     {"SessionID", "Q1"}, {"DBSize", true},
+                     {"HostAddress", "127.0.0.1"},
+                     {"HostPort", std::to_string(office_port)},
+                     {"SessionID", "Q1"},
+                     {"DBSize", true},
                      {"Request", Request("AVGINV01", {"1/1/2024", "12/31/2024"})}};
   EXPECT_EQ(HttpPost(base + "/requests", {}, call.dump(), {5, 30}).status, 401);
   const std::vector<std::string> auth = {"Authorization: Bearer s3cret"};
@@ -125,7 +128,8 @@ TEST(ServeProcessTest, TellsSystemdItIsReadyAndLogsEachCallToStderr) {
   EXPECT_NE(err.find("AVGINV01 session=\"Q1\""), std::string::npos) << err;
   EXPECT_NE(err.find("post=accepted http=200"), std::string::npos) << err;
   EXPECT_NE(err.find("HTTP 401 POST /requests"), std::string::npos) << err;
-  EXPECT_NE(err.find("HTTP 400 POST /requests: {\"error\":\"the body is not valid JSON"), std::string::npos) << err;
+  EXPECT_NE(err.find("HTTP 400 POST /requests: {\"error\":\"the body is not valid JSON"), std::string::npos)
+      << err;
   EXPECT_NE(err.find("HTTP 401 GET /health"), std::string::npos) << err;
   // Exactly the three refusals and the one call: a success other than a call leaves no line.
   EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 4) << err;
@@ -148,8 +152,11 @@ class OperationsTest : public ::testing::Test {
   }
   HttpResponse Call(const std::string& session, const std::string& document) const {
     const json call = {{"ApplicationPath", "Provider=SQLite;Data Source=" + test::SmallSampleShop()},
-                       {"HostAddress", "127.0.0.1"}, {"HostPort", std::to_string(office_port_)},
-                       {"SessionID", session}, {"DBSize", true}, {"Request", document}};
+                       {"HostAddress", "127.0.0.1"},
+                       {"HostPort", std::to_string(office_port_)},
+                       {"SessionID", session},
+                       {"DBSize", true},
+                       {"Request", document}};
     return HttpPost("http://127.0.0.1:" + std::to_string(port_) + "/requests", {}, call.dump(), {5, 30});
   }
 
@@ -194,7 +201,8 @@ TEST_F(OperationsTest, HealthReportsEachCheckAndTheVersion) {
   SetLogDirectory(saved_log_dir);
 
   // The program says the same version.
-  EXPECT_EQ(test::RunProgram({"--version"}, dir_.path().string()).out, "entprcreq " + ProgramVersion() + "\n");
+  EXPECT_EQ(test::RunProgram({"--version"}, dir_.path().string()).out,
+            "entprcreq " + ProgramVersion() + "\n");
   EXPECT_NE(ProgramVersion().find('.'), std::string::npos);
 }
 
@@ -203,23 +211,28 @@ TEST_F(OperationsTest, MetricsCountCallsByCodeAndOutcome) {
   auto series = [&](const std::string& name) { return Sample(Get("/metrics").body, name); };
   // The counters are the process's: read them before and after.
   const std::string ok = "entprcreq_requests_total{code=\"CARCOUNT01\",status=\"ok\",post=\"accepted\"}";
-  const std::string none = "entprcreq_requests_total{code=\"custom\",status=\"no_records\",post=\"accepted\"}";
-  const std::string missing = "entprcreq_requests_total{code=\"NOSUCH-M\",status=\"error\",post=\"accepted\"}";
+  const std::string none =
+      "entprcreq_requests_total{code=\"custom\",status=\"no_records\",post=\"accepted\"}";
+  const std::string missing =
+      "entprcreq_requests_total{code=\"NOSUCH-M\",status=\"error\",post=\"accepted\"}";
   auto count = [&](const std::string& name) {
     const std::string value = series(name);
     return value.empty() ? 0L : std::stol(value);
   };
-  const long ok_before = count(ok), none_before = count(none), calls_before = count("entprcreq_request_duration_seconds_count");
+  const long ok_before = count(ok), none_before = count(none),
+             calls_before = count("entprcreq_request_duration_seconds_count");
   const long refused_before = count("entprcreq_http_responses_total{status=\"400\"}");
 
   ASSERT_EQ(Call("M1", Request("CARCOUNT01", {"1/1/2024", "12/31/2024"})).status, 200);
   ASSERT_EQ(Call("M2", Request("CARCOUNT01", {"1/1/2024", "12/31/2024"})).status, 200);
-  ASSERT_EQ(Call("M3", "<report><type>2</type><clientid>1</clientid><sql>select cusid from customer where 1=0</sql>"
-                       "<name/><params><reportItem/></params><sessionid>S</sessionid></report>")
+  ASSERT_EQ(Call("M3",
+                 "<report><type>2</type><clientid>1</clientid><sql>select cusid from customer where 1=0</sql>"
+                 "<name/><params><reportItem/></params><sessionid>S</sessionid></report>")
                 .status,
             200);
   ASSERT_EQ(Call("M4", Request("NOSUCH-M", {})).status, 200);
-  ASSERT_EQ(HttpPost("http://127.0.0.1:" + std::to_string(port_) + "/requests", {}, "[]", {5, 5}).status, 400);
+  ASSERT_EQ(HttpPost("http://127.0.0.1:" + std::to_string(port_) + "/requests", {}, "[]", {5, 5}).status,
+            400);
 
   const std::string text = Get("/metrics").body;
   EXPECT_EQ(count(ok) - ok_before, 2);
@@ -253,16 +266,21 @@ TEST(CommandLineTest, WrongOrMissingFlagsAreNamedWithWhatTheyWant) {
   };
   const std::vector<Case> cases = {
       {{"process"}, "entprcreq process: option --request is missing; it wants FILE: the request document"},
-      {{"process", "--request"}, "entprcreq process: option --request needs a value; it wants FILE: the request"},
+      {{"process", "--request"},
+       "entprcreq process: option --request needs a value; it wants FILE: the request"},
       {{"process", "--request", "r.xml", "--sesion-id", "1"},
        "entprcreq process: unknown option --sesion-id; did you mean --session-id?"},
       {{"process", "--request", "r.xml", "--debug=yes"}, "entprcreq process: option --debug takes no value"},
       {{"process", "--request", "r.xml", "extra"}, "entprcreq process: unexpected argument 'extra'"},
-      {{"serve", "--workers", "none"}, "entprcreq serve: --workers takes a whole number of at least 1, not 'none'"},
-      {{"serve", "--listen"}, "entprcreq serve: option --listen needs a value; it wants HOST:PORT: where to listen"},
+      {{"serve", "--workers", "none"},
+       "entprcreq serve: --workers takes a whole number of at least 1, not 'none'"},
+      {{"serve", "--listen"},
+       "entprcreq serve: option --listen needs a value; it wants HOST:PORT: where to listen"},
       {{"serve", "--zzz"}, "entprcreq serve: unknown option --zzz; the options are --connect-timeout,"},
-      {{"query", "--sql", "select 1"}, "entprcreq query: option --connection is missing; it wants STRING: the shop"},
-      {{"headoffice"}, "entprcreq headoffice: option --listen is missing; it wants HOST:PORT: where to listen;"},
+      {{"query", "--sql", "select 1"},
+       "entprcreq query: option --connection is missing; it wants STRING: the shop"},
+      {{"headoffice"},
+       "entprcreq headoffice: option --listen is missing; it wants HOST:PORT: where to listen;"},
       {{"journal", "--last", "0"}, "entprcreq journal: --last takes a whole number of at least 1, not '0'"},
       {{"token", "put", "1"}, "entprcreq token: token wants 'get' or 'set 0|1|2', not 'put 1'"},
   };

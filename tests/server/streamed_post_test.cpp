@@ -79,8 +79,9 @@ class StreamedPostTest : public ::testing::Test {
 
 TEST_F(StreamedPostTest, TheHeadOfficeStoresExactlyWhatQueryPrints) {
   const std::string sql = "select * from part order by id";
-  const std::string printed = test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " query --connection " +
-                                     ShellQuoted(db_.connection_string()) + " --sql " + ShellQuoted(sql));
+  const std::string printed =
+      test::ShellOutput(std::string(ENTPRCREQ_BINARY) + " query --connection " +
+                        ShellQuoted(db_.connection_string()) + " --sql " + ShellQuoted(sql));
   ASSERT_EQ(printed.rfind("<xml ", 0), 0u) << printed;
   ASSERT_EQ(printed.substr(printed.size() - 6), "</xml>");
 
@@ -95,7 +96,8 @@ TEST_F(StreamedPostTest, TheHeadOfficeStoresExactlyWhatQueryPrints) {
   EXPECT_EQ(post.document_root, "xml");
 
   // The writer's own form came through: its escapes, the CR LF inside a value, non-ASCII as UTF-8.
-  EXPECT_NE(received.find("descr='Nuts &#x26; &#x3c;bolts&#x3e; &#x22;M8&#x22; O&#x27;Ring'"), std::string::npos);
+  EXPECT_NE(received.find("descr='Nuts &#x26; &#x3c;bolts&#x3e; &#x22;M8&#x22; O&#x27;Ring'"),
+            std::string::npos);
   EXPECT_NE(received.find("note='line one\r\nline two'"), std::string::npos);
   EXPECT_NE(received.find("Bremsbeläge vorn"), std::string::npos);
   // A wrapped row: its continuation line starts with two tabs and a blank.

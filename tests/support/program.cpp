@@ -7,8 +7,8 @@
 
 #include <atomic>
 #include <cstdio>
-#include <memory>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 
@@ -91,8 +91,12 @@ BackgroundProgram::~BackgroundProgram() {
   }
 }
 
-std::string BackgroundProgram::Out() const { return ReadFile(out_path_); }
-std::string BackgroundProgram::Err() const { return ReadFile(err_path_); }
+std::string BackgroundProgram::Out() const {
+  return ReadFile(out_path_);
+}
+std::string BackgroundProgram::Err() const {
+  return ReadFile(err_path_);
+}
 
 int BackgroundProgram::Stop() {
   kill(pid_, SIGTERM);

@@ -4,7 +4,9 @@ namespace ent::test {
 
 namespace {
 
-std::string TextOf(const Variant& v, const char* null_text) { return v.IsNull() ? null_text : v.ToText(); }
+std::string TextOf(const Variant& v, const char* null_text) {
+  return v.IsNull() ? null_text : v.ToText();
+}
 
 }  // namespace
 

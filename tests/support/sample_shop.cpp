@@ -10,8 +10,8 @@
 #include "common/thread_values.h"
 #include "job/cls_prebuilt_report.h"
 #include "job/result_document.h"
-#include "sampledb/sample_db.h"
 #include "job/sendable.h"
+#include "sampledb/sample_db.h"
 #include "support/temp_dir.h"
 
 namespace ent::test {
@@ -59,7 +59,8 @@ ReportRun RunReport(const std::string& code, const std::vector<std::string>& par
   return RunReportOn(SmallSampleShop(), code, params);
 }
 
-ReportRun RunReportOn(const std::string& shop, const std::string& code, const std::vector<std::string>& params) {
+ReportRun RunReportOn(const std::string& shop, const std::string& code,
+                      const std::vector<std::string>& params) {
   SetShopConnectionString("Provider=SQLite;Data Source=" + shop);
   clsPrebuiltReport job;
   job.reportName = code;
@@ -84,7 +85,9 @@ ReportRun RunReportOn(const std::string& shop, const std::string& code, const st
   return run;
 }
 
-std::string QueryValue(const std::string& sql) { return QueryValueOn(SmallSampleShop(), sql); }
+std::string QueryValue(const std::string& sql) {
+  return QueryValueOn(SmallSampleShop(), sql);
+}
 
 std::string QueryValueOn(const std::string& path, const std::string& sql) {
   sqlite3* raw = nullptr;

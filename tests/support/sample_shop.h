@@ -27,7 +27,8 @@ struct ReportRun {
 // Runs a code with parameters p0, p1, ... on the small sample shop.
 ReportRun RunReport(const std::string& code, const std::vector<std::string>& params);
 // The same on the shop database file `shop`.
-ReportRun RunReportOn(const std::string& shop, const std::string& code, const std::vector<std::string>& params);
+ReportRun RunReportOn(const std::string& shop, const std::string& code,
+                      const std::vector<std::string>& params);
 
 // The first column of the first row of a query run directly with SQLite on the small sample shop,
 // as text ("" for null): the independent check of a report's figures.

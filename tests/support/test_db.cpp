@@ -13,8 +13,12 @@ TestDb::TestDb() : path_(dir_.file("shop.db")) {
   if (rc != SQLITE_OK) throw std::runtime_error("cannot create " + path_);
 }
 
-std::shared_ptr<Connection> TestDb::Connect() const { return OpenConnection(connection_string()); }
+std::shared_ptr<Connection> TestDb::Connect() const {
+  return OpenConnection(connection_string());
+}
 
-void TestDb::Exec(const std::string& sql) const { Connect()->Execute(sql); }
+void TestDb::Exec(const std::string& sql) const {
+  Connect()->Execute(sql);
+}
 
 }  // namespace ent::test

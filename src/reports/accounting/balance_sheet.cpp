@@ -5,8 +5,8 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/accounting/statement_sections.h"
-#include "reports/accounting/work_table_lock.h"
 #include "reports/accounting/statements.h"
+#include "reports/accounting/work_table_lock.h"
 
 namespace ent {
 
@@ -94,8 +94,8 @@ void accounting::computeBalanceSheet(clsRS& engine, std::string& dtAsOf, std::st
     writeStatementLine(engine, "Net Income", net_income.ToString(), r++, bPL);
     writeStatementLine(engine, "[b]Total Equity", total_equity.ToString(), r++, bPL);
     writeStatementLine(engine, "", "", r++, bPL);
-    writeStatementLine(engine, "[b]TOTAL LIABILITIES & EQUITY", (total_liabilities + total_equity).ToString(), r,
-                       bPL);
+    writeStatementLine(engine, "[b]TOTAL LIABILITIES & EQUITY", (total_liabilities + total_equity).ToString(),
+                       r, bPL);
   } catch (const Error& e) {
     innerErr = std::to_string(e.number()) + " - " + e.description();
   }

@@ -4,10 +4,10 @@
 
 #include "common/error.h"
 #include "common/text.h"
-#include "reports/accounting/statements.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/accounting/statements.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 
 namespace ent {
@@ -46,15 +46,16 @@ void accounting::getFiscalYear(clsRS& engine, DateTime& dtStart, DateTime& dtEnd
 
 bool accounting::isInFiscalYear(clsRS& engine, DateTime& dtFor) {
   std::string status;
-  std::unique_ptr<Recordset> rs = engine.runQuery("select *" + FiscalYearWhere(dtFor.ShortDate()), status, false);
+  std::unique_ptr<Recordset> rs =
+      engine.runQuery("select *" + FiscalYearWhere(dtFor.ShortDate()), status, false);
   return !Required(rs).IsEof();
 }
 
 int32_t accounting::getChidByAccountNumber(clsRS& engine, int32_t& lAccountNumber) {
   std::string status;
-  std::unique_ptr<Recordset> rs =
-      engine.runQuery("select chid from chartofaccounts where AccountNumber = " + std::to_string(lAccountNumber),
-               status, false);
+  std::unique_ptr<Recordset> rs = engine.runQuery(
+      "select chid from chartofaccounts where AccountNumber = " + std::to_string(lAccountNumber), status,
+      false);
   return Required(rs).Get("CHID").ToLong();
 }
 
@@ -87,13 +88,14 @@ std::string accounting::getAccountPath(clsRS& engine, int32_t& lAccountNumber) {
                       "; expected parents that lead up to a top account (parent 0).");
     }
     std::string status;
-    std::unique_ptr<Recordset> rs =
-        engine.runQuery("select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
+    std::unique_ptr<Recordset> rs = engine.runQuery(
+        "select parentid from chartofaccounts where chid = " + std::to_string(c), status, false);
     Recordset& account = Required(rs);
     if (account.IsEof()) {
-      throw Error(err::kInvalidProcedureCall,
-                  failed + "its parent account id " + std::to_string(c) +
-                      " is not in the chart of accounts; expected every parent to be an account of the chart.");
+      throw Error(
+          err::kInvalidProcedureCall,
+          failed + "its parent account id " + std::to_string(c) +
+              " is not in the chart of accounts; expected every parent to be an account of the chart.");
     }
     path = TrimBlanks(getAccountName(engine, c)) + ": " + path;
     c = account.Get("parentid").ToLong();

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "common/currency.h"
-#include "reports/cls_rs.h"
 #include "data/recordset.h"
+#include "reports/cls_rs.h"
 
 namespace ent::accounting {
 

@@ -5,9 +5,9 @@
 #include "common/value_helpers.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/accounting/statements.h"
 #include "reports/accounting/work_table_lock.h"
 #include "reports/rowset_helpers.h"
-#include "reports/accounting/statements.h"
 
 namespace ent {
 
@@ -45,7 +45,8 @@ std::unique_ptr<Recordset> clsRS::getAPARSummary(int32_t& eTyp, std::string& inn
       innerErr = lock.failure();
       return nullptr;
     }
-    if (accounting::fillAPARTable(*this, eTyp, innerErr, dtEnd)) rs = runQuery(kPayablesReadBack, innerErr, false);
+    if (accounting::fillAPARTable(*this, eTyp, innerErr, dtEnd))
+      rs = runQuery(kPayablesReadBack, innerErr, false);
     try {
       if (rs) lock.Commit();
     } catch (const Error& e) {

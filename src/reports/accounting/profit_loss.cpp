@@ -4,8 +4,8 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/accounting/statement_sections.h"
-#include "reports/accounting/work_table_lock.h"
 #include "reports/accounting/statements.h"
+#include "reports/accounting/work_table_lock.h"
 
 namespace ent {
 
@@ -50,7 +50,8 @@ std::unique_ptr<Recordset> clsRS::getProfitLoss(std::string& dtStart, std::strin
   }
 }
 
-bool accounting::computeProfitLoss(clsRS& engine, std::string& dtStart, std::string& dtEnd, std::string& innerErr) {
+bool accounting::computeProfitLoss(clsRS& engine, std::string& dtStart, std::string& dtEnd,
+                                   std::string& innerErr) {
   std::string scratch;
   try {
     const bool bPL = true;

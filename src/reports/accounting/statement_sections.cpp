@@ -7,8 +7,8 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
-#include "reports/rowset_helpers.h"
 #include "reports/accounting/statements.h"
+#include "reports/rowset_helpers.h"
 
 namespace ent {
 
@@ -19,8 +19,9 @@ std::string accounting::StatementAccountsSql(char fivetypename) {
          fivetypename + "' order by accountnumber";
 }
 
-std::vector<accounting::StatementEntry> accounting::collectStatementEntries(clsRS& engine, 
-    const std::string& accountSql, const accounting::StatementPeriod& period, std::string& innerErr) {
+std::vector<accounting::StatementEntry> accounting::collectStatementEntries(
+    clsRS& engine, const std::string& accountSql, const accounting::StatementPeriod& period,
+    std::string& innerErr) {
   std::vector<accounting::StatementEntry> entries;
   std::unique_ptr<Recordset> rs = engine.runQuery(accountSql, innerErr, false);
   Recordset& accounts = Required(rs);
@@ -48,16 +49,17 @@ std::vector<accounting::StatementEntry> accounting::collectStatementEntries(clsR
   return entries;
 }
 
-Currency accounting::getGroupSum(clsRS& engine, const Variant& accountType, int32_t accountNumber, int32_t subLevel,
-                            const accounting::StatementPeriod& period, std::string& innerErr) {
+Currency accounting::getGroupSum(clsRS& engine, const Variant& accountType, int32_t accountNumber,
+                                 int32_t subLevel, const accounting::StatementPeriod& period,
+                                 std::string& innerErr) {
   const std::string type = accountType.IsNull() ? std::string() : accountType.ToText();
   const std::string number = std::to_string(accountNumber);
   int32_t next = 0;
   {
     std::unique_ptr<Recordset> rs =
         engine.runQuery("select accountnumber,sublevel from chartofaccounts where accountnumber > " + number +
-                     " and type = '" + SqlQuote(type) + "' order by accountnumber",
-                 innerErr, false);
+                            " and type = '" + SqlQuote(type) + "' order by accountnumber",
+                        innerErr, false);
     Recordset& later = Required(rs);
     while (!later.IsEof()) {
       if (later.Get("sublevel").ToLong() <= subLevel) {
@@ -74,8 +76,8 @@ Currency accounting::getGroupSum(clsRS& engine, const Variant& accountType, int3
   return accounting::SumOf(engine, sql, "ftot", innerErr);
 }
 
-void accounting::writeStatementEntries(clsRS& engine, std::vector<accounting::StatementEntry>& entries, int sign, Currency& total,
-                                  int32_t& r, bool bPL) {
+void accounting::writeStatementEntries(clsRS& engine, std::vector<accounting::StatementEntry>& entries,
+                                       int sign, Currency& total, int32_t& r, bool bPL) {
   const Currency s = Currency::FromInt(sign);
   for (accounting::StatementEntry& e : entries) {
     YieldToPendingWork();
@@ -107,7 +109,8 @@ void accounting::writeStatementEntries(clsRS& engine, std::vector<accounting::St
   }
 }
 
-void accounting::writeStatementLine(clsRS& engine, const std::string& label, const std::string& amount, int32_t rowID, bool bPL) {
+void accounting::writeStatementLine(clsRS& engine, const std::string& label, const std::string& amount,
+                                    int32_t rowID, bool bPL) {
   std::string name = label, text = amount;
   int32_t level = 0;
   addStatementLine(engine, name, level, text, rowID, bPL);

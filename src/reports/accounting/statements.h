@@ -31,8 +31,8 @@ Currency getNetIncome(clsRS& engine, DateTime& dtFor);
 // its indentation, formats sAmount and returns lLevel one higher; addAPARLine empties a bare ","
 // contact.
 bool createStatementTable(clsRS& engine, bool& bPL, std::string& innerErr);
-void addStatementLine(clsRS& engine, std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
-                      bool& bPL);
+void addStatementLine(clsRS& engine, std::string& sName, int32_t& lLevel, std::string& sAmount,
+                      int32_t& lRowID, bool& bPL);
 bool createTrialBalanceTable(clsRS& engine);
 void addTrialBalanceLine(clsRS& engine, std::string& sName, std::string& sDebit, std::string& sCredit,
                          int32_t& lRowID);

@@ -5,9 +5,9 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/accounting/ledger_sql.h"
+#include "reports/accounting/statements.h"
 #include "reports/accounting/work_table_lock.h"
 #include "reports/rowset_helpers.h"
-#include "reports/accounting/statements.h"
 
 namespace ent {
 

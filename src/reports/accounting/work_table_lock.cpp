@@ -46,13 +46,14 @@ WorkTableGuardSql WorkTableGuardSqlFor(SqlDialect dialect) {
   if (dialect == SqlDialect::kSqlite) return {"BEGIN IMMEDIATE", "COMMIT", "ROLLBACK"};
   // The application lock belongs to the transaction: it goes with the commit or the rollback, and with
   // the connection if the process dies. A refusal (timeout, deadlock victim) is raised as an error.
-  return {"SET XACT_ABORT ON; BEGIN TRANSACTION; DECLARE @entWorkLock int; "
-          "EXEC @entWorkLock = sp_getapplock @Resource = N'entprcreq.worktables', @LockMode = 'Exclusive', "
-          "@LockOwner = 'Transaction', @LockTimeout = 30000; "
-          "IF @entWorkLock < 0 BEGIN ROLLBACK TRANSACTION; "
-          "RAISERROR('The accounting work tables stayed in use by another statement for 30 seconds.', 16, 1) "
-          "END",
-          "COMMIT TRANSACTION", "IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION"};
+  return {
+      "SET XACT_ABORT ON; BEGIN TRANSACTION; DECLARE @entWorkLock int; "
+      "EXEC @entWorkLock = sp_getapplock @Resource = N'entprcreq.worktables', @LockMode = 'Exclusive', "
+      "@LockOwner = 'Transaction', @LockTimeout = 30000; "
+      "IF @entWorkLock < 0 BEGIN ROLLBACK TRANSACTION; "
+      "RAISERROR('The accounting work tables stayed in use by another statement for 30 seconds.', 16, 1) "
+      "END",
+      "COMMIT TRANSACTION", "IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION"};
 }
 
 WorkTableLock::WorkTableLock(const std::string& connection_string, Connection* connection)

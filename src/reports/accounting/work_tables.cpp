@@ -6,9 +6,9 @@
 #include "common/format.h"
 #include "common/numeric_text.h"
 #include "common/text.h"
+#include "reports/accounting/ledger_sql.h"
 #include "reports/accounting/statements.h"
 #include "reports/cls_rs.h"
-#include "reports/accounting/ledger_sql.h"
 #include "reports/rowset_helpers.h"
 
 namespace ent {
@@ -52,8 +52,8 @@ bool accounting::createStatementTable(clsRS& engine, bool& bPL, std::string& inn
   }
 }
 
-void accounting::addStatementLine(clsRS& engine, std::string& sName, int32_t& lLevel, std::string& sAmount, int32_t& lRowID,
-                             bool& bPL) {
+void accounting::addStatementLine(clsRS& engine, std::string& sName, int32_t& lLevel, std::string& sAmount,
+                                  int32_t& lRowID, bool& bPL) {
   if (lLevel > 0) sName = "[sp" + std::to_string(3 * static_cast<int64_t>(lLevel)) + "]" + sName;
   if (!sAmount.empty()) sAmount = Format(Variant(sAmount), kAmountPattern);
   std::string status;
@@ -83,8 +83,8 @@ bool accounting::createTrialBalanceTable(clsRS& engine) {
   }
 }
 
-void accounting::addTrialBalanceLine(clsRS& engine, std::string& sName, std::string& sDebit, std::string& sCredit,
-                                int32_t& lRowID) {
+void accounting::addTrialBalanceLine(clsRS& engine, std::string& sName, std::string& sDebit,
+                                     std::string& sCredit, int32_t& lRowID) {
   std::string status;
   std::unique_ptr<Recordset> rs = engine.runQuery("select * FROM entTrialBalanceRPT", status, true);
   Recordset& table = Required(rs);

@@ -5,8 +5,8 @@
 #include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 
 namespace ent {

@@ -8,8 +8,8 @@
 #include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 
 namespace ent {
@@ -111,10 +111,22 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
       return at->second;
     };
     // Columns by position, looked up on the first row (an empty result looks nothing up).
-    enum In { kInvoice, kDate, kDescription, kCost, kSoldFor, kQty, kTotal, kMargin, kClass, kSupplier, kJob };
-    static const char* const kIn[] = {"Invoice", "Invoice_Date", "Part_Description", "PartCost", "Sold_For",
-                                      "QTYSold", "totparts", "WO_Profit_Margin", "SalesClass", "SuppID",
-                                      "presetjobid"};
+    enum In {
+      kInvoice,
+      kDate,
+      kDescription,
+      kCost,
+      kSoldFor,
+      kQty,
+      kTotal,
+      kMargin,
+      kClass,
+      kSupplier,
+      kJob
+    };
+    static const char* const kIn[] = {"Invoice",    "Invoice_Date", "Part_Description", "PartCost",
+                                      "Sold_For",   "QTYSold",      "totparts",         "WO_Profit_Margin",
+                                      "SalesClass", "SuppID",       "presetjobid"};
     std::vector<size_t> in;  // the result's columns are set by position, in the order made above
     while (!query->IsEof()) {
       if (in.empty())
@@ -135,11 +147,13 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
                                          [&] { return getSalesClassMargin(*this, cost, sales_class); });
       result->Set(size_t{8}, Variant(Amount(Variant(margin))));
       const int32_t supplier = cell(kSupplier).ToLong();
-      result->Set(size_t{9}, Variant(remembered(supplier_names, supplier, [&] { return getSupplierName(*this, supplier); })));
+      result->Set(size_t{9}, Variant(remembered(supplier_names, supplier,
+                                                [&] { return getSupplierName(*this, supplier); })));
       result->Set(size_t{10}, Variant(TrimBlanks(sales_class)));
       const int32_t job = cell(kJob).ToLong();
-      result->Set(size_t{11},
-                  Variant(TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(*this, job); }))));
+      result->Set(
+          size_t{11},
+          Variant(TrimBlanks(remembered(job_numbers, job, [&] { return getJobNumber(*this, job); }))));
       result->Update();
       query->MoveNext();
     }

@@ -6,8 +6,8 @@
 #include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 
 namespace ent {
@@ -88,8 +88,8 @@ std::string Money(const Variant& sum) {
 
 // The time-clock hours and pay of a user under a condition on "thedate". On a failure the outputs
 // are left as they stand.
-void getTechClockHours(clsRS& engine, const std::string& userID, const std::string& dateCondition, Currency& hours,
-                              Currency& dollars, bool includeVoid) {
+void getTechClockHours(clsRS& engine, const std::string& userID, const std::string& dateCondition,
+                       Currency& hours, Currency& dollars, bool includeVoid) {
   if (TrimBlanks(dateCondition).empty()) return;  // a query without its condition would be rejected
   auto replace_all = [&](const std::string& by) {
     std::string text = dateCondition;
@@ -139,8 +139,8 @@ std::unique_ptr<Recordset> clsRS::getTechPerf(const std::string& startDate, cons
         strErr, false);
     if (!technicians) return nullptr;
     std::unique_ptr<Recordset> result =
-        NewTextTable({"First_Name", "Last_Name", "Total_Parts", "Total_Labor", "Total_Other",
-                                "Total_Levy", "Discount_Parts", "Discount_Labor", "Total"});
+        NewTextTable({"First_Name", "Last_Name", "Total_Parts", "Total_Labor", "Total_Other", "Total_Levy",
+                      "Discount_Parts", "Discount_Labor", "Total"});
     const std::string head = kPerfHeads[chkIncNonPend][chkVoidWO];
     while (!technicians->IsEof()) {
       YieldToPendingWork();
@@ -217,7 +217,8 @@ std::unique_ptr<Recordset> clsRS::getTechCost(const std::string& startDate, cons
         result->Set("Hourly", Variant(Money(line_hourly)));
         result->Set("Total", Variant(Money(sums->Get("THETOTAL"))));
       } else {
-        getTechClockHours(*this, SafeString(user_id),
+        getTechClockHours(
+            *this, SafeString(user_id),
             "thedate >= '" + SqlQuote(startDate) + "' and thedate <= '" + SqlQuote(EndDate) + "'",
             clock_hours, clock_pay, chkVoidWO);
         // With voided work orders included, a technician without lines keeps those two cells empty.

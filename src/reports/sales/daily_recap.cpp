@@ -12,8 +12,8 @@
 #include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
@@ -101,10 +101,10 @@ ClassTotals getClassTotals(clsRS& engine, std::string salesClass, const DateTime
       "sum(hrs) as TotHRS, sum(labour - disclab) As TotLSales, sum(mechlabtot) as TotLCost" +
           lines,
       errA, false);
-  std::unique_ptr<Recordset> b =
-      engine.runQuery("SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" +
-                   lines + " and otherchargeid > 0",
-               errB, false);
+  std::unique_ptr<Recordset> b = engine.runQuery(
+      "SELECT count(*) as TotOTC, sum(otherchargeamt) As TotSales, sum(othCHRGcost) as TotCost" + lines +
+          " and otherchargeid > 0",
+      errB, false);
   Recordset& parts = Required(a, errA);
   ClassTotals totals;
   if (parts.IsEof()) return totals;
@@ -120,7 +120,7 @@ ClassTotals getClassTotals(clsRS& engine, std::string salesClass, const DateTime
 // Adds the figures into the category of the class; categories in the order PARTS, LABOUR, TIRES,
 // OTHER, WHEELS.
 void addClassToCategory(const std::string& salesClass, const CategoryFigures& figures,
-                               std::array<CategoryFigures, 5>& categories) {
+                        std::array<CategoryFigures, 5>& categories) {
   const auto& table = CategoryTable();
   auto found = table.find(AsciiUpper(TrimBlanks(salesClass)));
   CategoryFigures& into = categories[found == table.end() ? kOther : found->second];
@@ -134,8 +134,8 @@ std::unique_ptr<Recordset> clsRS::getDailySalesRecap(const std::string& dDateAsO
   const DateTime day = Variant(dDateAsOf).ToDate().DateOnly();  // an unreadable day goes to the caller
   try {
     auto result =
-        NewTextTable({"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD",
-                         "Cost_MTD", "Margin_MTD", "Units_YTD", "Sales_YTD", "Cost_YTD", "Margin_YTD"});
+        NewTextTable({"Sales_Class", "Units", "Sales", "Cost", "Margin", "Units_MTD", "Sales_MTD", "Cost_MTD",
+                      "Margin_MTD", "Units_YTD", "Sales_YTD", "Cost_YTD", "Margin_YTD"});
     std::string listErr;
     std::unique_ptr<Recordset> classes =
         runQuery("SELECT distinct salesclass FROM SalesClassInventoryIndexPricing ORDER BY salesclass",

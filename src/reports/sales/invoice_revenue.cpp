@@ -1,13 +1,14 @@
 // Invoice revenue summary (INVSUM01), payment reconciliation (PAYREC01), average invoice (AVGINV01).
 #include "common/format.h"
 #include "common/log.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 
 namespace ent {
 
-std::unique_ptr<Recordset> clsRS::getInvoiceRevenueSummary(const std::string& dtStart, const std::string& dtEnd,
-                                                           bool bIncCustInfo, bool bIncVehInfo, bool bIncInvSumm,
+std::unique_ptr<Recordset> clsRS::getInvoiceRevenueSummary(const std::string& dtStart,
+                                                           const std::string& dtEnd, bool bIncCustInfo,
+                                                           bool bIncVehInfo, bool bIncInvSumm,
                                                            std::string& innerErr) {
   WriteLog("Invoice Revenue Summary Start");
   std::string sql = "Select ";
@@ -38,7 +39,7 @@ std::unique_ptr<Recordset> clsRS::getInvoiceRevenueSummary(const std::string& dt
   std::unique_ptr<Recordset> query = runQuery(sql, innerErr, false);
   if (!query) return nullptr;
   std::unique_ptr<Recordset> copy = copyRS(query.get());
-  const std::vector<std::string> money = {"Parts", "Labor", "Other_Charges", "Levy", "Discounts", "Subtotal",
+  const std::vector<std::string> money = {"Parts", "Labor", "Other_Charges", "Levy",  "Discounts", "Subtotal",
                                           "Tax1",  "Tax2",  "Tax_Total",     "Total", ""};
   if (copy) {
     appendTotalRow(*copy, money);
@@ -48,9 +49,11 @@ std::unique_ptr<Recordset> clsRS::getInvoiceRevenueSummary(const std::string& dt
   return copy;
 }
 
-std::unique_ptr<Recordset> clsRS::getRepairOrderPaymentRecon(const std::string& dtStart, const std::string& dtEnd,
+std::unique_ptr<Recordset> clsRS::getRepairOrderPaymentRecon(const std::string& dtStart,
+                                                             const std::string& dtEnd,
                                                              std::string& innerErr) {
-  std::string sql = "SELECT format(trandate, 'MM/dd/yyyy') as Payment_Date, invoiceid As Invoice_ID ,id As WorkOrder_ID";
+  std::string sql =
+      "SELECT format(trandate, 'MM/dd/yyyy') as Payment_Date, invoiceid As Invoice_ID ,id As WorkOrder_ID";
   sql += ", IIF([type]='cdCASH',format([payment], '###,###,##0.00'),'0.00') AS Cash";
   sql += ", IIF([type]='cdCheque',format([payment], '###,###,##0.00'),'0.00') AS Cheque";
   sql += ", IIF([type]='cdVISA',format([payment], '###,###,##0.00'),'0.00') AS VISA";
@@ -67,13 +70,15 @@ std::unique_ptr<Recordset> clsRS::getRepairOrderPaymentRecon(const std::string& 
   if (!query) return nullptr;
   std::unique_ptr<Recordset> copy = copyRS(query.get());
   if (copy)
-    appendTotalRow(*copy, {"Cash", "Cheque", "VISA", "Master_Card", "AMEX", "Other_Card", "Debit_Card", "AR", ""});
+    appendTotalRow(*copy,
+                   {"Cash", "Cheque", "VISA", "Master_Card", "AMEX", "Other_Card", "Debit_Card", "AR", ""});
   return copy;
 }
 
 std::unique_ptr<Recordset> clsRS::getAvgInvoiceData(const std::string& dtStart, const std::string& dtEnd,
                                                     bool bIncCredInvoices, std::string& innerErr) {
-  const std::string filter = bIncCredInvoices ? "and (invoiceid <> 0 or credid <> 0) " : "and (invoiceid > 0) ";
+  const std::string filter =
+      bIncCredInvoices ? "and (invoiceid <> 0 or credid <> 0) " : "and (invoiceid > 0) ";
   std::string sql = "Select count(*) as Invoice_Count, ";
   sql += "format(avg(screenparts + screentotpartsdisc), '###,###,##0.00') as Avg_Parts, ";
   sql += "format(avg(screenlabour + screentotlabourdisc), '###,###,##0.00') as Avg_Labor, ";

@@ -6,8 +6,8 @@
 #include "common/format.h"
 #include "common/text.h"
 #include "common/thread_values.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
@@ -66,7 +66,7 @@ bool IsTotalLine(const Recordset& rs) {
 
 // A copy of the invoice rowset ending with its total line, whose margins are weighted by the costs.
 std::unique_ptr<Recordset> addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
-                                                  Currency otherCost, Currency totalCost) {
+                                           Currency otherCost, Currency totalCost) {
   std::unique_ptr<Recordset> copy = clsRS::copyRS(rs);
   if (!copy) return nullptr;
   clsRS::appendTotalRow(*copy, {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total", ""});

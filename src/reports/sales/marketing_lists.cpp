@@ -6,8 +6,8 @@
 #include "common/text.h"
 #include "common/thread_values.h"
 #include "common/value_helpers.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
@@ -49,8 +49,7 @@ void CopyCustomers(Recordset& from, Recordset& to, size_t columns, bool yield) {
   if (from.IsEof()) return;
   for (from.MoveFirst(); !from.IsEof(); from.MoveNext()) {
     to.AddNew();
-    for (size_t c = 0; c < columns; ++c)
-      to.Set(c, Variant(TrimBlanks(SafeString(from.Get(c)))));
+    for (size_t c = 0; c < columns; ++c) to.Set(c, Variant(TrimBlanks(SafeString(from.Get(c)))));
     to.Update();
     if (yield) YieldToPendingWork();
   }
@@ -97,8 +96,8 @@ std::unique_ptr<Recordset> clsRS::getPostCardLOF(const std::string& startDate, c
       filter += "vehid <> " + SafeString(b.Get("VehID")) + " and ";
     SetExclusions(*customers, filter);
 
-    auto result = NewTextTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code",
-                                   "Year", "Make", "Model", "Invoice_Date", "Job_Number"});
+    auto result = NewTextTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code", "Year",
+                                "Make", "Model", "Invoice_Date", "Job_Number"});
     CopyCustomers(*customers, *result, customers->fields().size() - 1, true);
     strErr = "0";
     return result;
@@ -154,8 +153,8 @@ std::unique_ptr<Recordset> clsRS::getPostcardNONLOF(const std::string& startDate
       filter += "vehid <> " + SafeString(b.Get("VehID")) + " and ";
     SetExclusions(*customers, filter);
 
-    auto result = NewTextTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code",
-                                   "Year", "Make", "Model", "Invoice_Date"});
+    auto result = NewTextTable({"Company", "First_Name", "Last_Name", "Street", "City", "Postal_Code", "Year",
+                                "Make", "Model", "Invoice_Date"});
     CopyCustomers(*customers, *result, customers->fields().size() - 2, false);
     strErr = "0";
     return result;

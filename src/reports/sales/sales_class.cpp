@@ -5,8 +5,8 @@
 
 #include "common/format.h"
 #include "common/thread_values.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
@@ -61,10 +61,10 @@ std::unique_ptr<Recordset> clsRS::getSalesClassReport2(const std::string& dtStar
   std::unique_ptr<Recordset> classes = runQuery(kClassesSql, innerErr, false);
   Recordset& list = Required(classes, innerErr);
 
-  auto result = NewTextTable(
-      {"Sales_Class", "Parts_Sold", "Parts_Cost", "Parts_Profit", "Parts_Margin", "Labor_Sold", "Labor_Cost",
-       "Labor_Profit", "Labor_Margin", "Other_Charge_Sold", "Other_Charge_Cost", "Other_Charge_Profit",
-       "Other_Charge_Margin", "Total_Sold", "Total_Cost", "Total_Margin", "Total_Profit"});
+  auto result = NewTextTable({"Sales_Class", "Parts_Sold", "Parts_Cost", "Parts_Profit", "Parts_Margin",
+                              "Labor_Sold", "Labor_Cost", "Labor_Profit", "Labor_Margin", "Other_Charge_Sold",
+                              "Other_Charge_Cost", "Other_Charge_Profit", "Other_Charge_Margin", "Total_Sold",
+                              "Total_Cost", "Total_Margin", "Total_Profit"});
   for (; !list.IsEof(); list.MoveNext()) {
     const Variant& entry = list.Get("salesclass");
     if (entry.IsNull()) continue;  // a class without a name has no lines of its own
@@ -105,8 +105,7 @@ std::unique_ptr<Recordset> clsRS::getSalesClassReport2(const std::string& dtStar
     }
 
     result->AddNew();
-    result->Set("Sales_Class",
-                Variant(salesClass.empty() ? std::string("UNCLASSIFIED") : salesClass));
+    result->Set("Sales_Class", Variant(salesClass.empty() ? std::string("UNCLASSIFIED") : salesClass));
     auto put = [&](const char* prefix, const Group& g) {
       const std::string p = prefix;
       result->Set(p + "_Sold", Variant(Format(Variant(g.sold), kAmountPattern)));

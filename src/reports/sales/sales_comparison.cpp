@@ -6,8 +6,8 @@
 #include "common/format.h"
 #include "common/text.h"
 #include "common/value_helpers.h"
-#include "reports/cls_rs.h"
 #include "data/sql_text.h"
+#include "reports/cls_rs.h"
 #include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
@@ -108,8 +108,7 @@ std::unique_ptr<Recordset> clsRS::getCarCount(const std::string& startDate, cons
       result->Set("Invoice_Type", Variant(q.label));
       std::string queryErr;
       std::unique_ptr<Recordset> rs = runQuery(q.first + from + q.second + to + q.third, queryErr, false);
-      result->Set("Count",
-                  Variant(TrimBlanks(ToNumeric(Required(rs, queryErr).Get(q.column)).ToText())));
+      result->Set("Count", Variant(TrimBlanks(ToNumeric(Required(rs, queryErr).Get(q.column)).ToText())));
       result->Update();
     }
     strErr = "0";

@@ -1,5 +1,7 @@
 // The statements on the small sample shop, whose ledger balances: every statement balances too,
 // the catalogue answers each code, and concurrent balance sheets on one database stay apart.
+#include "support/sample_shop.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -9,10 +11,9 @@
 
 #include "common/thread_values.h"
 #include "common/variant.h"
-#include "reports/cls_rs.h"
 #include "data/connection.h"
+#include "reports/cls_rs.h"
 #include "support/rowset_text.h"
-#include "support/sample_shop.h"
 
 namespace ent {
 namespace {

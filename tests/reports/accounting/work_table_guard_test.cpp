@@ -1,7 +1,5 @@
 // The work tables are guarded across processes: statements run by separate programs on one shop
 // database post what one alone posts; on SQL Server the guard is an application lock in a transaction.
-#include "reports/accounting/work_table_lock.h"
-
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +8,7 @@
 #include <fstream>
 
 #include "common/error.h"
+#include "reports/accounting/work_table_lock.h"
 #include "server/head_office.h"
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "common/error.h"
+#include "sampledb/embedded_sql.h"
 #include "support/empty_shop.h"
 #include "support/rowset_text.h"
-#include "sampledb/embedded_sql.h"
 
 namespace ent {
 namespace {
@@ -87,7 +87,8 @@ TEST_F(InventoryReportsTest, PartsSalesAverageTheMarginsAndCountVoidedOrdersOnRe
               {"1, 11, 0, '2024-05-10', 0", "2, 0, 1, '2024-05-12', 0", "3, 12, 0, '2024-07-01', 0",
                "4, 13, 0, '2024-05-20', 1"});
   // Line 4 has quantity 0, line 5 was skipped; line 1 carries a core charge of 2.
-  shop.Insert("woparts", "wopartsid, woid, invoiceid, invinvid, qty, invcost, invcorecost, totparts, discpart, skip",
+  shop.Insert("woparts",
+              "wopartsid, woid, invoiceid, invinvid, qty, invcost, invcorecost, totparts, discpart, skip",
               {"1, 1, 11, 1, 2, 20, 2, 50, 0, 'No'", "2, 1, 11, 2, 4, 12, 0, 20, 4, 'No'",
                "3, 2, 0, 2, 4, 12, 0, 24, 0, 'No'", "4, 1, 11, 1, 0, 5, 0, 9, 0, 'No'",
                "5, 1, 11, 1, 1, 10, 0, 100, 0, 'Yes'", "6, 3, 12, 1, 1, 10, 0, 30, 0, 'No'",
@@ -99,7 +100,8 @@ TEST_F(InventoryReportsTest, PartsSalesAverageTheMarginsAndCountVoidedOrdersOnRe
     EXPECT_EQ(err, "0");
     return test::Cells(rs.get());
   };
-  // 2 sold at 25.00 bought at 10.00 plus 1.00 of core charge (56%); B-200: 4 at (20 - 4) / 4 = 4.00 bought at 3.00 (25%).
+  // 2 sold at 25.00 bought at 10.00 plus 1.00 of core charge (56%); B-200: 4 at (20 - 4) / 4 = 4.00
+  // bought at 3.00 (25%).
   EXPECT_EQ(run(false),
             (Rows{{"A-100", "Brake pad", "2.00", "11.00", "25.00", "20.00", "50.00", "56.00", "Acme Parts"},
                   {"B-200", "Oil filter", "4.00", "3.00", "4.00", "12.00", "16.00", "25.00", "Best Filters"},
@@ -120,9 +122,9 @@ TEST_F(InventoryReportsTest, SupplierPurchasesOverTheRangeWithZeroForTheQuietOne
   ASSERT_TRUE(rs);
   EXPECT_EQ(err, "0");
   EXPECT_EQ(test::Cells(rs.get()), (Rows{{"Acme Parts", "150.25"},
-                                    {"Best Filters", "1,200.00"},
-                                    {"Zed Supply", "0.00"},
-                                    {"[b]TOTAL", "1,350.25"}}));
+                                         {"Best Filters", "1,200.00"},
+                                         {"Zed Supply", "0.00"},
+                                         {"[b]TOTAL", "1,350.25"}}));
 
   // A supplier whose purchase table is missing stops the report with the database's text.
   shop.Insert("supplier", "supid, company", {"4, 'No Table Co'"});
