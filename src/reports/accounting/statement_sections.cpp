@@ -50,11 +50,15 @@ Currency clsRS::getGroupSum(const Variant& accountType, int32_t accountNumber, i
                             const accounting::StatementPeriod& period, std::string& innerErr) {
   const std::string type = accountType.IsNull() ? std::string() : accountType.ToText();
   const std::string number = std::to_string(accountNumber);
+  // An account without a type cannot bound its group by type: its group runs to the next account
+  // at its level or above, whatever their types. Otherwise a heading with a null type and no
+  // postings of its own would drop out of the statement, and its section's total with it.
+  const std::string same_type = accountType.IsNull() ? std::string() : " and type = '" + SqlQuote(type) + "'";
   int32_t next = 0;
   {
     std::unique_ptr<Recordset> rs =
         runQuery("select accountnumber,sublevel from chartofaccounts where accountnumber > " + number +
-                     " and type = '" + SqlQuote(type) + "' order by accountnumber",
+                     same_type + " order by accountnumber",
                  innerErr, false);
     Recordset& later = accounting::Rows(rs);
     while (!later.IsEof()) {
@@ -66,7 +70,7 @@ Currency clsRS::getGroupSum(const Variant& accountType, int32_t accountNumber, i
     }
   }
   const std::string sql =
-      next == 0 ? period.group_open + number + " and type = '" + SqlQuote(type) + "'" + period.group_clause
+      next == 0 ? period.group_open + number + same_type + period.group_clause
                 : period.group_closed + number + " and accountnumber < " + std::to_string(next) +
                       period.group_clause;
   return accounting::SumOf(*this, sql, "ftot", innerErr);
