@@ -2,8 +2,12 @@
 // section totals of the balance sheet and the profit and loss, and the payables and receivables
 // lines per party.
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <filesystem>
 
 #include "reports/untidy_figures.h"
+#include "support/temp_dir.h"
 
 namespace ent::test::untidy {
 namespace {
@@ -118,6 +122,30 @@ TEST(UntidyAccounts, ReceivablesPerCustomerCountInvoicesDatedByTheEndDay) {
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_NEAR(Amount(Cell(lines[0], "Balance")),
               Sum("select owed from (" + per_customer + ") where cusid = (" + top + ")"), 0.005);
+}
+
+TEST(UntidyAccounts, ReceivablesLeaveOutAnInvoiceDatedAfterTheEndDay) {
+  // The invoice still owed at the end of 2024 that owes the most, dated into the next year on a copy.
+  const std::string invoice = Value(
+      "select srcid from ChartOfAccountsGLPOSTINGTABLE g inner join wo on g.srcid = wo.invoiceid where g.chid = 9 and "
+      "g.srcmod = 'INVOICE' and g.transdate <= '2024-12-31' and wo.archive <> 1 group by srcid order by sum(amt) desc "
+      "limit 1");
+  const double owed = Sum("select sum(amt) from ChartOfAccountsGLPOSTINGTABLE where chid = 9 and srcmod = 'INVOICE' "
+                          "and srcid = " + invoice);
+  ASSERT_GT(owed, 0.01);
+  TempDir dir;
+  const std::string copy = dir.file("later.db");
+  std::filesystem::copy_file(UntidySampleShop(), copy);
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open(copy.c_str(), &raw), SQLITE_OK);
+  std::unique_ptr<sqlite3, decltype(&sqlite3_close)> db(raw, sqlite3_close);
+  ASSERT_EQ(sqlite3_exec(db.get(), ("update wo set latestdate = '2025-01-15 00:00:00' where invoiceid = " + invoice).c_str(),
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  const ReportRun before = Report("AR01", {"12/31/2024"});
+  const ReportRun after = RunReportOn(copy, "AR01", {"12/31/2024"});
+  ASSERT_EQ(after.status, "0");
+  EXPECT_NEAR(TotalOf(after, "Balance"), TotalOf(before, "Balance") - owed, 0.005);
 }
 
 }  // namespace

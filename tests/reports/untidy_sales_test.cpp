@@ -77,6 +77,16 @@ TEST(UntidySales, CarCountKindsAreCountsOfTheirInvoices) {
             Value("select count(*) from woparts inner join wo on (wo.invoiceid = woparts.invoiceid and "
                   "woparts.invoiceid <> 0) or (wo.credid = woparts.credid and woparts.credid <> 0) where "
                   "description like '%DRIVE_CLEAN%' and wodeleted <> 1 and skip <> 'Yes' and" + kRange));
+
+  // Credit invoices on the first and the last day of a range both count.
+  const ReportRun edges = Report("CARCOUNT01", {"4/16/2024", "4/26/2024"});
+  const std::vector<Row> credits = RowsWhere(edges, "Invoice_Type", "Credit Invoices");
+  ASSERT_EQ(credits.size(), 1u);
+  EXPECT_EQ(Count("select count(*) from wo where credid <> 0 and latestdate in ('2024-04-16 00:00:00', "
+                  "'2024-04-26 00:00:00')"),
+            2u);
+  EXPECT_EQ(Cell(credits[0], "Count"), Value("select count(*) from wo where credid <> 0 and latestdate between "
+                                             "'2024-04-16' and '2024-04-26 00:00:00'"));
 }
 
 TEST(UntidySales, SalesByClassAddUpTheLinesOfEachClass) {
@@ -136,29 +146,31 @@ TEST(UntidySales, MarginsOfTheInvoicesAndOfTheMakes) {
 }
 
 TEST(UntidySales, LoyalCustomersPerVehicleOverTheirThresholds) {
+  // Per vehicle: its owner's invoices of the range that are not deleted, and every credit invoice.
+  auto per_vehicle = [](const std::string& range) {
+    return "select wo.vehid, count(*) as n, sum(screensubtotal) as s, sum(screentotal) as t, vehicle.year as y from "
+           "customer inner join wo on customer.cusid = wo.cusid inner join vehicle on wo.vehid = vehicle.vehid and "
+           "wo.cusid = vehicle.cusid where (latestdate between " + range + " and wodeleted <> 1 and invoiceid > 0) or "
+           "credid <> 0 group by wo.vehid";
+  };
+  const std::string period = "'2024-03-01' and '2024-09-30 00:00:00'";
+  // The model year of one vehicle that passes the other thresholds: that vehicle is not newer.
+  const std::string year = Value("select min(y) from (" + per_vehicle(period) + ") where n >= 2 and s >= 150");
+  ASSERT_FALSE(year.empty());
   struct Case {
     std::vector<std::string> params;
     std::string range;
-    int invoices;
-    double subtotal;
-    int year;
   };
   const std::vector<Case> cases = {
-      {{"1/1/2023", "12/31/2025", "1", "0", "0"}, "'2023-01-01' and '2025-12-31 00:00:00'", 1, 0, 0},
-      {{kPeriod[0], kPeriod[1], "2", "150", "2012"}, "'2024-03-01' and '2024-09-30 00:00:00'", 2, 150, 2012},
+      {{"1/1/2023", "12/31/2025", "1", "0", "0"}, "'2023-01-01' and '2025-12-31 00:00:00'"},
+      {{kPeriod[0], kPeriod[1], "2", "150", year}, period},
   };
   for (const Case& c : cases) {
     const ReportRun run = Report("LOYAL01", c.params);
     ASSERT_EQ(run.status, "0");
-    // Per vehicle: its owner's invoices of the range that are not deleted, and every credit invoice.
-    const std::string per_vehicle =
-        "select wo.vehid, count(*) as n, sum(screensubtotal) as s, sum(screentotal) as t, vehicle.year as y from "
-        "customer inner join wo on customer.cusid = wo.cusid inner join vehicle on wo.vehid = vehicle.vehid and "
-        "wo.cusid = vehicle.cusid where (latestdate between " + c.range + " and wodeleted <> 1 and invoiceid > 0) or "
-        "credid <> 0 group by wo.vehid";
-    const std::string loyal = " from (" + per_vehicle + ") where n >= " + std::to_string(c.invoices) +
-                              " and s >= " + std::to_string(c.subtotal) + " and y > " + std::to_string(c.year);
-    EXPECT_GT(Count("select count(*)" + loyal), 1u) << c.range;
+    const std::string loyal = " from (" + per_vehicle(c.range) + ") where n >= " + c.params[2] + " and s >= " +
+                              c.params[3] + " and y > " + c.params[4];
+    EXPECT_GT(Count("select count(*)" + loyal), 0u) << c.range;
     EXPECT_EQ(run.rows.size(), Count("select count(*)" + loyal) + 1) << c.range;
     EXPECT_NEAR(TotalOf(run, "Total"), Sum("select sum(t)" + loyal), 0.005) << c.range;
   }

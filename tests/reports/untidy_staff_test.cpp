@@ -41,6 +41,9 @@ TEST(UntidyStaff, TechnicianPerformanceSumsEachTechniciansLines) {
       {"false", "false",
        "wo.invoiceid = woparts.invoiceid and wo.credid = woparts.credid and (woparts.invoiceid <> 0 or "
        "woparts.credid <> 0)"},
+      {"true", "false",
+       "wo.invoiceid = woparts.invoiceid and wo.credid = woparts.credid and wo.estid = woparts.estid and "
+       "(woparts.invoiceid <> 0 or woparts.credid <> 0 or (chkestpending = 0 and wo.estid <> 0))"},
       {"true", "true",
        "wo.invoiceid = woparts.invoiceid and wo.credid = woparts.credid and wo.woid = woparts.woid and wo.estid = "
        "woparts.estid and (woparts.invoiceid <> 0 or woparts.credid <> 0 or wo.chkvoid = 1 or (wo.estid <> 0 and "
