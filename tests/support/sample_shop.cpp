@@ -70,8 +70,9 @@ ReportRun RunReportOn(const std::string& shop, const std::string& code,
   run.status = job.StatusStr;
   if (!result || !result->XMLDocument()) return run;
   run.has_document = true;
+  run.document = result->XMLDocument()->Text();
   pugi::xml_document doc;
-  doc.load_string(result->XMLDocument()->Text().c_str());
+  doc.load_string(run.document.c_str());
   for (const pugi::xpath_node& column : doc.select_nodes("//s:AttributeType")) {
     run.columns.push_back(column.node().attribute("name").value());
     run.widths.push_back(column.node().child("s:datatype").attribute("dt:maxLength").as_int());

@@ -22,6 +22,7 @@ struct ReportRun {
   std::vector<std::string> columns;
   std::vector<int> widths;  // each column's declared width (dt:maxLength)
   std::vector<std::map<std::string, std::string>> rows;
+  std::string document;  // the document's text, for reports that answer with another kind of document
 };
 
 // Runs a code with parameters p0, p1, ... on the small sample shop.

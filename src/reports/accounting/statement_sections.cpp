@@ -54,11 +54,15 @@ Currency accounting::getGroupSum(clsRS& engine, const Variant& accountType, int3
                                  std::string& innerErr) {
   const std::string type = accountType.IsNull() ? std::string() : accountType.ToText();
   const std::string number = std::to_string(accountNumber);
+  // An account without a type cannot bound its group by type: its group runs to the next account
+  // at its level or above, whatever their types. Otherwise a heading with a null type and no
+  // postings of its own would drop out of the statement, and its section's total with it.
+  const std::string same_type = accountType.IsNull() ? std::string() : " and type = '" + SqlQuote(type) + "'";
   int32_t next = 0;
   {
     std::unique_ptr<Recordset> rs =
         engine.runQuery("select accountnumber,sublevel from chartofaccounts where accountnumber > " + number +
-                            " and type = '" + SqlQuote(type) + "' order by accountnumber",
+                            same_type + " order by accountnumber",
                         innerErr, false);
     Recordset& later = Required(rs);
     while (!later.IsEof()) {
@@ -69,10 +73,9 @@ Currency accounting::getGroupSum(clsRS& engine, const Variant& accountType, int3
       later.MoveNext();
     }
   }
-  const std::string sql =
-      next == 0 ? period.group_open + number + " and type = '" + SqlQuote(type) + "'" + period.group_clause
-                : period.group_closed + number + " and accountnumber < " + std::to_string(next) +
-                      period.group_clause;
+  const std::string sql = next == 0 ? period.group_open + number + same_type + period.group_clause
+                                    : period.group_closed + number + " and accountnumber < " +
+                                          std::to_string(next) + period.group_clause;
   return accounting::SumOf(engine, sql, "ftot", innerErr);
 }
 

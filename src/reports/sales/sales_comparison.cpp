@@ -24,6 +24,8 @@ struct CountQuery {
   const char* column;
 };
 
+// The two "New" counts keep to invoices: work orders not yet invoiced all have invoice number 0,
+// and would otherwise count together as one more invoice.
 const CountQuery kCounts[] = {
     {"Invoices",
      "select count(invoiceid) as Inv1 from wo where wodeleted <> 1 and invoiceid > 0 and latestdate >= '",
@@ -55,6 +57,7 @@ const CountQuery kCounts[] = {
      "SELECT Count([%$##@_Alias].invoiceid) AS CountOfInvoiceId FROM (SELECT DISTINCT wo.invoiceid FROM "
      "WOparts "
      "INNER JOIN wo ON WOparts.invoiceid = wo.invoiceid WHERE (((WOparts.SalesClass)='EMISSION TESTS') AND "
+     "((wo.invoiceid)<>0) AND "
      "((WOparts.skip)<>'Yes') AND ((wo.LatestDate)>='",
      "') AND ((wo.LatestDate)<='", "') AND ((wo.credid)=0) AND ((wo.WOdeleted)<>1))) AS [%$##@_Alias];",
      "CountOfinvoiceid"},
@@ -62,6 +65,7 @@ const CountQuery kCounts[] = {
      "SELECT Count([%$##@_Alias].invoiceid) AS CountOfInvScrnTot FROM (SELECT DISTINCT wo.invoiceid FROM "
      "WOparts "
      "INNER JOIN wo ON WOparts.invoiceid = wo.invoiceid WHERE (((WOparts.SalesClass)='EMISSION TESTS') AND "
+     "((wo.invoiceid)<>0) AND "
      "((WOparts.skip)<>'Yes') AND ((wo.LatestDate)>='",
      "') AND ((wo.LatestDate)<='",
      "') and ((screensubtotal = 35 or screensubtotal = 17.5) ) AND ((wo.credid)<>1) AND "
