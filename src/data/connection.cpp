@@ -34,7 +34,7 @@ std::unique_ptr<RowCursor> CursorOver(QueryResult result) {
   return std::make_unique<FetchedRows>(std::move(result));
 }
 
-std::unique_ptr<RowCursor> Connection::OpenCursor(const std::string& sql) {
+std::unique_ptr<RowCursor> Connection::OpenCursor(const std::string& sql, const ComputedTypes& /*computed*/) {
   return CursorOver(Query(sql));
 }
 

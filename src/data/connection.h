@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/variant.h"
@@ -31,6 +32,11 @@ class RowCursor {
   virtual bool Next(std::vector<Variant>& row) = 0;
 };
 
+// The types of a query's computed columns, when its author knows them: column name and SQL Server
+// type name ("money", "nvarchar", "float"). SQLite declares no type for a computed column, so one
+// not named here is typed from all of its values, and its query's rows are fetched whole first.
+using ComputedTypes = std::vector<std::pair<std::string, std::string>>;
+
 class Connection {
  public:
   virtual ~Connection() = default;
@@ -42,8 +48,9 @@ class Connection {
   // Runs a query and fetches every row.
   virtual QueryResult Query(const std::string& sql) = 0;
   // Runs a query whose rows are read once, in order. Statements before the first one that returns
-  // columns run for their effect. Drivers that cannot read row by row fetch every row first.
-  virtual std::unique_ptr<RowCursor> OpenCursor(const std::string& sql);
+  // columns run for their effect. Drivers that cannot read row by row fetch every row first, and so
+  // does SQLite when a computed column's type is not in `computed`.
+  virtual std::unique_ptr<RowCursor> OpenCursor(const std::string& sql, const ComputedTypes& computed);
   // Inserts one row into a table (an editable rowset's Update).
   virtual void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                          const std::vector<Variant>& values) = 0;

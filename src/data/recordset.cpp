@@ -56,12 +56,21 @@ std::unique_ptr<Recordset> Recordset::OpenForwardOnly(std::shared_ptr<Connection
                                                       const std::string& sql) {
   if (!connection || !connection->IsOpen())
     throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
+  std::unique_ptr<RowCursor> cursor = connection->OpenCursor(sql, {});
+  return OpenForwardOnly(std::move(connection), std::move(cursor));
+}
+
+std::unique_ptr<Recordset> Recordset::OpenForwardOnly(std::shared_ptr<Connection> connection,
+                                                      std::unique_ptr<RowCursor> cursor) {
   auto rs = std::make_unique<Recordset>();
-  rs->cursor_ = connection->OpenCursor(sql);
+  rs->cursor_ = std::move(cursor);
   rs->fields_ = rs->cursor_->fields();
   // One row slot, refilled by MoveNext; visible while it holds a row.
   rs->rows_.resize(1);
-  if (rs->cursor_->Next(rs->rows_[0].values)) rs->visible_.push_back(0);
+  if (rs->cursor_->Next(rs->rows_[0].values)) {
+    rs->visible_.push_back(0);
+    rs->Widen(rs->rows_[0].values);
+  }
   rs->from_query_ = true;
   rs->connection_ = std::move(connection);
   rs->open_ = true;
@@ -132,7 +141,10 @@ void Recordset::MoveNext() {
     return;
   }
   if (cursor_) {
-    if (!cursor_->Next(rows_[0].values)) position_ = 1;
+    if (cursor_->Next(rows_[0].values))
+      Widen(rows_[0].values);
+    else
+      position_ = 1;
     return;
   }
   ++position_;
@@ -339,16 +351,30 @@ void Recordset::RebuildVisible() {
   before_first_ = false;
 }
 
-uint64_t Recordset::Write(std::ostream& out, bool flatten) {
+void Recordset::Widen(const std::vector<Variant>& values) {
+  const size_t n = std::min(fields_.size(), values.size());
+  for (size_t i = 0; i < n; ++i) {
+    Field& field = fields_[i];
+    if (!field.widens || !values[i].IsString() || !IsTextType(field.type)) continue;
+    const auto length = static_cast<int64_t>(Utf8Length(values[i].text()));
+    if (length > field.defined_size) field.defined_size = length;
+  }
+}
+
+uint64_t Recordset::Write(std::ostream& out, bool flatten, std::ostream* head_after) {
   CheckOpen();
-  RowsetXmlWriter writer(out, fields_);
+  RowsetXmlWriter writer(out, fields_, head_after == nullptr);
   if (cursor_) {
     if (!IsEof()) {
       writer.Row(rows_[0].values);
-      while (cursor_->Next(rows_[0].values)) writer.Row(rows_[0].values);
+      while (cursor_->Next(rows_[0].values)) {
+        Widen(rows_[0].values);
+        writer.Row(rows_[0].values);
+      }
     }
     position_ = 1;
     writer.Finish();
+    if (head_after) WriteRowsetHead(*head_after, fields_);
     return writer.rows();
   }
   const bool move_added = flatten && !visible_.empty() && rows_[visible_.front()].pending_insert;
@@ -358,15 +384,20 @@ uint64_t Recordset::Write(std::ostream& out, bool flatten) {
     for (size_t i : visible_)
       if (rows_[i].pending_insert) writer.Row(rows_[i].values);
   writer.Finish();
+  if (head_after) WriteRowsetHead(*head_after, fields_);
   return writer.rows();
 }
 
 uint64_t Recordset::Save(std::ostream& out) {
-  return Write(out, false);
+  return Write(out, false, nullptr);
 }
 
 uint64_t Recordset::SaveFlattened(std::ostream& out) {
-  return Write(out, true);
+  return Write(out, true, nullptr);
+}
+
+uint64_t Recordset::SaveRowsThenHead(std::ostream& body, std::ostream& head) {
+  return Write(body, true, &head);
 }
 
 std::string Recordset::SaveToString() {

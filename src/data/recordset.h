@@ -38,6 +38,11 @@ class Recordset {
   // A forward-only query rowset over `connection`, positioned on its first row.
   static std::unique_ptr<Recordset> OpenForwardOnly(std::shared_ptr<Connection> connection,
                                                     const std::string& sql);
+  // A forward-only rowset over the rows `cursor` gives, which may come from `connection` (kept open
+  // as long as the rowset is). Its text columns that widen learn their width from the rows as they
+  // are read.
+  static std::unique_ptr<Recordset> OpenForwardOnly(std::shared_ptr<Connection> connection,
+                                                    std::unique_ptr<RowCursor> cursor);
 
   // Free-standing rowset: append fields, then Open.
   void AppendField(Field field);
@@ -75,8 +80,11 @@ class Recordset {
   void SetFilter(std::string_view criteria);
   const std::string& filter() const { return filter_text_; }
 
-  // Drops the connection: the rows stay, nothing more is sent to the database.
-  void Detach() { connection_.reset(); }
+  // Drops the connection: the rows stay, nothing more is sent to the database. A forward-only rowset
+  // keeps it: its rows are still to be read from it.
+  void Detach() {
+    if (!cursor_) connection_.reset();
+  }
   bool IsDetached() const { return connection_ == nullptr; }
 
   // Writes the visible rows as persisted-rowset XML and returns how many. A forward-only rowset
@@ -86,6 +94,11 @@ class Recordset {
   // As Save, but rows added in memory stand directly under rs:data, after the others, when the
   // first row is such a row (as the job's document has them); otherwise as Save.
   uint64_t SaveFlattened(std::ostream& out);
+  // As SaveFlattened, with the rows and the document's end written to `body` first and the head
+  // (the schema, with the widths the rows gave the widening text columns) to `head` after them: a
+  // forward-only rowset knows those widths only once it has read its last row. The document is the
+  // head followed by the body.
+  uint64_t SaveRowsThenHead(std::ostream& body, std::ostream& head);
 
  private:
   struct Row {
@@ -99,7 +112,8 @@ class Recordset {
   void FinishEdit();
   Variant Coerce(const Field& field, const Variant& value) const;
   void RebuildVisible();
-  uint64_t Write(std::ostream& out, bool flatten);
+  uint64_t Write(std::ostream& out, bool flatten, std::ostream* head_after);
+  void Widen(const std::vector<Variant>& values);
 
   std::vector<Field> fields_;
   std::vector<Row> rows_;

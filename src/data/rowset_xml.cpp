@@ -533,9 +533,15 @@ struct RowsetXmlWriter::Impl {
   bool in_insert = false;
 };
 
-RowsetXmlWriter::RowsetXmlWriter(std::ostream& out, const std::vector<Field>& fields)
+RowsetXmlWriter::RowsetXmlWriter(std::ostream& out, const std::vector<Field>& fields, bool write_head)
     : impl_(std::make_unique<Impl>(out, fields)) {
-  WriteSchema(impl_->w, fields, impl_->names);
+  if (write_head) WriteSchema(impl_->w, fields, impl_->names);
+}
+
+void WriteRowsetHead(std::ostream& out, const std::vector<Field>& fields) {
+  Writer w(out);
+  WriteSchema(w, fields, XmlNames(fields));
+  w.Flush();
 }
 
 RowsetXmlWriter::~RowsetXmlWriter() = default;

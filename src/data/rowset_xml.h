@@ -21,12 +21,17 @@ struct XmlRow {
 
 void WriteRowsetXml(std::ostream& out, const std::vector<Field>& fields, const std::vector<XmlRow>& rows);
 
+// The head of the document: everything before its first row (the schema included).
+void WriteRowsetHead(std::ostream& out, const std::vector<Field>& fields);
+
 // The same document, row by row, for rows that are not all at hand: the head and the schema are
 // written at construction, Finish closes the document. Consecutive pending inserts share one
 // rs:insert. Output is handed to `out` in pieces of some tens of kilobytes.
 class RowsetXmlWriter {
  public:
-  RowsetXmlWriter(std::ostream& out, const std::vector<Field>& fields);
+  // Without `write_head`, the document starts at its rows: its head is written on its own with
+  // WriteRowsetHead, once the fields' widths are known.
+  RowsetXmlWriter(std::ostream& out, const std::vector<Field>& fields, bool write_head = true);
   ~RowsetXmlWriter();
   RowsetXmlWriter(const RowsetXmlWriter&) = delete;
   RowsetXmlWriter& operator=(const RowsetXmlWriter&) = delete;

@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "common/error.h"
+#include "common/text.h"
 #include "data/column_values.h"
 #include "data/query_limits.h"
 #include "data/sql_format_function.h"
@@ -145,7 +146,7 @@ class SqliteConnection : public Connection {
     return stmt ? Fetch(stmt.get(), call) : QueryResult{};
   }
 
-  std::unique_ptr<RowCursor> OpenCursor(const std::string& sql) override;
+  std::unique_ptr<RowCursor> OpenCursor(const std::string& sql, const ComputedTypes& computed) override;
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
@@ -347,12 +348,24 @@ class SqliteCursor : public RowCursor {
   std::vector<Field> fields_;
 };
 
-std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql) {
+std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql,
+                                                        const ComputedTypes& computed) {
   auto call = std::make_unique<WatchedCall>(db());
   StmtHandle stmt = FirstQuery(sql, *call);
   if (!stmt) return CursorOver(QueryResult{});
   std::vector<bool> declared;
   std::vector<Field> fields = DescribeColumns(stmt.get(), declared);
+  for (size_t c = 0; c < fields.size(); ++c) {
+    if (declared[c]) continue;
+    auto given = std::find_if(computed.begin(), computed.end(), [&](const auto& named) {
+      return EqualsIgnoreCase(named.first, fields[c].name);
+    });
+    if (given == computed.end()) continue;
+    Field typed = FieldOfSqlServerType(given->second);
+    typed.name = std::move(fields[c].name);
+    fields[c] = std::move(typed);
+    declared[c] = true;
+  }
   // A computed column takes its type from all of its values: such results are fetched whole.
   if (std::find(declared.begin(), declared.end(), false) != declared.end())
     return CursorOver(Fetch(stmt.get(), *call));

@@ -1,6 +1,9 @@
 #include "job/result_document.h"
 
+#include <algorithm>
+#include <cstring>
 #include <ostream>
+#include <sstream>
 #include <vector>
 
 #include "common/error.h"
@@ -25,10 +28,21 @@ std::shared_ptr<ResultDocument> ResultDocument::FromRowset(Recordset& rs) {
   auto document = std::make_shared<ResultDocument>();
   SpoolWriteBuffer buffer(document->file_);
   std::ostream out(&buffer);
-  document->rows_ = rs.SaveFlattened(out);
+  std::ostringstream head;
+  document->rows_ = rs.SaveRowsThenHead(out, head);
   out.flush();
   if (!out) throw Error(err::kWriteFailed, "Write to file failed.");
+  document->head_ = std::move(head).str();
   return document;
+}
+
+size_t ResultDocument::Read(uint64_t offset, char* out, size_t size) const {
+  if (offset < head_.size()) {
+    const size_t n = std::min<uint64_t>(size, head_.size() - offset);
+    std::memcpy(out, head_.data() + offset, n);
+    return n;
+  }
+  return file_.ReadAt(offset - head_.size(), out, size);
 }
 
 std::shared_ptr<ResultDocument> ResultDocument::FromXml(const pugi::xml_document& doc) {

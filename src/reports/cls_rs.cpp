@@ -8,8 +8,10 @@
 namespace ent {
 
 clsRS::~clsRS() {
+  // A rowset still reading its rows from the connection (a report read as it is written) holds it
+  // too; it closes with the last of them.
   try {
-    if (conn_) conn_->Close();
+    if (conn_ && conn_.use_count() == 1) conn_->Close();
   } catch (...) {
   }
 }

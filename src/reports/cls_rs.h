@@ -21,7 +21,8 @@ namespace ent {
 class clsRS {
  public:
   clsRS() = default;
-  // Closes the shop connection, ignoring any failure (also when it was never opened).
+  // Closes the shop connection, ignoring any failure (also when it was never opened); a forward-only
+  // rowset still reading from it keeps it open until it goes.
   ~clsRS();
   clsRS(const clsRS&) = delete;
   clsRS& operator=(const clsRS&) = delete;

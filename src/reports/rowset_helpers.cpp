@@ -46,15 +46,17 @@ Recordset& Required(const std::unique_ptr<Recordset>& rs) {
 }
 
 std::unique_ptr<Recordset> clsRS::runQuery(const std::string& sql, std::string& status, bool editable) {
-  try {
-    auto rs = Recordset::OpenQuery(conn_, sql, editable);
-    status = "0";
-    return rs;
-  } catch (const Error& e) {
-    WriteLog("getRS:" + e.description());
-    status = e.description();
-    return nullptr;
-  }
+  return RunQuery(conn_, sql, status, editable);
+}
+
+std::unique_ptr<Recordset> RunQuery(const std::shared_ptr<Connection>& connection, const std::string& sql,
+                                    std::string& status, bool editable) {
+  return Opened(status, [&] { return Recordset::OpenQuery(connection, sql, editable); });
+}
+
+std::unique_ptr<Recordset> RunForwardOnly(const std::shared_ptr<Connection>& connection,
+                                          const std::string& sql, std::string& status) {
+  return Opened(status, [&] { return Recordset::OpenForwardOnly(connection, sql); });
 }
 
 std::unique_ptr<Recordset> clsRS::copyRS(Recordset* source) {

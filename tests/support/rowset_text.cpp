@@ -21,6 +21,20 @@ std::vector<std::vector<std::string>> Cells(Recordset* rs) {
   return rows;
 }
 
+std::unique_ptr<Recordset> Held(std::unique_ptr<Recordset> rs) {
+  if (!rs) return rs;
+  auto held = std::make_unique<Recordset>();
+  for (const Field& f : rs->fields()) held->AppendField(f);
+  held->Open();
+  for (; !rs->IsEof(); rs->MoveNext()) {
+    held->AddNew();
+    for (size_t c = 0; c < rs->fields().size(); ++c) held->Set(c, rs->Get(c));
+    held->Update();
+  }
+  if (held->RecordCount() > 0) held->MoveFirst();
+  return held;
+}
+
 std::vector<std::vector<std::string>> RowsLabelled(const std::vector<std::vector<std::string>>& cells,
                                                    const std::string& label) {
   std::vector<std::vector<std::string>> found;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,10 @@ std::vector<std::vector<std::string>> Cells(Recordset* rs);
 // The rows of `cells` whose first cell is `label`.
 std::vector<std::vector<std::string>> RowsLabelled(const std::vector<std::vector<std::string>>& cells,
                                                    const std::string& label);
+
+// A static copy of a rowset's rows from its current one, to be read as often as a test needs (a
+// forward-only rowset can be read once).
+std::unique_ptr<Recordset> Held(std::unique_ptr<Recordset> rs);
 
 // One column, first row first (null as "<null>").
 std::vector<std::string> Column(Recordset& rs, const std::string& name);

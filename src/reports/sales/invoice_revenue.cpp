@@ -3,6 +3,7 @@
 #include "common/log.h"
 #include "data/sql_text.h"
 #include "reports/cls_rs.h"
+#include "reports/report_rows.h"
 
 namespace ent {
 
@@ -36,17 +37,17 @@ std::unique_ptr<Recordset> clsRS::getInvoiceRevenueSummary(const std::string& dt
   sql += SqlQuote(dtStart) + "' and '" + SqlQuote(dtEnd) + "')";
   sql += " order by latestdate, invoiceid, credid";
 
-  std::unique_ptr<Recordset> query = runQuery(sql, innerErr, false);
-  if (!query) return nullptr;
-  std::unique_ptr<Recordset> copy = copyRS(query.get());
-  const std::vector<std::string> money = {"Parts", "Labor", "Other_Charges", "Levy",  "Discounts", "Subtotal",
-                                          "Tax1",  "Tax2",  "Tax_Total",     "Total", ""};
-  if (copy) {
-    appendTotalRow(*copy, money);
-    formatColumns(*copy, money, kAmountPattern);
-  }
+  // The rows go to the document as they are read, each as text, its amounts summed and formatted.
+  ReportRowSteps steps;
+  steps.totals = {"Parts",    "Labor", "Other_Charges", "Levy",      "Discounts",
+                  "Subtotal", "Tax1",  "Tax2",          "Tax_Total", "Total"};
+  steps.amounts = steps.totals;
+  std::unique_ptr<Recordset> rows =
+      StreamReportRows(conn_, sql, {{"Parts", "money"}, {"Labor", "money"}, {"Tax_Total", "money"}},
+                       std::move(steps), innerErr);
+  if (!rows) return nullptr;
   WriteLog("Invoice Revenue Summary End");
-  return copy;
+  return rows;
 }
 
 std::unique_ptr<Recordset> clsRS::getRepairOrderPaymentRecon(const std::string& dtStart,
@@ -66,13 +67,11 @@ std::unique_ptr<Recordset> clsRS::getRepairOrderPaymentRecon(const std::string& 
   sql += SqlQuote(dtStart) + "' and wopaymentadv.trandate <='" + SqlQuote(dtEnd) + "'";
   sql += " ORDER BY wopaymentadv.trandate, wo.invoiceid";
 
-  std::unique_ptr<Recordset> query = runQuery(sql, innerErr, false);
-  if (!query) return nullptr;
-  std::unique_ptr<Recordset> copy = copyRS(query.get());
-  if (copy)
-    appendTotalRow(*copy,
-                   {"Cash", "Cheque", "VISA", "Master_Card", "AMEX", "Other_Card", "Debit_Card", "AR", ""});
-  return copy;
+  ReportRowSteps steps;
+  steps.totals = {"Cash", "Cheque", "VISA", "Master_Card", "AMEX", "Other_Card", "Debit_Card", "AR"};
+  ComputedTypes computed = {{"Payment_Date", "nvarchar"}};
+  for (const std::string& column : steps.totals) computed.emplace_back(column, "nvarchar");
+  return StreamReportRows(conn_, sql, computed, std::move(steps), innerErr);
 }
 
 std::unique_ptr<Recordset> clsRS::getAvgInvoiceData(const std::string& dtStart, const std::string& dtEnd,

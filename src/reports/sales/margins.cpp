@@ -8,6 +8,7 @@
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/cls_rs.h"
+#include "reports/report_rows.h"
 #include "reports/rowset_helpers.h"
 #include "reports/sales/report_figures.h"
 
@@ -64,33 +65,48 @@ bool IsTotalLine(const Recordset& rs) {
   return TrimBlanks(rs.Get(size_t{0}).ToText()) == "[b]TOTAL";
 }
 
-// A copy of the invoice rowset ending with its total line, whose margins are weighted by the costs.
-std::unique_ptr<Recordset> addMarginTotals(Recordset* rs, Currency partsCost, Currency labourCost,
-                                           Currency otherCost, Currency totalCost) {
-  std::unique_ptr<Recordset> copy = clsRS::copyRS(rs);
-  if (!copy) return nullptr;
-  clsRS::appendTotalRow(*copy, {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total", ""});
-  if (copy->RecordCount() == 0) return copy;
-  copy->MoveLast();
-  if (!IsTotalLine(*copy)) return copy;
-  struct Margin {
-    const char* sales;
-    Currency cost;
-    const char* margin;
+// The invoice rows as text, ending with their total line, whose margins are weighted by the costs.
+ReportRowSteps InvoiceSteps(Currency partsCost, Currency labourCost, Currency otherCost, Currency totalCost) {
+  ReportRowSteps steps;
+  steps.totals = {"Parts", "Labor", "Other_Charges", "Levy", "Discount", "Total"};
+  steps.complete_total = [=](const std::vector<Field>& fields, std::vector<Variant>& total) {
+    struct Margin {
+      const char* sales;
+      Currency cost;
+      const char* margin;
+    };
+    auto cell = [&](const char* name) -> Variant& {
+      for (size_t i = 0; i < fields.size(); ++i)
+        if (EqualsIgnoreCase(fields[i].name, name)) return total[i];
+      throw Error(err::kItemNotFound,
+                  "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+    };
+    for (const Margin& m :
+         {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
+          Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
+          Margin{"Total", totalCost, "Total_Margin"}}) {
+      const double sales = clsRS::toCurrency(cell(m.sales)).ToDouble();
+      std::string text = "0.00";
+      if (sales > 0)
+        text = Format(Variant(sales::Round2(100.0 - m.cost.ToDouble() / sales * 100.0)), kAmountPattern);
+      cell(m.margin) = Variant(text);
+    }
   };
-  for (const Margin& m :
-       {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
-        Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
-        Margin{"Total", totalCost, "Total_Margin"}}) {
-    const double sales = clsRS::toCurrency(copy->Get(m.sales)).ToDouble();
-    std::string text = "0.00";
-    if (sales > 0)
-      text = Format(Variant(sales::Round2(100.0 - m.cost.ToDouble() / sales * 100.0)), kAmountPattern);
-    copy->Set(m.margin, Variant(text));
-  }
-  copy->Update();
-  return copy;
+  return steps;
 }
+
+// The invoice query's columns, all computed but the repair order: texts.
+const ComputedTypes kInvoiceTypes = {{"RO_Date", "nvarchar"},
+                                     {"Parts", "nvarchar"},
+                                     {"Parts_Margin", "nvarchar"},
+                                     {"Labor", "nvarchar"},
+                                     {"Labor_Margin", "nvarchar"},
+                                     {"Other_Charges", "nvarchar"},
+                                     {"Other_Charges_Margin", "nvarchar"},
+                                     {"Levy", "nvarchar"},
+                                     {"Discount", "nvarchar"},
+                                     {"Total", "nvarchar"},
+                                     {"Total_Margin", "nvarchar"}};
 
 }  // namespace
 
@@ -101,7 +117,7 @@ std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate,
         "where wodeleted = 0 and (invoiceid > 0 or credid > 0) and latestdate between '" +
         SqlQuote(startDate) + "' and '" + SqlQuote(EndDate) + "' order by latestdate, invoiceid, credid";
     Currency partsCost, labourCost, otherCost, totalCost;
-    std::unique_ptr<Recordset> costs = runQuery(kCostSql + range, strErr, false);
+    std::unique_ptr<Recordset> costs = RunForwardOnly(conn_, kCostSql + range, strErr);
     if (costs) {
       for (Recordset& rs = *costs; !rs.IsEof(); rs.MoveNext()) {
         YieldToPendingWork();
@@ -116,12 +132,12 @@ std::unique_ptr<Recordset> clsRS::getGenMargReport(const std::string& startDate,
       }
     }
     std::string displayErr;
-    std::unique_ptr<Recordset> invoices = runQuery(kInvoiceSql + range, displayErr, false);
+    std::unique_ptr<Recordset> invoices =
+        StreamReportRows(conn_, kInvoiceSql + range, kInvoiceTypes,
+                         InvoiceSteps(partsCost, labourCost, otherCost, totalCost), displayErr);
     Required(invoices, displayErr);
-    auto result = addMarginTotals(invoices.get(), partsCost, labourCost, otherCost, totalCost);
-    Required(result, "The invoices could not be copied.");
     strErr = "0";
-    return result;
+    return invoices;
   });
 }
 
