@@ -40,8 +40,8 @@ TEST_F(PartsGrossProfitTest, ListsInvoiceLinesWithACostAndEveryCreditLine) {
                // Unit cost 10.01 opens the second band; supplier 99 has no row.
                "2, 1, 0, 'Rotor', 1, 10.01, 15, 15, 33.27, 99, 'BRAKES', 0, 0, 0, 'No'",
                "3, 1, 0, 'Free sample', 1, 0, 0, 0, 0, 1, 'BRAKES', 0, 0, 0, 'No'",
-               // Quantity 0: unit cost 0.00, below the only OIL band.
-               "4, 1, 0, 'Zero qty', 0, 5, 9, 0, 0, 1, 'OIL', 0, 0, 0, 'No'",
+               // Quantity 0: unit cost 0.00, below the only OIL band; the class is listed trimmed.
+               "4, 1, 0, 'Zero qty', 0, 5, 9, 0, 0, 1, 'OIL  ', 0, 0, 0, 'No'",
                "5, 1, 0, 'Kit bolt', 1, 5, 0, 0, 0, 1, 'BRAKES', 0, 1, 0, 'No'",
                "6, 1, 0, 'Brake kit', 1, 30, 60, 60, 50, 1, 'BRAKES', 7, 1, 1, 'No'",
                "7, 2, 5, 'Returned pad', 1, 0, 25, -25, 0, 1, 'BRAKES', 0, 0, 0, 'No'",
