@@ -22,25 +22,30 @@ HttpTimeouts TimeoutsOf(const SoapOptions& options) {
 // Text content escaped for an element: markup characters as references, and CR as a reference so
 // that the receiver reads CR LF line ends back as they were (a parser turns a raw CR LF into LF).
 void AppendEscapedText(std::string& out, const char* text, size_t size) {
+  size_t plain = 0;  // where the run of characters that need no escaping began
   for (size_t i = 0; i < size; ++i) {
-    const char c = text[i];
-    switch (c) {
+    const char* entity;
+    switch (text[i]) {
       case '&':
-        out += "&amp;";
+        entity = "&amp;";
         break;
       case '<':
-        out += "&lt;";
+        entity = "&lt;";
         break;
       case '>':
-        out += "&gt;";
+        entity = "&gt;";
         break;
       case '\r':
-        out += "&#xD;";
+        entity = "&#xD;";
         break;
       default:
-        out += c;
+        continue;
     }
+    out.append(text + plain, i - plain);
+    out += entity;
+    plain = i + 1;
   }
+  out.append(text + plain, size - plain);
 }
 
 // Bytes AppendEscapedText adds to a text.
@@ -114,11 +119,11 @@ class RequestBody : public BodySource {
       pending_.clear();
       taken_ = 0;
       if (stage_ == 0) {
-        std::vector<char> piece(kPiece);
-        size_t n = last_.Read(offset_, piece.data(), piece.size());
+        piece_.resize(kPiece);
+        size_t n = last_.Read(offset_, piece_.data(), piece_.size());
         offset_ += n;
         if (n > 0) {
-          AppendEscapedText(pending_, piece.data(), n);
+          AppendEscapedText(pending_, piece_.data(), n);
           continue;
         }
         stage_ = 1;
@@ -136,6 +141,7 @@ class RequestBody : public BodySource {
 
  private:
   static constexpr size_t kPiece = 256 * 1024;
+  std::vector<char> piece_;  // the last argument's text read from its source
   RequestFrame frame_;
   const TextSource& last_;
   uint64_t size_ = 0;
