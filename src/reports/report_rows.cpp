@@ -57,7 +57,8 @@ class ReportRowCursor : public RowCursor {
     if (!any_ || totals_.empty() || total_written_) return false;
     total_written_ = true;
     row[0] = Variant("[b]TOTAL");
-    for (size_t i = 0; i < totals_.size(); ++i) row[totals_[i]] = Variant(Format(Variant(sums_[i]), kAmountPattern));
+    for (size_t i = 0; i < totals_.size(); ++i)
+      row[totals_[i]] = Variant(Format(Variant(sums_[i]), kAmountPattern));
     if (steps_.complete_total) steps_.complete_total(fields_, row);
     FormatAmounts(row);
     return true;

@@ -85,7 +85,8 @@ TEST_F(StreamedReportTest, ComputedColumnsTypedByNameAndEmptyResults) {
   std::string status;
   ReportRowSteps steps;
   steps.totals = {"Amt"};
-  auto none = StreamReportRows(connection, "select amt as Amt from line where id > 9", {}, std::move(steps), status);
+  auto none =
+      StreamReportRows(connection, "select amt as Amt from line where id > 9", {}, std::move(steps), status);
   ASSERT_TRUE(none);
   EXPECT_TRUE(none->IsEof());
 
