@@ -1,6 +1,16 @@
 #include "data/field.h"
 
+#include "common/error.h"
+#include "common/text.h"
+
 namespace ent {
+
+size_t FieldIndexOf(const std::vector<Field>& fields, std::string_view name) {
+  for (size_t i = 0; i < fields.size(); ++i)
+    if (EqualsIgnoreCase(fields[i].name, name)) return i;
+  throw Error(err::kItemNotFound,
+              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+}
 
 bool IsTextType(DataType type) {
   switch (type) {

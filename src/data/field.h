@@ -1,9 +1,11 @@
 // The description of one rowset column, as drivers report it and the persisted-rowset XML writes it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ent {
 
@@ -48,6 +50,9 @@ struct Field {
 
 // Whether the type holds text.
 bool IsTextType(DataType type);
+
+// The index of the field named `name` (without regard to case); Error 3265 when there is none.
+size_t FieldIndexOf(const std::vector<Field>& fields, std::string_view name);
 
 // A field appended to a free-standing rowset: fixed-length text of `size` characters by default.
 Field AppendedField(std::string name, DataType type = DataType::kChar, int64_t size = 50);

@@ -103,10 +103,7 @@ void Recordset::CheckOpen() const {
 }
 
 size_t Recordset::FieldIndex(std::string_view name) const {
-  for (size_t i = 0; i < fields_.size(); ++i)
-    if (EqualsIgnoreCase(fields_[i].name, name)) return i;
-  throw Error(err::kItemNotFound,
-              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
+  return FieldIndexOf(fields_, name);
 }
 
 bool Recordset::IsBof() const {

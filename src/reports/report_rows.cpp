@@ -13,16 +13,9 @@ namespace ent {
 
 namespace {
 
-size_t ColumnOf(const std::vector<Field>& fields, const std::string& name) {
-  for (size_t i = 0; i < fields.size(); ++i)
-    if (EqualsIgnoreCase(fields[i].name, name)) return i;
-  throw Error(err::kItemNotFound,
-              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
-}
-
 std::vector<size_t> ColumnsOf(const std::vector<Field>& fields, const std::vector<std::string>& names) {
   std::vector<size_t> columns;
-  for (const std::string& name : names) columns.push_back(ColumnOf(fields, name));
+  for (const std::string& name : names) columns.push_back(FieldIndexOf(fields, name));
   return columns;
 }
 

@@ -137,15 +137,7 @@ std::unique_ptr<Recordset> clsRS::getPartsGPReport(const std::string& startDate,
                                       "Sold_For",   "QTYSold",      "totparts",         "WO_Profit_Margin",
                                       "SalesClass", "SuppID",       "presetjobid"};
     if (memo->in.empty()) {
-      for (const char* name : kIn) {
-        size_t at = 0;
-        while (at < fields.size() && !EqualsIgnoreCase(fields[at].name, name)) ++at;
-        if (at == fields.size())
-          throw Error(
-              err::kItemNotFound,
-              "Item cannot be found in the collection corresponding to the requested name or ordinal.");
-        memo->in.push_back(at);
-      }
+      for (const char* name : kIn) memo->in.push_back(FieldIndexOf(fields, name));
     }
     auto cell = [&](In column) -> const Variant& { return in[memo->in[column]]; };
     row[0] = Variant(TrimBlanks(Text(cell(kInvoice))));

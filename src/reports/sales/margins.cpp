@@ -75,12 +75,7 @@ ReportRowSteps InvoiceSteps(Currency partsCost, Currency labourCost, Currency ot
       Currency cost;
       const char* margin;
     };
-    auto cell = [&](const char* name) -> Variant& {
-      for (size_t i = 0; i < fields.size(); ++i)
-        if (EqualsIgnoreCase(fields[i].name, name)) return total[i];
-      throw Error(err::kItemNotFound,
-                  "Item cannot be found in the collection corresponding to the requested name or ordinal.");
-    };
+    auto cell = [&](const char* name) -> Variant& { return total[FieldIndexOf(fields, name)]; };
     for (const Margin& m :
          {Margin{"Parts", partsCost, "Parts_Margin"}, Margin{"Labor", labourCost, "Labor_Margin"},
           Margin{"Other_Charges", otherCost, "Other_Charges_Margin"},
