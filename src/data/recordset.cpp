@@ -19,6 +19,13 @@ size_t Utf8Length(const std::string& s) {
       s.begin(), s.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
+// A widening text column grows to hold a text value.
+void WidenFor(Field& field, const Variant& value) {
+  if (!field.widens || !value.IsString() || !IsTextType(field.type)) return;
+  const auto length = static_cast<int64_t>(Utf8Length(value.text()));
+  if (length > field.defined_size) field.defined_size = length;
+}
+
 [[noreturn]] void MultipleStep() {
   throw Error(err::kMultipleStep, "Multiple-step operation generated errors. Check each status value.");
 }
@@ -213,10 +220,7 @@ void Recordset::Set(size_t index, const Variant& value) {
                 "Current Recordset does not support updating. This may be a limitation of the provider, or "
                 "of the selected locktype.");
   Field& field = fields_[index];
-  if (field.widens && IsTextType(field.type) && value.IsString()) {
-    const auto length = static_cast<int64_t>(Utf8Length(value.text()));
-    if (length > field.defined_size) field.defined_size = length;
-  }
+  WidenFor(field, value);
   row.values[index] = Coerce(field, value);
 }
 
@@ -350,12 +354,7 @@ void Recordset::RebuildVisible() {
 
 void Recordset::Widen(const std::vector<Variant>& values) {
   const size_t n = std::min(fields_.size(), values.size());
-  for (size_t i = 0; i < n; ++i) {
-    Field& field = fields_[i];
-    if (!field.widens || !values[i].IsString() || !IsTextType(field.type)) continue;
-    const auto length = static_cast<int64_t>(Utf8Length(values[i].text()));
-    if (length > field.defined_size) field.defined_size = length;
-  }
+  for (size_t i = 0; i < n; ++i) WidenFor(fields_[i], values[i]);
 }
 
 uint64_t Recordset::Write(std::ostream& out, bool flatten, std::ostream* head_after) {
@@ -370,16 +369,14 @@ uint64_t Recordset::Write(std::ostream& out, bool flatten, std::ostream* head_af
       }
     }
     position_ = 1;
-    writer.Finish();
-    if (head_after) WriteRowsetHead(*head_after, fields_);
-    return writer.rows();
-  }
-  const bool move_added = flatten && !visible_.empty() && rows_[visible_.front()].pending_insert;
-  for (size_t i : visible_)
-    if (!move_added || !rows_[i].pending_insert) writer.Row(rows_[i].values, rows_[i].pending_insert);
-  if (move_added)
+  } else {
+    const bool move_added = flatten && !visible_.empty() && rows_[visible_.front()].pending_insert;
     for (size_t i : visible_)
-      if (rows_[i].pending_insert) writer.Row(rows_[i].values);
+      if (!move_added || !rows_[i].pending_insert) writer.Row(rows_[i].values, rows_[i].pending_insert);
+    if (move_added)
+      for (size_t i : visible_)
+        if (rows_[i].pending_insert) writer.Row(rows_[i].values);
+  }
   writer.Finish();
   if (head_after) WriteRowsetHead(*head_after, fields_);
   return writer.rows();
