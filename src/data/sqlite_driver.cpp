@@ -3,12 +3,19 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
+#include <exception>
 #include <filesystem>
 #include <limits>
+#include <mutex>
+#include <thread>
+#include <utility>
 
 #include "common/error.h"
 #include "common/text.h"
@@ -77,6 +84,31 @@ int LogStatement(unsigned /*type*/, void* file, void* stmt, void* unexpanded) {
   throw Error(number, message, "sqlite");
 }
 
+// Who may use a connection now. A connection is used by the thread that owns it and, while a cursor
+// reads ahead, by that cursor's reader thread: each takes the gate for one call into SQLite (the
+// reader for one row). The cursor keeps its connection, and so the gate, until it is destroyed.
+struct Gate {
+  std::mutex mutex;
+  std::atomic<int> waiting{0};  // threads waiting for the mutex
+};
+
+// Holds the gate for one scope, counted as waiting while it waits, so that a reader going from row
+// to row lets a waiting thread in first.
+class GateLock {
+ public:
+  explicit GateLock(Gate& gate) : gate_(gate) {
+    gate_.waiting.fetch_add(1);
+    gate_.mutex.lock();
+    gate_.waiting.fetch_sub(1);
+  }
+  ~GateLock() { gate_.mutex.unlock(); }
+  GateLock(const GateLock&) = delete;
+  GateLock& operator=(const GateLock&) = delete;
+
+ private:
+  Gate& gate_;
+};
+
 // The raw SQLite value of a column.
 Variant RawValue(sqlite3_stmt* stmt, int col) {
   switch (sqlite3_column_type(stmt, col)) {
@@ -119,14 +151,19 @@ class WatchedCall {
   QueryWatch watch_;
 };
 
-class SqliteConnection : public Connection {
+class SqliteConnection : public Connection, public std::enable_shared_from_this<SqliteConnection> {
  public:
   SqliteConnection(DbHandle db, std::string catalog, FileHandle sql_log)
       : sql_log_(std::move(sql_log)), db_(std::move(db)), catalog_(std::move(catalog)) {}
+  ~SqliteConnection() override {
+    GateLock lock(*gate_);
+    db_.reset();
+  }
 
   SqlDialect dialect() const override { return SqlDialect::kSqlite; }
 
   void Execute(const std::string& sql) override {
+    GateLock lock(*gate_);
     const std::string text = tsql::ToSqlite(sql, AdapterSchema());
     WatchedCall call(db());
     const char* tail = text.c_str();
@@ -141,6 +178,7 @@ class SqliteConnection : public Connection {
   }
 
   QueryResult Query(const std::string& sql) override {
+    GateLock lock(*gate_);
     WatchedCall call(db());
     StmtHandle stmt = FirstQuery(sql, call);
     return stmt ? Fetch(stmt.get(), call) : QueryResult{};
@@ -150,14 +188,21 @@ class SqliteConnection : public Connection {
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
+    GateLock lock(*gate_);
     std::string sql = InsertStatement(table, columns);
     StmtHandle stmt = Prepare(sql.c_str(), nullptr);
     for (size_t i = 0; i < values.size(); ++i) Bind(stmt.get(), static_cast<int>(i + 1), values[i]);
     if (sqlite3_step(stmt.get()) != SQLITE_DONE) Raise(db());
   }
 
-  void Close() override { db_.reset(); }
+  void Close() override {
+    GateLock lock(*gate_);
+    db_.reset();
+  }
   bool IsOpen() const override { return db_ != nullptr; }
+
+  // Taken for every call into SQLite on this connection (see Gate).
+  Gate& gate() { return *gate_; }
 
  private:
   sqlite3* db() {
@@ -310,6 +355,7 @@ class SqliteConnection : public Connection {
     }
   }
 
+  std::unique_ptr<Gate> gate_ = std::make_unique<Gate>();
   // Declared before the database, so that it outlives the trace that writes to it.
   FileHandle sql_log_;
   DbHandle db_;
@@ -318,17 +364,66 @@ class SqliteConnection : public Connection {
   int64_t schema_version_ = -1;
 };
 
-// Steps the statement as the reader asks for rows: nothing but the current row is held.
+// Steps the statement as the reader asks for rows. The first rows are read on the caller's thread;
+// a longer result is read ahead by a thread of its own, a few batches at most, so that SQLite finds
+// the next rows while the caller writes the last ones (two cores do the work of one query). Rows and
+// failures reach the caller in their order; a failure ends the rows.
 class SqliteCursor : public RowCursor {
  public:
-  SqliteCursor(std::unique_ptr<WatchedCall> call, StmtHandle stmt, std::vector<Field> fields)
-      : call_(std::move(call)), stmt_(std::move(stmt)), fields_(std::move(fields)) {}
+  SqliteCursor(std::shared_ptr<SqliteConnection> connection, std::unique_ptr<WatchedCall> call,
+               StmtHandle stmt, std::vector<Field> fields)
+      : connection_(std::move(connection)),
+        call_(std::move(call)),
+        stmt_(std::move(stmt)),
+        fields_(std::move(fields)) {}
+
+  ~SqliteCursor() override {
+    {
+      std::lock_guard<std::mutex> lock(queue_mutex_);
+      stop_ = true;
+    }
+    changed_.notify_all();
+    if (reader_.joinable()) reader_.join();
+    GateLock lock(connection_->gate());
+    Finish();
+  }
+
   const std::vector<Field>& fields() const override { return fields_; }
+
   bool Next(std::vector<Variant>& row) override {
+    if (!reader_.joinable()) {
+      if (rows_read_ < kRowsBeforeReadingAhead) {
+        ++rows_read_;
+        return ReadRow(row);
+      }
+      reader_ = std::thread([this] { ReadAhead(); });
+    }
+    if (at_ == current_.size()) {
+      if (!TakeBatch()) return false;
+    }
+    std::swap(row, current_[at_++]);
+    return true;
+  }
+
+ private:
+  // Results up to this many rows are read without a thread.
+  static constexpr int64_t kRowsBeforeReadingAhead = 256;
+  // A batch ends at this many rows or this many bytes of values, and this many batches wait at most.
+  static constexpr size_t kBatchRows = 256;
+  static constexpr int64_t kBatchBytes = 1 << 20;
+  static constexpr size_t kBatchesAhead = 4;
+
+  // Reads one row into `row` with the connection to itself; false after the last row.
+  bool ReadRow(std::vector<Variant>& row) {
+    GateLock lock(connection_->gate());
+    return ReadRowLocked(row);
+  }
+
+  bool ReadRowLocked(std::vector<Variant>& row) {
     if (!stmt_) return false;
     int rc = sqlite3_step(stmt_.get());
     if (rc == SQLITE_DONE) {
-      stmt_.reset();
+      Finish();
       return false;
     }
     if (rc != SQLITE_ROW) call_->Fail();
@@ -338,18 +433,99 @@ class SqliteCursor : public RowCursor {
       row[c] = TypedValue(fields_[c], RawValue(stmt_.get(), static_cast<int>(c)));
       bytes += row[c].IsString() ? static_cast<int64_t>(row[c].text().size()) + 16 : 16;
     }
+    batch_bytes_ += bytes;
     call_->watch().AddBytes(bytes);
     return true;
   }
 
- private:
-  std::unique_ptr<WatchedCall> call_;  // the limits hold while rows are read
+  // The limits' watch ends with the statement; both go as soon as the last row is read.
+  void Finish() {
+    call_.reset();
+    stmt_.reset();
+  }
+
+  // The reader thread: fills batches until the rows end, a failure, or the cursor is destroyed. The
+  // rows read before a failure are handed over before it.
+  void ReadAhead() {
+    bool more = true;
+    while (more) {
+      std::vector<std::vector<Variant>> batch = SpareBatch();
+      size_t count = 0;
+      std::exception_ptr failure;
+      batch_bytes_ = 0;
+      try {
+        while (count < kBatchRows && batch_bytes_ < kBatchBytes) {
+          if (stop_) return;
+          if (count == batch.size()) batch.emplace_back();
+          // Between two rows a thread waiting for the connection goes first.
+          while (connection_->gate().waiting.load() > 0) std::this_thread::yield();
+          GateLock lock(connection_->gate());
+          more = ReadRowLocked(batch[count]);
+          if (!more) break;
+          ++count;
+        }
+      } catch (...) {
+        failure = std::current_exception();
+        more = false;
+      }
+      batch.resize(count);
+      std::unique_lock<std::mutex> lock(queue_mutex_);
+      changed_.wait(lock, [&] { return stop_ || ready_.size() < kBatchesAhead; });
+      if (stop_) return;
+      if (count > 0) ready_.push_back(std::move(batch));
+      failure_ = failure;
+      ended_ = !more;
+      changed_.notify_all();
+    }
+  }
+
+  // A used batch's rows, kept for the reader to fill again.
+  std::vector<std::vector<Variant>> SpareBatch() {
+    std::lock_guard<std::mutex> lock(queue_mutex_);
+    std::vector<std::vector<Variant>> batch = std::move(spare_);
+    spare_.clear();
+    return batch;
+  }
+
+  // Makes the next batch the current one; false after the last. Raises the reader's failure.
+  bool TakeBatch() {
+    std::unique_lock<std::mutex> lock(queue_mutex_);
+    if (spare_.empty()) spare_ = std::move(current_);
+    current_.clear();
+    at_ = 0;
+    changed_.wait(lock, [&] { return !ready_.empty() || ended_; });
+    if (ready_.empty()) {
+      if (!failure_) return false;
+      std::exception_ptr failure = std::exchange(failure_, nullptr);
+      std::rethrow_exception(failure);
+    }
+    current_ = std::move(ready_.front());
+    ready_.pop_front();
+    changed_.notify_all();
+    return true;
+  }
+
+  std::shared_ptr<SqliteConnection> connection_;  // kept open while rows are read
+  std::unique_ptr<WatchedCall> call_;             // the limits hold while rows are read
   StmtHandle stmt_;
   std::vector<Field> fields_;
+  int64_t rows_read_ = 0;
+  int64_t batch_bytes_ = 0;
+
+  std::thread reader_;
+  std::mutex queue_mutex_;
+  std::condition_variable changed_;
+  std::deque<std::vector<std::vector<Variant>>> ready_;
+  std::vector<std::vector<Variant>> current_, spare_;
+  size_t at_ = 0;
+  std::atomic<bool> stop_{false};
+  bool ended_ = false;
+  std::exception_ptr failure_;
 };
 
 std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql,
                                                         const ComputedTypes& computed) {
+  GateLock lock(*gate_);
   auto call = std::make_unique<WatchedCall>(db());
   StmtHandle stmt = FirstQuery(sql, *call);
   if (!stmt) return CursorOver(QueryResult{});
@@ -369,7 +545,8 @@ std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql,
   // A computed column takes its type from all of its values: such results are fetched whole.
   if (std::find(declared.begin(), declared.end(), false) != declared.end())
     return CursorOver(Fetch(stmt.get(), *call));
-  return std::make_unique<SqliteCursor>(std::move(call), std::move(stmt), std::move(fields));
+  return std::make_unique<SqliteCursor>(shared_from_this(), std::move(call), std::move(stmt),
+                                        std::move(fields));
 }
 
 }  // namespace
