@@ -86,7 +86,16 @@ ExecutionJournal::ExecutionJournal(const std::string& path) {
   }
   // Writers of other threads and processes wait their turn rather than fail.
   sqlite3_busy_timeout(db_, 10000);
+  // Every request writes a record, so a record must not cost a flush to the disk: in WAL mode a
+  // commit is then only appended to the log, which is flushed when it is copied into the file (every
+  // thousand pages or so), not each time a process closes the journal. A power cut may lose the last
+  // records, never the file. The log stays between runs, so it is not created (and its folder flushed)
+  // anew by every process.
+  int keep_log = 1;
+  sqlite3_file_control(db_, "main", SQLITE_FCNTL_PERSIST_WAL, &keep_log);
+  sqlite3_db_config(db_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   if (sqlite3_exec(db_, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr) != SQLITE_OK ||
+      sqlite3_exec(db_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr) != SQLITE_OK ||
       sqlite3_exec(db_, kSchema, nullptr, nullptr, nullptr) != SQLITE_OK) {
     Error failure = JournalError(db_, path + " cannot be used");
     sqlite3_close(db_);

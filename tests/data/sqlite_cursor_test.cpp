@@ -17,9 +17,11 @@ namespace {
 // Rows 1..count of (n, a text whose length varies with n, a few long enough to end a batch early).
 void FillNumbers(const test::TestDb& db, int count) {
   db.Exec("CREATE TABLE numbers (n INT NOT NULL, label VARCHAR(8000))");
-  db.Exec("WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < " + std::to_string(count) +
+  db.Exec("WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < " +
+          std::to_string(count) +
           ") INSERT INTO numbers SELECT n, CASE WHEN n % 997 = 0 THEN printf('%.*c', 400000, 'x') "
-          "ELSE substr('" + std::string(49, 'a') + "', 1, n % 50) || n END FROM c");
+          "ELSE substr('" +
+          std::string(49, 'a') + "', 1, n % 50) || n END FROM c");
 }
 
 std::string ExpectedLabel(int n) {
@@ -40,7 +42,8 @@ TEST(SqliteCursor, RowsArriveWholeAndInOrderWhileTheConnectionAnswersOtherQuerie
     ASSERT_EQ(row[1].ToText(), ExpectedLabel(n)) << "row " << n;
     // A report looks things up on the same connection while its rows are read.
     if (n % 250 == 0) {
-      QueryResult count = connection->Query("select count(*) as c from numbers where n <= " + std::to_string(n));
+      QueryResult count =
+          connection->Query("select count(*) as c from numbers where n <= " + std::to_string(n));
       ASSERT_EQ(count.rows.at(0).at(0).ToLong(), n);
     }
   }

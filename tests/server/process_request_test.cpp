@@ -299,7 +299,8 @@ TEST_F(ProcessRequestTest, SessionIdentifiersAndPasswordsDoNotEscapeIntoTheFileS
   std::sort(top.begin(), top.end());
   std::sort(logs.begin(), logs.end());
   EXPECT_EQ(top, (std::vector<std::string>{"log", "token"}));
-  EXPECT_EQ(logs, (std::vector<std::string>{"..%2F..%2Foffice.txt", "..%2Fhost.txt", "journal.db"}));
+  EXPECT_EQ(logs, (std::vector<std::string>{"..%2F..%2Foffice.txt", "..%2Fhost.txt", "journal.db",
+                                            "journal.db-shm", "journal.db-wal"}));
 
   const std::vector<std::string> log = Log("..%2Fhost");
   EXPECT_NE(std::find(log.begin(), log.end(), "Starting getCustomRS"), log.end());
