@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <initializer_list>
-#include <map>
 #include <optional>
 
 #include "common/sql_server_date.h"
@@ -50,13 +49,6 @@ class DateLiterals {
     for (size_t i = 0; i < tokens_.size(); ++i)
       if (tokens_[i].kind != TokenKind::kBlank && tokens_[i].kind != TokenKind::kComment) sig_.push_back(i);
     AddTablesCreatedHere();
-    const Schema& tables = created_.empty() ? schema_ : created_;
-    for (const auto& [table, columns] : tables) {
-      for (const TableColumn& c : columns) {
-        auto [it, fresh] = date_names_.emplace(c.name, c.is_date);
-        if (!fresh) it->second = it->second && c.is_date;
-      }
-    }
   }
 
   void Rewrite() {
@@ -72,9 +64,19 @@ class DateLiterals {
   bool Has(size_t k) const { return k < sig_.size(); }
   const Schema& Tables() const { return created_.empty() ? schema_ : created_; }
 
+  // Whether every column of that name, in whichever table, holds dates (and there is one). Looked up
+  // in place: a text has a few literals, the shop hundreds of columns.
   bool IsDateColumn(const std::string& name) const {
-    auto it = date_names_.find(name);
-    return it != date_names_.end() && it->second;
+    if (name.empty()) return false;
+    bool found = false;
+    for (const auto& [table, columns] : Tables()) {
+      for (const TableColumn& c : columns) {
+        if (c.name != name) continue;
+        if (!c.is_date) return false;
+        found = true;
+      }
+    }
+    return found;
   }
 
   void ToStoredDate(size_t k) {
@@ -240,7 +242,6 @@ class DateLiterals {
   const Schema& schema_;
   Schema created_;           // the schema with the tables this text creates, when it creates any
   std::vector<size_t> sig_;  // indexes of the tokens that are neither blanks nor comments
-  std::map<std::string, bool> date_names_;
 };
 
 }  // namespace
