@@ -155,10 +155,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
  public:
   SqliteConnection(DbHandle db, std::string catalog, FileHandle sql_log)
       : sql_log_(std::move(sql_log)), db_(std::move(db)), catalog_(std::move(catalog)) {}
-  ~SqliteConnection() override {
-    GateLock lock(*gate_);
-    db_.reset();
-  }
+  ~SqliteConnection() override { Close(); }
 
   SqlDialect dialect() const override { return SqlDialect::kSqlite; }
 
@@ -197,6 +194,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
 
   void Close() override {
     GateLock lock(*gate_);
+    schema_version_query_.reset();
     db_.reset();
   }
   bool IsOpen() const override { return db_ != nullptr; }
@@ -212,7 +210,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
 
   // The tables' columns as declared, for the adapter; read again whenever the schema has changed.
   const tsql::Schema& AdapterSchema() {
-    const int64_t version = SingleNumber(tsql::kSqliteSchemaVersionQuery);
+    const int64_t version = SchemaVersion();
     if (version != schema_version_) {
       tsql::Schema schema;
       StmtHandle stmt = Prepare(tsql::kSqliteColumnsQuery, nullptr);
@@ -230,10 +228,17 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
     return schema_;
   }
 
-  int64_t SingleNumber(const char* sql) {
-    StmtHandle stmt = Prepare(sql, nullptr);
-    if (sqlite3_step(stmt.get()) != SQLITE_ROW) Raise(db());
-    return sqlite3_column_int64(stmt.get(), 0);
+  // Asked before every text, so prepared once.
+  int64_t SchemaVersion() {
+    if (!schema_version_query_) schema_version_query_ = Prepare(tsql::kSqliteSchemaVersionQuery, nullptr);
+    sqlite3_stmt* stmt = schema_version_query_.get();
+    if (sqlite3_step(stmt) != SQLITE_ROW) {
+      sqlite3_reset(stmt);
+      Raise(db());
+    }
+    const int64_t version = sqlite3_column_int64(stmt, 0);
+    sqlite3_reset(stmt);
+    return version;
   }
 
   // The first statement of the text that returns columns, prepared; statements before it run for
@@ -359,6 +364,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   // Declared before the database, so that it outlives the trace that writes to it.
   FileHandle sql_log_;
   DbHandle db_;
+  StmtHandle schema_version_query_;  // finalized before the database closes
   std::string catalog_;
   tsql::Schema schema_;
   int64_t schema_version_ = -1;
