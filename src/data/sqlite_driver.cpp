@@ -479,7 +479,7 @@ class SqliteCursor : public RowCursor {
       changed_.wait(lock, [&] { return stop_ || ready_.size() < kBatchesAhead; });
       if (stop_) return;
       if (count > 0) ready_.push_back(std::move(batch));
-      failure_ = failure;
+      failure_ = std::move(failure);  // handed over whole: the reader keeps no share of it
       ended_ = !more;
       changed_.notify_all();
     }
