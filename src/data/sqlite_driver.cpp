@@ -89,7 +89,8 @@ int LogStatement(unsigned /*type*/, void* file, void* stmt, void* unexpanded) {
 // reader for one row). The cursor keeps its connection, and so the gate, until it is destroyed.
 struct Gate {
   std::mutex mutex;
-  std::atomic<int> waiting{0};  // threads waiting for the mutex
+  std::atomic<int> waiting{0};            // threads waiting for the mutex
+  std::atomic<std::thread::id> holder{};  // the thread that has it
 };
 
 // Holds the gate for one scope, counted as waiting while it waits, so that a reader going from row
@@ -100,8 +101,12 @@ class GateLock {
     gate_.waiting.fetch_add(1);
     gate_.mutex.lock();
     gate_.waiting.fetch_sub(1);
+    gate_.holder = std::this_thread::get_id();
   }
-  ~GateLock() { gate_.mutex.unlock(); }
+  ~GateLock() {
+    gate_.holder = std::thread::id();
+    gate_.mutex.unlock();
+  }
   GateLock(const GateLock&) = delete;
   GateLock& operator=(const GateLock&) = delete;
 
@@ -203,8 +208,12 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   Gate& gate() { return *gate_; }
 
  private:
+  // The database, for a caller that holds the gate.
   sqlite3* db() {
     if (!db_) throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
+    if (gate_->holder != std::this_thread::get_id())
+      throw Error(err::kDatabaseError, "The shop connection was used without waiting for its other reader.",
+                  "sqlite");
     return db_.get();
   }
 
