@@ -32,14 +32,14 @@ std::string Format(const Variant& value, std::string_view pattern) {
     case K::kInteger:
     case K::kLong:
     case K::kLongLong:
-      return FormatDecimal(std::to_string(value.whole()), pattern, vb);
+      return FormatScaled(value.whole(), 0, pattern, vb);
     case K::kSingle:
     case K::kDouble:
       return FormatDouble(value.floating(), pattern, vb);
     case K::kDecimal:
       return FormatDecimal(value.decimal().text, pattern, vb);
     case K::kCurrency:
-      return FormatDecimal(value.currency().ToString(), pattern, vb);
+      return FormatScaled(value.currency().raw(), 4, pattern, vb);
     case K::kDate:
       if (IsNumericPattern(pattern)) return FormatDouble(value.ToDouble(), pattern, vb);
       return FormatDate(value.date(), pattern);

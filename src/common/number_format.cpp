@@ -116,6 +116,19 @@ Decimal Decimal15(double value) {
   return d;
 }
 
+// The decimal form of value x 10^-scale.
+Decimal ScaledDecimal(int64_t value, int scale) {
+  Decimal d;
+  d.negative = value < 0;
+  const uint64_t magnitude = d.negative ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  char buffer[20];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, magnitude);
+  d.digits.assign(buffer, result.ptr);
+  d.point = static_cast<long>(d.digits.size()) - scale;
+  StripTrailingZeros(d);
+  return d;
+}
+
 std::string PlainText(const Decimal& d) {
   if (d.IsZero()) return "0";
   std::string text = d.negative ? "-" : "";
@@ -617,6 +630,10 @@ std::string FormatDateDotNet(const DateParts& p, std::string_view pattern) {
 
 std::string FormatDecimal(std::string_view decimal_text, std::string_view pattern, FormatRules rules) {
   return FormatNumber(ParseDecimalText(decimal_text), pattern, rules);
+}
+
+std::string FormatScaled(int64_t value, int scale, std::string_view pattern, FormatRules rules) {
+  return FormatNumber(ScaledDecimal(value, scale), pattern, rules);
 }
 
 std::string FormatDouble(double value, std::string_view pattern, FormatRules rules) {
