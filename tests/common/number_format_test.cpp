@@ -5,9 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <limits>
-#include <utility>
 
-#include "common/currency.h"
 #include "common/error.h"
 
 namespace ent {
@@ -118,29 +116,6 @@ TEST(FormatDecimal, RejectsBadTextAndScientificPatterns) {
   EXPECT_THROW(FormatDecimal("1", "0.00E+00", kVb), Error);
   EXPECT_THROW(FormatDecimal("1", "0.00E0", kSql), Error);
   EXPECT_EQ(FormatDecimal("1", "0E", kSql), "1E");
-}
-
-// A currency's ten-thousandths and a whole number format as their plain decimal texts do: signs,
-// zero, halves at the pattern's last place, values rounding to zero, the ends of the 64-bit range.
-TEST(FormatScaled, GivesWhatItsDecimalTextGives) {
-  constexpr int64_t kMax = std::numeric_limits<int64_t>::max(), kMin = std::numeric_limits<int64_t>::min();
-  const int64_t values[] = {0,      1,     -1,    49,       50,        -50,        5000, -5000, 12345,
-                            -12345, 10000, 99995, 99995000, -99995000, 1234567890, kMax, kMin};
-  const char* const patterns[] = {"###,###,##0.00", "##,###.00", "#.##", "0",        "0.00;(0.00);\"zero\"",
-                                  "0;;\"nil\"",     "#,##0,",    "0.0%", "0.0000000"};
-  for (int64_t value : values) {
-    // As a whole number (scale 0) and as a currency's ten-thousandths (scale 4).
-    const std::pair<int, std::string> forms[] = {{0, std::to_string(value)},
-                                                 {4, Currency::FromRaw(value).ToString()}};
-    for (const auto& [scale, text] : forms) {
-      for (const char* pattern : patterns) {
-        for (FormatRules rules : {kVb, kSql}) {
-          EXPECT_EQ(FormatScaled(value, scale, pattern, rules), FormatDecimal(text, pattern, rules))
-              << text << " with " << pattern;
-        }
-      }
-    }
-  }
 }
 
 TEST(FormatDouble, UsesTheFifteenDigitForm) {
