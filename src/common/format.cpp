@@ -1,7 +1,10 @@
 #include "common/format.h"
 
+#include <cmath>
+
 #include "common/number_format.h"
 #include "common/numeric_text.h"
+#include "common/value_helpers.h"
 
 namespace ent {
 
@@ -32,14 +35,14 @@ std::string Format(const Variant& value, std::string_view pattern) {
     case K::kInteger:
     case K::kLong:
     case K::kLongLong:
-      return FormatDecimal(std::to_string(value.whole()), pattern, vb);
+      return FormatScaled(value.whole(), 0, pattern, vb);
     case K::kSingle:
     case K::kDouble:
       return FormatDouble(value.floating(), pattern, vb);
     case K::kDecimal:
       return FormatDecimal(value.decimal().text, pattern, vb);
     case K::kCurrency:
-      return FormatDecimal(value.currency().ToString(), pattern, vb);
+      return FormatScaled(value.currency().raw(), 4, pattern, vb);
     case K::kDate:
       if (IsNumericPattern(pattern)) return FormatDouble(value.ToDouble(), pattern, vb);
       return FormatDate(value.date(), pattern);
@@ -55,6 +58,29 @@ std::string Format(const Variant& value, std::string_view pattern) {
       return value.ToText();  // raises the conversion's error
   }
   return value.ToText();
+}
+
+std::string FormatAsText(const Variant& value, std::string_view pattern) {
+  using K = Variant::Kind;
+  if (IsNumericPattern(pattern)) {
+    switch (value.kind()) {
+      case K::kByte:
+      case K::kInteger:
+      case K::kLong:
+      case K::kLongLong:
+      case K::kCurrency:
+        return Format(value, pattern);
+      case K::kDouble:
+        // The text holds the double's 15 significant digits, rounded as Format rounds the double
+        // itself (correctly, halves to even). Near the end of the range that text can pass the
+        // largest double and, like the text of an infinity or NaN, read as no number at all.
+        if (std::fabs(value.floating()) < 1e308) return Format(value, pattern);
+        break;
+      default:
+        break;
+    }
+  }
+  return Format(Variant(SafeString(value)), pattern);
 }
 
 }  // namespace ent

@@ -12,6 +12,11 @@ namespace ent {
 
 std::string Format(const Variant& value, std::string_view pattern);
 
+// Format of the value's text (a null's is the empty text), for values the reports hold as text.
+// Under a numeric pattern a currency, a whole number or a double below 1E308 is formatted from the
+// number itself, which is what its text reads back as.
+std::string FormatAsText(const Variant& value, std::string_view pattern);
+
 // The display pattern of amounts.
 inline constexpr std::string_view kAmountPattern = "###,###,##0.00";
 

@@ -116,6 +116,19 @@ Decimal Decimal15(double value) {
   return d;
 }
 
+// The decimal form of value x 10^-scale.
+Decimal ScaledDecimal(int64_t value, int scale) {
+  Decimal d;
+  d.negative = value < 0;
+  const uint64_t magnitude = d.negative ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  char buffer[20];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, magnitude);
+  d.digits.assign(buffer, result.ptr);
+  d.point = static_cast<long>(d.digits.size()) - scale;
+  StripTrailingZeros(d);
+  return d;
+}
+
 std::string PlainText(const Decimal& d) {
   if (d.IsZero()) return "0";
   std::string text = d.negative ? "-" : "";
@@ -336,58 +349,66 @@ std::string Render(const Decimal& value, const Layout& layout, bool sign, Format
   return out;
 }
 
-// A report formats whole columns with one pattern, so the tokens of the last pattern read on this
-// thread are kept (over a copy of its text, which the literal tokens point into).
-const std::vector<Token>& PatternTokens(std::string_view pattern, FormatRules rules) {
+// A number pattern read: its tokens and what each of its sections asks for. Sections: positive (and
+// everything else when alone); negative; zero. Any further ones are ignored; a missing or empty one
+// falls back to the first.
+struct NumberPattern {
+  std::vector<Token> tokens;
+  std::array<Layout, 3> sections;  // over `tokens`
+  size_t count = 0;
+
+  size_t SectionFor(size_t wanted) const {
+    return wanted < count && !sections[wanted].tokens.empty() ? wanted : 0;
+  }
+};
+
+void ReadSections(NumberPattern& read, FormatRules rules) {
+  const Section tokens(read.tokens);
+  read.count = 0;
+  size_t begin = 0;
+  for (size_t i = 0; i <= tokens.size() && read.count < read.sections.size(); ++i) {
+    if (i == tokens.size() || tokens[i].kind == Tok::kSection) {
+      read.sections[read.count++] = ScanSection(tokens.subspan(begin, i - begin), rules);
+      begin = i + 1;
+    }
+  }
+}
+
+// A report formats whole columns with one pattern, so the last pattern read on this thread is kept
+// (over a copy of its text, which the literal tokens point into).
+const NumberPattern& ReadNumberPattern(std::string_view pattern, FormatRules rules) {
   struct Cache {
     bool valid = false;
     FormatRules rules = FormatRules::kVisualBasic;
     std::string pattern;
-    std::vector<Token> tokens;
+    NumberPattern read;
   };
   thread_local Cache cache;
   if (!cache.valid || cache.rules != rules || cache.pattern != pattern) {
     cache.valid = false;
     cache.pattern.assign(pattern);
     cache.rules = rules;
-    cache.tokens = TokenizeNumberPattern(cache.pattern, rules);
+    cache.read.tokens = TokenizeNumberPattern(cache.pattern, rules);
+    ReadSections(cache.read, rules);
     cache.valid = true;
   }
-  return cache.tokens;
+  return cache.read;
 }
 
 std::string FormatNumber(Decimal value, std::string_view pattern, FormatRules rules) {
-  const std::vector<Token>& tokens = PatternTokens(pattern, rules);
-  // Sections: positive (and everything else when alone); negative; zero. Any further ones are
-  // ignored; a missing or empty one falls back to the first.
-  std::array<Section, 3> sections;
-  size_t count = 0;
-  size_t begin = 0;
-  for (size_t i = 0; i <= tokens.size() && count < sections.size(); ++i) {
-    if (i == tokens.size() || tokens[i].kind == Tok::kSection) {
-      sections[count++] = Section(tokens).subspan(begin, i - begin);
-      begin = i + 1;
-    }
-  }
-  auto section_for = [&](size_t wanted) { return wanted < count && !sections[wanted].empty() ? wanted : 0; };
-
+  const NumberPattern& read = ReadNumberPattern(pattern, rules);
   const bool was_zero = value.IsZero();
-  size_t section = section_for(was_zero ? 2 : value.negative ? 1 : 0);
-  Layout layout = ScanSection(sections[section], rules);
+  size_t section = read.SectionFor(was_zero ? 2 : value.negative ? 1 : 0);
   if (!was_zero) {
-    value.point += layout.shift;
-    RoundDigits(value, value.point + layout.frac_places);
+    value.point += read.sections[section].shift;
+    RoundDigits(value, value.point + read.sections[section].frac_places);
     if (value.IsZero() && rules == FormatRules::kSqlServer) {
       // .NET drops the sign of a value that rounds to zero and formats it as a zero.
       value.negative = false;
-      const size_t zero_section = section_for(2);
-      if (zero_section != section) {
-        section = zero_section;
-        layout = ScanSection(sections[section], rules);
-      }
+      section = read.SectionFor(2);
     }
   }
-  return Render(value, layout, value.negative && section == 0, rules);
+  return Render(value, read.sections[section], value.negative && section == 0, rules);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -617,6 +638,10 @@ std::string FormatDateDotNet(const DateParts& p, std::string_view pattern) {
 
 std::string FormatDecimal(std::string_view decimal_text, std::string_view pattern, FormatRules rules) {
   return FormatNumber(ParseDecimalText(decimal_text), pattern, rules);
+}
+
+std::string FormatScaled(int64_t value, int scale, std::string_view pattern, FormatRules rules) {
+  return FormatNumber(ScaledDecimal(value, scale), pattern, rules);
 }
 
 std::string FormatDouble(double value, std::string_view pattern, FormatRules rules) {

@@ -20,6 +20,7 @@
 // Scientific patterns (E+0) are not supported and fail with ent::Error.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,10 @@ enum class FormatRules { kVisualBasic, kSqlServer };
 // (at least one digit; no exponent, no separators). All its digits count, however many. Fails with
 // ent::Error (type mismatch) on other text and on unsupported patterns.
 std::string FormatDecimal(std::string_view decimal_text, std::string_view pattern, FormatRules rules);
+
+// Formats the number value x 10^-scale (a currency's ten-thousandths with scale 4, a whole number
+// with scale 0) exactly as FormatDecimal formats its plain decimal text; scale is 0 to 18.
+std::string FormatScaled(int64_t value, int scale, std::string_view pattern, FormatRules rules);
 
 // Formats a double: first takes its 15-significant-digit decimal form (DecimalText15), then
 // FormatDecimal. NaN and infinities give "NaN", "Infinity" and "-Infinity" whatever the pattern.

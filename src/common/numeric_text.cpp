@@ -110,6 +110,12 @@ std::optional<double> ToDouble(const NumericParts& parts) {
   return parts.negative ? -value : value;
 }
 
+// Whether the value is beyond the double range; one below 10^308 never is, so only longer numbers
+// are converted to find out.
+bool Overflows(const NumericParts& parts) {
+  return Magnitude(parts) > 308 && !ToDouble(parts);
+}
+
 }  // namespace
 
 std::optional<double> ParseNumericText(std::string_view text) {
@@ -119,12 +125,13 @@ std::optional<double> ParseNumericText(std::string_view text) {
 }
 
 bool IsNumericText(std::string_view text) {
-  return ParseNumericText(text).has_value();
+  const std::optional<NumericParts> parts = Scan(text);
+  return parts && !Overflows(*parts);
 }
 
 std::optional<std::string> NumericTextToDecimal(std::string_view text) {
   const std::optional<NumericParts> parts = Scan(text);
-  if (!parts || !ToDouble(*parts)) return std::nullopt;
+  if (!parts || Overflows(*parts)) return std::nullopt;
   const long magnitude = Magnitude(*parts);
   if (parts->digits.empty() || magnitude <= -400) {
     return parts->digits.empty() && parts->written_decimals > 0 && parts->scale < 0

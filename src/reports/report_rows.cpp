@@ -19,6 +19,21 @@ std::vector<size_t> ColumnsOf(const std::vector<Field>& fields, const std::vecto
   return columns;
 }
 
+// A currency or whole number in an amount column stays a number until it is formatted: its text
+// would read back as exactly that number, for the sums and for the amount pattern alike.
+bool KeptAsNumber(const Variant& value) {
+  switch (value.kind()) {
+    case Variant::Kind::kByte:
+    case Variant::Kind::kInteger:
+    case Variant::Kind::kLong:
+    case Variant::Kind::kLongLong:
+    case Variant::Kind::kCurrency:
+      return true;
+    default:
+      return false;
+  }
+}
+
 class ReportRowCursor : public RowCursor {
  public:
   ReportRowCursor(std::unique_ptr<RowCursor> query, ReportRowSteps steps)
@@ -28,6 +43,8 @@ class ReportRowCursor : public RowCursor {
     for (const std::string& name : steps_.columns) fields_.push_back(ResultTextField(name));
     totals_ = ColumnsOf(fields_, steps_.totals);
     amounts_ = ColumnsOf(fields_, steps_.amounts);
+    is_amount_.resize(fields_.size());
+    for (size_t c : amounts_) is_amount_[c] = true;
     sums_.resize(totals_.size());
   }
 
@@ -39,8 +56,12 @@ class ReportRowCursor : public RowCursor {
       if (steps_.make) {
         steps_.make(query_->fields(), in_, row);
       } else {
-        for (size_t c = 0; c < row.size() && c < in_.size(); ++c)
-          row[c] = in_[c].IsString() ? std::move(in_[c]) : Variant(SafeString(in_[c]));
+        for (size_t c = 0; c < row.size() && c < in_.size(); ++c) {
+          if (in_[c].IsString() || (is_amount_[c] && KeptAsNumber(in_[c])))
+            row[c] = std::move(in_[c]);
+          else
+            row[c] = Variant(SafeString(in_[c]));
+        }
       }
       for (size_t i = 0; i < totals_.size(); ++i) sums_[i] += clsRS::toCurrency(row[totals_[i]]);
       FormatAmounts(row);
@@ -66,6 +87,7 @@ class ReportRowCursor : public RowCursor {
   ReportRowSteps steps_;
   std::vector<Field> fields_;
   std::vector<size_t> totals_, amounts_;
+  std::vector<bool> is_amount_;  // by column
   std::vector<Currency> sums_;
   std::vector<Variant> in_;
   bool any_ = false;

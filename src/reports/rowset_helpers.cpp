@@ -132,6 +132,11 @@ void clsRS::formatColumns(Recordset& rs, const std::vector<std::string>& names, 
 }
 
 Currency clsRS::toCurrency(const Variant& value) {
+  // Text is read once: its numeric reading is the decimal the currency is made from.
+  if (value.IsString()) {
+    const std::optional<std::string> decimal = NumericTextToDecimal(value.text());
+    return decimal ? Currency::FromDecimalText(*decimal) : Currency();
+  }
   if (value.IsNull() || !IsNumericValue(value)) return Currency();
   return value.ToCurrency();
 }

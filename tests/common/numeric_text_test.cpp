@@ -59,6 +59,8 @@ TEST(NumericText, ReadsTheWayIsNumericDoes) {
       {"E3", nullptr},
       {"&H10", nullptr},
       {"1E309", nullptr},
+      {"1.8E308", nullptr},
+      {"-180,000E303", nullptr},
       {"$$5", nullptr},
   };
   for (const auto& c : cases) {
@@ -79,6 +81,7 @@ TEST(NumericText, ValuesAreCorrectlyRoundedDoubles) {
   EXPECT_EQ(ParseNumericText("1.7976931348623157E308"), 1.7976931348623157e308);
   EXPECT_EQ(ParseNumericText("1E-401"), 0.0);
   EXPECT_EQ(NumericTextToDecimal("1E308"), "1" + std::string(308, '0'));
+  EXPECT_TRUE(IsNumericText("1.79E308"));
   EXPECT_EQ(NumericTextToDecimal("-1.5E-3"), "-0.0015");
   EXPECT_EQ(ParseNumericText("12abc"), std::nullopt);
 }

@@ -27,14 +27,17 @@ class StreamedReportTest : public ::testing::Test {
   }
 
   // The copied form: every row fetched, copied as text, totalled, then formatted.
-  std::string Copied(const std::string& sql) {
+  std::string Copied(const std::string& sql, std::vector<std::string> totals = {"Amt", "Sum"},
+                     std::vector<std::string> amounts = {"Amt", "Sum"}) {
     clsRS engine;
     engine.openConnections();
     std::string status;
     auto query = engine.runQuery(sql, status, false);
     auto copy = clsRS::copyRS(query.get());
-    clsRS::appendTotalRow(*copy, {"Amt", "Sum", ""});
-    clsRS::formatColumns(*copy, {"Amt", "Sum", ""}, kAmountPattern);
+    totals.emplace_back();  // the lists' spare last entry
+    amounts.emplace_back();
+    clsRS::appendTotalRow(*copy, totals);
+    clsRS::formatColumns(*copy, amounts, kAmountPattern);
     return ResultDocument::FromRowset(*copy)->Text();
   }
 
@@ -67,6 +70,29 @@ TEST_F(StreamedReportTest, RowsReadAsWrittenGiveTheCopiedDocument) {
   for (uint64_t at = 0; size_t n = document->Read(at, piece, sizeof piece); at += n) pieces.append(piece, n);
   EXPECT_EQ(pieces, text);
   EXPECT_EQ(document->bytes(), text.size());
+}
+
+TEST_F(StreamedReportTest, AmountsHeldAsNumbersGiveWhatTheirTextsGive) {
+  // Money and whole numbers stay numbers until formatted: signs, zero, halves of a cent, large
+  // values and nulls. Doubles are summed from their text, which rounds differently: 0.00015 reads
+  // as 0.0002 and makes the total 0.01 where the doubles themselves would sum to 0.0049.
+  db_.Exec(
+      "create table amount (id int primary key, m money, n bigint, f float);"
+      "insert into amount values (1, 0.005, 5, 0.00015), (2, -0.005, -7, 0.0048), (3, 0, 0, 0),"
+      " (4, 2.675, 123456789012, -0), (5, -0.0049, null, null), (6, 900000000000000.9999, -2147483649, 1e-7),"
+      " (7, null, 1, 2.5);");
+  const std::string sql = "select id as Id, m as M, n as N, f as F from amount order by id";
+  ReportRowSteps steps;
+  steps.totals = {"M", "N", "F"};
+  steps.amounts = steps.totals;
+  std::string status;
+  auto rows = StreamReportRows(db_.Connect(), sql, {}, std::move(steps), status);
+  ASSERT_EQ(status, "0");
+  const std::string text = ResultDocument::FromRowset(*rows)->Text();
+  EXPECT_EQ(text, Copied(sql, {"M", "N", "F"}, {"M", "N", "F"}));
+  EXPECT_NE(text.find("Id='[b]TOTAL' M='900,000,000,000,003.67' N='121,309,305,362.00' F='2.51'"),
+            std::string::npos)
+      << text;
 }
 
 TEST_F(StreamedReportTest, ComputedColumnsTypedByNameAndEmptyResults) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "common/error.h"
 #include "common/thread_values.h"
 #include "data/sql_text.h"
 #include "reports/cls_rs.h"
@@ -80,6 +81,12 @@ TEST(RowsetHelpers, ToCurrencyAndRunQuery) {
   EXPECT_EQ(clsRS::toCurrency(Variant("")).raw(), 0);
   EXPECT_EQ(clsRS::toCurrency(Variant("x1")).raw(), 0);
   EXPECT_EQ(clsRS::toCurrency(Variant("1,000.12345")).ToString(), "1000.1234");
+  // Text is read exactly, halves to even, with every form numeric text takes; beyond a double: 0.
+  EXPECT_EQ(clsRS::toCurrency(Variant(" ($1,234.56785) ")).ToString(), "-1234.5678");
+  EXPECT_EQ(clsRS::toCurrency(Variant("0.00015")).ToString(), "0.0002");
+  EXPECT_EQ(clsRS::toCurrency(Variant("2.5E-3")).ToString(), "0.0025");
+  EXPECT_EQ(clsRS::toCurrency(Variant("1E309")).raw(), 0);
+  EXPECT_THROW(clsRS::toCurrency(Variant("1E15")), Error);
   EXPECT_EQ(clsRS::toCurrency(Variant(2.5)).ToString(), "2.5");
 
   test::TestDb db;

@@ -25,7 +25,7 @@ std::string Text(const Variant& value) {
 
 // An amount cell of the report: the value as text, formatted and trimmed.
 std::string Amount(const Variant& value) {
-  return TrimBlanks(Format(Variant(Text(value)), kAmountPattern));
+  return TrimBlanks(FormatAsText(value, kAmountPattern));
 }
 
 // The first row's value of `column` as text; the empty text when there is none or it is null.
