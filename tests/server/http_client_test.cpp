@@ -36,7 +36,8 @@ class RawService {
  public:
   using Answer = std::function<void(int fd, const std::atomic<bool>& stopping)>;
 
-  explicit RawService(Answer answer) : answer_(std::move(answer)), listener_(socket(AF_INET, SOCK_STREAM, 0)) {
+  explicit RawService(Answer answer)
+      : answer_(std::move(answer)), listener_(socket(AF_INET, SOCK_STREAM, 0)) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -63,7 +64,9 @@ class RawService {
     close(listener_);
   }
 
-  std::string Url(const std::string& path) const { return "http://127.0.0.1:" + std::to_string(port_) + path; }
+  std::string Url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(port_) + path;
+  }
   int port() const { return port_; }
   std::vector<std::string> requests() {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -97,12 +100,14 @@ class RawService {
   std::thread thread_;
 };
 
-bool Send(int fd, const std::string& bytes) { return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0; }
+bool Send(int fd, const std::string& bytes) {
+  return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0;
+}
 
-// Sends `piece` every 100 ms for at most five seconds.
+// Sends `head`, and then `piece` every 100 ms (or nothing) for at most five seconds.
 void Trickle(int fd, const std::atomic<bool>& stopping, const std::string& head, const std::string& piece) {
   Send(fd, head);
-  for (int i = 0; i < 50 && !stopping && Send(fd, piece); ++i)
+  for (int i = 0; i < 50 && !stopping && (piece.empty() || Send(fd, piece)); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
 }
 
@@ -142,7 +147,8 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
            {"http:/head.example/", "only http:// and https:// addresses are used"}}) {
     EXPECT_EQ(WebAddressFault(url).rfind(fault, 0), 0u) << url << ": " << WebAddressFault(url);
     EXPECT_EQ(HostOfAddress(url), "") << url;
-    EXPECT_EQ(Failure([&] { HttpGet(url, {1, 1}); }), "The address " + url + " is refused: " + WebAddressFault(url) + ".");
+    const std::string failure = Failure([&] { HttpGet(url, {1, 1}); });
+    EXPECT_EQ(failure, "The address " + url + " is refused: " + WebAddressFault(url) + ".");
   }
 
   // What is contacted: the host and port as read, the path and query as written, without the fragment.
@@ -159,7 +165,9 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
 
 TEST(HttpClientTest, ARedirectComesBackAsItCame) {
   RawService service([](int fd, const std::atomic<bool>&) {
-    Send(fd, "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: 5\r\n\r\nmoved");
+    Send(fd,
+         "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: "
+         "5\r\n\r\nmoved");
   });
   const HttpResponse answer = HttpGet(service.Url("/here"), {5, 5});
   EXPECT_EQ(answer.status, 302);
@@ -174,25 +182,43 @@ TEST(HttpClientTest, ATricklingServiceIsLeftAtTheTotalTimeout) {
   for (const std::string& head : {std::string("HTTP/1.1 200 OK\r\n"),
                                   std::string("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n")}) {
     const std::string piece = head.size() < 20 ? "X-Slow: 1\r\n" : "1\r\nx\r\n";
-    RawService service([&](int fd, const std::atomic<bool>& stopping) { Trickle(fd, stopping, head, piece); });
+    RawService service(
+        [&](int fd, const std::atomic<bool>& stopping) { Trickle(fd, stopping, head, piece); });
     const auto start = Clock::now();
     const std::string failure = Failure([&] { HttpGet(service.Url("/"), {5, 1}); });
-    EXPECT_EQ(failure.rfind("The service at " + service.Url("/") + " cannot be reached: no answer in time", 0), 0u)
+    EXPECT_EQ(
+        failure.rfind("The service at " + service.Url("/") + " cannot be reached: no answer in time", 0), 0u)
         << failure;
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(2500));
   }
 }
 
-TEST(HttpClientTest, AnAnnouncedLengthOverTheCapIsRefusedBeforeTheBodyIsRead) {
-  // The service sends all but the last announced byte and then waits: only the announcement can
-  // refuse the answer before the total timeout.
-  RawService service([](int fd, const std::atomic<bool>& stopping) {
+TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
+  // All but the last announced byte, and then nothing: only the announcement can refuse the answer
+  // before the total timeout.
+  RawService announced([](int fd, const std::atomic<bool>& stopping) {
     Trickle(fd, stopping, "HTTP/1.1 200 OK\r\nContent-Length: 11\r\n\r\n0123456789", "");
   });
   const auto start = Clock::now();
-  EXPECT_EQ(Failure([&] { HttpGet(service.Url("/"), {5, 5, 10}); }),
-            "The answer of the service at " + service.Url("/") + " is longer than 10 bytes; it is refused.");
+  EXPECT_EQ(
+      Failure([&] {
+        HttpGet(announced.Url("/"), {5, 5, 10});
+      }),
+      "The answer of the service at " + announced.Url("/") + " is longer than 10 bytes; it is refused.");
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(2));
+
+  // Header lines without end.
+  RawService flooding([](int fd, const std::atomic<bool>& stopping) {
+    const std::string line = "X-Flood: " + std::string(1000, 'x') + "\r\n";
+    Send(fd, "HTTP/1.1 200 OK\r\n");
+    for (int i = 0; i < 1000 && !stopping && Send(fd, line); ++i) {
+    }
+  });
+  EXPECT_EQ(Failure([&] {
+              HttpGet(flooding.Url("/"), {5, 5});
+            }),
+            "The service at " + flooding.Url("/") +
+                " cannot be reached: the status line and headers of its answer are longer than 65536 bytes");
 }
 
 // A body of `size` bytes handed out in odd pieces; it fails after `fail_at` bytes.
@@ -215,7 +241,8 @@ class PieceBody : public BodySource {
 };
 
 TEST(HttpClientTest, AStreamedBodyGoesWithItsLengthOrTheRequestFails) {
-  RawService service([](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok"); });
+  RawService service(
+      [](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok"); });
   const std::string url = service.Url("/post");
   PieceBody whole(300000, UINT64_MAX);
   EXPECT_EQ(HttpPostStream(url, {"Content-Type: text/xml"}, whole, {5, 10}).body, "ok");
@@ -230,9 +257,13 @@ TEST(HttpClientTest, AStreamedBodyGoesWithItsLengthOrTheRequestFails) {
   EXPECT_TRUE(request.substr(head.size()) == sent);
 
   PieceBody failing(300000, 100000);
-  EXPECT_EQ(Failure([&] { HttpPostStream(url, {}, failing, {5, 10}); }),
+  EXPECT_EQ(Failure([&] {
+              HttpPostStream(url, {}, failing, {5, 10});
+            }),
             "The request to " + url + " could not be sent: the document's file went away");
-  EXPECT_EQ(Failure([&] { HttpPost(url, {"SOAPAction: \"x\"\r\nX-Injected: 1"}, "body", {5, 10}); }),
+  EXPECT_EQ(Failure([&] {
+              HttpPost(url, {"SOAPAction: \"x\"\r\nX-Injected: 1"}, "body", {5, 10});
+            }),
             "The request to " + url +
                 " could not be sent: its header line \"SOAPAction: \"x\"\r\nX-Injected: 1\" is not a line "
                 "\"Name: value\".");
@@ -249,8 +280,9 @@ using Certificate = std::unique_ptr<X509, CertificateFree>;
 
 // A certificate for `key` with the common name `name` and the extensions given, signed by the
 // authority `issuer` (with `issuer_key`), or by itself when there is none.
-Certificate Issue(EVP_PKEY* key, const std::string& name, const std::vector<std::pair<int, std::string>>& extensions,
-                  X509* issuer = nullptr, EVP_PKEY* issuer_key = nullptr) {
+Certificate Issue(EVP_PKEY* key, const std::string& name,
+                  const std::vector<std::pair<int, std::string>>& extensions, X509* issuer = nullptr,
+                  EVP_PKEY* issuer_key = nullptr) {
   static long serial = 0;
   Certificate made(X509_new());
   X509* c = made.get();
@@ -283,8 +315,9 @@ void WritePem(const std::string& path, X509* certificate, EVP_PKEY* key) {
 TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthorities) {
   test::TempDir dir;
   const Key authority_key(EVP_EC_gen("P-256"));
-  const Certificate authority = Issue(authority_key.get(), "Test Authority",
-                                      {{NID_basic_constraints, "critical,CA:TRUE"}, {NID_key_usage, "keyCertSign"}});
+  const Certificate authority =
+      Issue(authority_key.get(), "Test Authority",
+            {{NID_basic_constraints, "critical,CA:TRUE"}, {NID_key_usage, "keyCertSign"}});
   WritePem(dir.file("authorities.pem"), authority.get(), nullptr);
   // OpenSSL's default place for the system's authorities, moved to the test's own.
   setenv("SSL_CERT_FILE", dir.file("authorities.pem").c_str(), 1);
@@ -313,17 +346,17 @@ TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthoriti
 
   const Certificate own = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}});
   const std::string self_signed = fetch(own.get(), url);
-  EXPECT_EQ(self_signed,
-            "The service at " + url + " cannot be reached: its certificate is not trusted for 127.0.0.1 "
-                                      "(self-signed certificate)");
+  EXPECT_EQ(self_signed, "The service at " + url +
+                             " cannot be reached: its certificate is not trusted for 127.0.0.1 "
+                             "(self-signed certificate)");
 
   // The common name is the host, the alternative names are not: the certificate is not the host's.
   const Certificate other = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "DNS:other.example"}},
                                   authority.get(), authority_key.get());
   const std::string misnamed = fetch(other.get(), url);
   EXPECT_EQ(misnamed, "The service at " + url +
-                                         " cannot be reached: its certificate is not trusted for 127.0.0.1 "
-                                         "(IP address mismatch)");
+                          " cannot be reached: its certificate is not trusted for 127.0.0.1 "
+                          "(IP address mismatch)");
   unsetenv("SSL_CERT_FILE");
 }
 
