@@ -147,7 +147,7 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
            {"http:/head.example/", "only http:// and https:// addresses are used"}}) {
     EXPECT_EQ(WebAddressFault(url).rfind(fault, 0), 0u) << url << ": " << WebAddressFault(url);
     EXPECT_EQ(HostOfAddress(url), "") << url;
-    const std::string failure = Failure([&] { HttpGet(url, {1, 1}); });
+    const std::string failure = Failure([&address = url] { HttpGet(address, {1, 1}); });
     EXPECT_EQ(failure, "The address " + url + " is refused: " + WebAddressFault(url) + ".");
   }
 
