@@ -1,7 +1,9 @@
-// Plain HTTP/1.1 exchanges over libcurl, with connect and total timeouts so that a service that
-// never answers cannot hold a request forever, and a cap on the size of an answer so that a service
-// cannot exhaust memory. Only http:// and https:// addresses are used, for redirects too: an address
-// from outside (a WSDL's) must never reach gopher://, dict://, file:// and the like.
+// Plain HTTP/1.1 exchanges over cpp-httplib's client, with connect and total timeouts so that a
+// service that never answers (or answers a byte at a time) cannot hold a request forever, and a cap on
+// the size of an answer so that a service cannot exhaust memory. Only http:// and https:// addresses
+// are used, and redirects are not followed: an address from outside (a WSDL's) must never reach
+// gopher://, file:// and the like, nor lead the client on to another host. https verifies the
+// service's certificate against the system's certificate authorities. No proxy is used.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +19,16 @@ struct HttpTimeouts {
   size_t max_answer_bytes = 4 << 20;  // the body of an answer; a longer one fails the exchange
 };
 
-// Raises ent::Error unless `url` is an http:// or https:// address (the scheme in any case).
+// Why `url` is not an address this client contacts, or "" when it is one: http:// or https:// (the
+// scheme in any case), a host (a name, an IPv4 address or an [IPv6] literal), an optional port, and
+// no user name or password.
+std::string WebAddressFault(const std::string& url);
+
+// Raises ent::Error naming the address and WebAddressFault's reason unless `url` is such an address.
 void CheckWebAddress(const std::string& url);
 
-// The host part of an http(s) address, in lower case ("" when there is none).
+// The host of an address that CheckWebAddress takes, in lower case, an IPv6 literal in its brackets;
+// "" for any other address. It is the host an exchange with `url` contacts.
 std::string HostOfAddress(const std::string& url);
 
 struct HttpResponse {
@@ -31,7 +39,7 @@ struct HttpResponse {
 
 // GET url. A transport failure (refused, unreachable, timed out, bad address), an address that is not
 // http(s) and an answer longer than the cap raise ent::Error whose description names the address and
-// the cause; any HTTP status is returned as it came.
+// the cause; any HTTP status is returned as it came, a redirect too.
 HttpResponse HttpGet(const std::string& url, const HttpTimeouts& timeouts);
 
 // POST body to url with the given extra header lines ("Name: value"). Failures as for HttpGet.

@@ -201,13 +201,10 @@ void SoapClient::Init(const std::string& wsdl_url) {
                                           std::to_string(response.status) + ".");
   auto wsdl = std::make_unique<Wsdl>(Wsdl::Parse(response.body, wsdl_url));
   const std::string& endpoint = wsdl->endpoint();
-  try {
-    CheckWebAddress(endpoint);
-  } catch (const Error&) {
-    throw Error(err::kServiceFailure,
-                "The WSDL at " + wsdl_url + " gives the service address " + endpoint +
-                    ", which is refused: only http:// and https:// addresses are used.");
-  }
+  const std::string fault = WebAddressFault(endpoint);
+  if (!fault.empty())
+    throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " gives the service address " + endpoint +
+                                          ", which is refused: " + fault + ".");
   const std::string host = HostOfAddress(wsdl_url);
   if (HostOfAddress(endpoint) != host)
     throw Error(err::kServiceFailure, "The WSDL at " + wsdl_url + " gives the service address " + endpoint +

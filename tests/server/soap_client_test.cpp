@@ -192,12 +192,20 @@ TEST(SoapClientTest, PostsGoOnlyByHttpToTheHostTheWsdlCameFrom) {
   for (const std::string& address :
        std::vector<std::string>{"http://127.0.0.2:" + std::to_string(port) + "/EntHost/service.asmx",
                                 "http://localhost:" + std::to_string(port) + "/EntHost/service.asmx",
-                                "http://127.0.0.1@10.1.2.3/EntHost/service.asmx"}) {
+                                "http://[::1]:" + std::to_string(port) + "/EntHost/service.asmx"}) {
     TextServer wsdl(WsdlWithAddress(office, address));
     EXPECT_EQ(InitFailure(wsdl.Url()),
               "The WSDL at " + wsdl.Url() + " gives the service address " + address +
                   ", which is refused: posts go only to the configured host 127.0.0.1.");
   }
+  // A user name before the host is refused, not read past: which host is meant stays plain.
+  const std::string named = "http://127.0.0.1@10.1.2.3/EntHost/service.asmx";
+  TextServer named_wsdl(WsdlWithAddress(office, named));
+  EXPECT_EQ(
+      InitFailure(named_wsdl.Url()),
+      "The WSDL at " + named_wsdl.Url() + " gives the service address " + named +
+          ", which is refused: it names a user (user@host); user names and passwords are not taken from "
+          "addresses.");
   EXPECT_TRUE(office.Posts().empty());
 
   // Any port of that host, the scheme in any case.
