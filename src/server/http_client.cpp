@@ -23,6 +23,7 @@
 
 #include "common/error.h"
 #include "common/text.h"
+#include "common/version.h"
 
 namespace ent {
 
@@ -171,6 +172,12 @@ class ExchangeStream : public httplib::Stream {
         exchange_.head_too_long = true;
         return -1;
       }
+      // The body's own cap is the receiver's; this one also bounds what httplib reads around it (a
+      // chunked body's size lines): twice the cap and a head, whatever the answer's framing.
+      if ((answer_bytes_ += static_cast<size_t>(got)) > 2 * exchange_.cap + kMaxHeadBytes) {
+        exchange_.too_large = true;
+        return -1;
+      }
       next_ = 0;
       end_ = static_cast<size_t>(got);
     }
@@ -254,6 +261,7 @@ class ExchangeStream : public httplib::Stream {
   size_t next_ = 0;
   size_t end_ = 0;
   size_t head_bytes_ = 0;
+  size_t answer_bytes_ = 0;
   bool corked_ = false;
 };
 
@@ -409,6 +417,7 @@ HttpResponse Perform(const std::string& method, const std::string& url,
   request.path = address.target;
   request.headers = HeaderFields(url, headers);
   request.headers.emplace("Host", address.HostHeader());
+  request.headers.emplace("User-Agent", "entprcreq/" + ProgramVersion());
   request.response_handler = [&x](const httplib::Response& head) {
     x.head_read = true;
     // An answer that announces a longer body is refused before any of it is read.

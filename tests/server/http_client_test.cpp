@@ -217,6 +217,19 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
             }),
             "The service at " + flooding.Url("/") +
                 " cannot be reached: the status line and headers of its answer are longer than 65536 bytes");
+
+  // A chunked body whose size line never ends: nothing of the body arrives, the bytes still count.
+  RawService endless_chunk([](int fd, const std::atomic<bool>& stopping) {
+    Send(fd, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    const std::string zeros(4096, '0');
+    for (int i = 0; i < 100000 && !stopping && Send(fd, zeros); ++i) {
+    }
+  });
+  EXPECT_EQ(Failure([&] {
+              HttpGet(endless_chunk.Url("/"), {5, 5, 1000});
+            }),
+            "The answer of the service at " + endless_chunk.Url("/") +
+                " is longer than 1000 bytes; it is refused.");
 }
 
 // A body of `size` bytes handed out in odd pieces; it fails after `fail_at` bytes.
