@@ -24,6 +24,7 @@
 #include "common/error.h"
 #include "common/text.h"
 #include "common/version.h"
+#include "server/socket_io.h"
 
 namespace ent {
 
@@ -154,7 +155,7 @@ class ExchangeStream : public httplib::Stream {
   }
 
   bool is_readable() const override {
-    return next_ < end_ || (ssl_ && SSL_pending(ssl_) > 0) || Wait(POLLIN);
+    return !received_.empty() || (ssl_ && SSL_pending(ssl_) > 0) || Wait(POLLIN);
   }
   bool is_writable() const override { return Wait(POLLOUT); }
 
@@ -165,7 +166,7 @@ class ExchangeStream : public httplib::Stream {
       setsockopt(fd_, IPPROTO_TCP, TCP_CORK, &off, sizeof off);
       corked_ = false;
     }
-    if (next_ == end_) {
+    if (received_.empty()) {
       const ssize_t got = Receive();
       if (got <= 0) return got;
       if (!exchange_.head_read && (head_bytes_ += static_cast<size_t>(got)) > kMaxHeadBytes) {
@@ -178,13 +179,9 @@ class ExchangeStream : public httplib::Stream {
         exchange_.too_large = true;
         return -1;
       }
-      next_ = 0;
-      end_ = static_cast<size_t>(got);
+      received_.Received(static_cast<size_t>(got));
     }
-    const size_t n = std::min(size, end_ - next_);
-    std::memcpy(out, buffer_ + next_, n);
-    next_ += n;
-    return static_cast<ssize_t>(n);
+    return static_cast<ssize_t>(received_.Take(out, size));
   }
 
   ssize_t write(const char* data, size_t size) override {
@@ -212,18 +209,9 @@ class ExchangeStream : public httplib::Stream {
   // Waits for `events` until the deadline; false once it has passed (the exchange is then late) or
   // the socket fails.
   bool Wait(short events) const {
-    for (;;) {
-      const auto left =
-          std::chrono::ceil<std::chrono::milliseconds>(exchange_.deadline - Clock::now()).count();
-      if (left <= 0) {
-        exchange_.late = true;
-        return false;
-      }
-      pollfd p{fd_, events, 0};
-      const int ready = poll(&p, 1, static_cast<int>(std::min<long long>(left, INT_MAX)));
-      if (ready > 0) return true;
-      if (ready < 0 && errno != EINTR) return false;
-    }
+    if (WaitForSocket(fd_, events, exchange_.deadline)) return true;
+    if (Clock::now() >= exchange_.deadline) exchange_.late = true;
+    return false;
   }
 
   // After an SSL_read or SSL_write that returned `result`: waits for what OpenSSL needs to go on.
@@ -242,13 +230,13 @@ class ExchangeStream : public httplib::Stream {
     for (;;) {
       if (ssl_) {
         ERR_clear_error();
-        const int got = SSL_read(ssl_, buffer_, sizeof buffer_);
+        const int got = SSL_read(ssl_, received_.space(), static_cast<int>(received_.capacity()));
         if (got > 0) return got;
         if (SSL_get_error(ssl_, got) == SSL_ERROR_ZERO_RETURN) return 0;
         if (!WaitForTls(got)) return -1;
         continue;
       }
-      const ssize_t got = recv(fd_, buffer_, sizeof buffer_, 0);
+      const ssize_t got = recv(fd_, received_.space(), received_.capacity(), 0);
       if (got >= 0) return got;
       if (errno != EINTR && !((errno == EAGAIN || errno == EWOULDBLOCK) && Wait(POLLIN))) return -1;
     }
@@ -257,9 +245,7 @@ class ExchangeStream : public httplib::Stream {
   int fd_;
   SSL* ssl_;
   Exchange& exchange_;
-  char buffer_[16 * 1024];
-  size_t next_ = 0;
-  size_t end_ = 0;
+  ReceivedBytes received_;
   size_t head_bytes_ = 0;
   size_t answer_bytes_ = 0;
   bool corked_ = false;

@@ -12,28 +12,13 @@
 #include <memory>
 
 #include "common/error.h"
+#include "server/socket_io.h"
 
 namespace ent {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// Milliseconds until `end` (0 once it has passed), for poll().
-int MillisecondsUntil(Clock::time_point end) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-  return left <= 0 ? 0 : static_cast<int>(std::min<long long>(left, 60000));
-}
-
-bool WaitFor(int fd, short events, Clock::time_point end) {
-  for (;;) {
-    pollfd p{fd, events, 0};
-    const int ready = poll(&p, 1, MillisecondsUntil(end));
-    if (ready > 0) return true;
-    if (ready == 0 && Clock::now() >= end) return false;
-    if (ready < 0 && errno != EINTR) return false;
-  }
-}
 
 void Address(int fd, bool peer, std::string& ip, int& port) {
   sockaddr_storage address{};
@@ -60,21 +45,17 @@ class DeadlineStream : public httplib::Stream {
  public:
   DeadlineStream(int fd, Clock::time_point read_end) : fd_(fd), read_end_(read_end) {}
 
-  bool is_readable() const override { return WaitFor(fd_, POLLIN, read_end_); }
-  bool is_writable() const override { return WaitFor(fd_, POLLOUT, Clock::now() + kWriteWait); }
+  bool is_readable() const override { return WaitForSocket(fd_, POLLIN, read_end_); }
+  bool is_writable() const override { return WaitForSocket(fd_, POLLOUT, Clock::now() + kWriteWait); }
 
   ssize_t read(char* ptr, size_t size) override {
-    if (next_ == end_) {
+    if (received_.empty()) {
       if (!is_readable()) return -1;
-      const ssize_t got = recv(fd_, buffer_, sizeof buffer_, 0);
+      const ssize_t got = recv(fd_, received_.space(), received_.capacity(), 0);
       if (got <= 0) return got;
-      next_ = 0;
-      end_ = static_cast<size_t>(got);
+      received_.Received(static_cast<size_t>(got));
     }
-    const size_t n = std::min(size, end_ - next_);
-    std::memcpy(ptr, buffer_ + next_, n);
-    next_ += n;
-    return static_cast<ssize_t>(n);
+    return static_cast<ssize_t>(received_.Take(ptr, size));
   }
 
   ssize_t write(const char* ptr, size_t size) override {
@@ -90,9 +71,7 @@ class DeadlineStream : public httplib::Stream {
   static constexpr std::chrono::seconds kWriteWait{5};
   int fd_;
   Clock::time_point read_end_;
-  char buffer_[4096];
-  size_t next_ = 0;
-  size_t end_ = 0;
+  ReceivedBytes received_;
 };
 
 // Listening sockets reuse a port left in TIME_WAIT, but never share one that a server listens on
