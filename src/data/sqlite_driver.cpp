@@ -165,7 +165,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   SqlDialect dialect() const override { return SqlDialect::kSqlite; }
 
   void Execute(const std::string& sql) override {
-    GateLock lock(*gate_);
+    GateLock lock(gate_);
     const std::string text = tsql::ToSqlite(sql, AdapterSchema());
     WatchedCall call(db());
     const char* tail = text.c_str();
@@ -180,7 +180,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   }
 
   QueryResult Query(const std::string& sql) override {
-    GateLock lock(*gate_);
+    GateLock lock(gate_);
     WatchedCall call(db());
     StmtHandle stmt = FirstQuery(sql, call);
     return stmt ? Fetch(stmt.get(), call) : QueryResult{};
@@ -190,7 +190,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
 
   void InsertRow(const std::string& table, const std::vector<std::string>& columns,
                  const std::vector<Variant>& values) override {
-    GateLock lock(*gate_);
+    GateLock lock(gate_);
     std::string sql = InsertStatement(table, columns);
     StmtHandle stmt = Prepare(sql.c_str(), nullptr);
     for (size_t i = 0; i < values.size(); ++i) Bind(stmt.get(), static_cast<int>(i + 1), values[i]);
@@ -198,20 +198,20 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   }
 
   void Close() override {
-    GateLock lock(*gate_);
+    GateLock lock(gate_);
     schema_version_query_.reset();
     db_.reset();
   }
   bool IsOpen() const override { return db_ != nullptr; }
 
   // Taken for every call into SQLite on this connection (see Gate).
-  Gate& gate() { return *gate_; }
+  Gate& gate() { return gate_; }
 
  private:
   // The database, for a caller that holds the gate.
   sqlite3* db() {
     if (!db_) throw Error(err::kObjectClosed, "Operation is not allowed when the object is closed.");
-    if (gate_->holder != std::this_thread::get_id())
+    if (gate_.holder != std::this_thread::get_id())
       throw Error(err::kDatabaseError, "The shop connection was used without waiting for its other reader.",
                   "sqlite");
     return db_.get();
@@ -369,7 +369,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
     }
   }
 
-  std::unique_ptr<Gate> gate_ = std::make_unique<Gate>();
+  Gate gate_;
   // Declared before the database, so that it outlives the trace that writes to it.
   FileHandle sql_log_;
   DbHandle db_;
@@ -540,7 +540,7 @@ class SqliteCursor : public RowCursor {
 
 std::unique_ptr<RowCursor> SqliteConnection::OpenCursor(const std::string& sql,
                                                         const ComputedTypes& computed) {
-  GateLock lock(*gate_);
+  GateLock lock(gate_);
   auto call = std::make_unique<WatchedCall>(db());
   StmtHandle stmt = FirstQuery(sql, *call);
   if (!stmt) return CursorOver(QueryResult{});
