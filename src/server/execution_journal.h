@@ -37,6 +37,7 @@ class ExecutionJournal {
 
  private:
   sqlite3* db_ = nullptr;
+  int log_pages_ = 0;  // pages in the log after this connection's last commit
 };
 
 // Where RecordExecution writes: "" (the default) means LogDirectory() + "/journal.db".

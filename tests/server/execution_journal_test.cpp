@@ -279,5 +279,23 @@ TEST_F(ExecutionJournalTest, OldRecordsAgeOutAndAnUnwritableJournalIsReported) {
   SetJournalRetentionDays(30);
 }
 
+// Every process reads the whole log when it opens the journal, so the log must not grow to
+// SQLite's thousand pages between two copies into the file.
+TEST_F(ExecutionJournalTest, TheLogStaysShortAcrossManyRecords) {
+  SetJournalPath(dir_.file("log/journal.db"));
+  ExecutionRecord record;
+  record.start_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                        std::chrono::system_clock::now().time_since_epoch())
+                        .count();
+  record.status = std::string(300, 's');
+  for (int i = 0; i < 400; ++i) {
+    record.session = std::to_string(i);
+    RecordExecution(record);
+  }
+  SetJournalPath("");
+  EXPECT_EQ(Records().size(), 100u);
+  EXPECT_LT(std::filesystem::file_size(dir_.file("log/journal.db-wal")), 600u * 1024);
+}
+
 }  // namespace
 }  // namespace ent
