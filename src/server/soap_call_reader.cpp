@@ -318,6 +318,9 @@ void SoapCallReader::Text(std::string_view raw) {
     return;
   }
   if (!InArgumentText() || run_ == Run::kDone) return;
+  // The whole piece is decoded first and handed on at once: a document sent as text has a reference
+  // every few characters.
+  std::string decoded;
   if (run_ == Run::kNone) {
     // Blanks alone make no text node; they count once something else follows them.
     const size_t first = raw.find_first_not_of(kBlanks);
@@ -326,46 +329,40 @@ void SoapCallReader::Text(std::string_view raw) {
       return;
     }
     run_ = Run::kOpen;
-    std::string held;
-    held.swap(blanks_);
-    EmitRaw(held);
+    AppendRaw(decoded, blanks_);
+    blanks_.clear();
   }
-  std::string decoded;
-  decoded.reserve(raw.size());
+  decoded.reserve(decoded.size() + raw.size());
   size_t i = 0;
   while (i < raw.size()) {
     const size_t amp = raw.find('&', i);
     const size_t end = amp == std::string_view::npos ? raw.size() : amp;
-    if (end > i) {
-      if (!decoded.empty()) {
-        Emit(decoded);
-        decoded.clear();
-      }
-      EmitRaw(raw.substr(i, end - i));
-    }
+    if (end > i) AppendRaw(decoded, raw.substr(i, end - i));
     if (amp == std::string_view::npos) break;
     const size_t semi = raw.find(';', amp);
     if (semi != std::string_view::npos && Entity(raw.substr(amp + 1, semi - amp - 1), decoded)) {
-      after_cr_ = false;
       i = semi + 1;
     } else {
       decoded += '&';
-      after_cr_ = false;
       i = amp + 1;
     }
+    after_cr_ = false;
   }
-  if (!decoded.empty()) Emit(decoded);
+  Emit(decoded);
 }
 
 void SoapCallReader::CdataText(std::string_view raw) {
-  if (InArgumentText() && run_ == Run::kOpen) EmitRaw(raw);
+  if (!InArgumentText() || run_ != Run::kOpen) return;
+  std::string text;
+  AppendRaw(text, raw);
+  Emit(text);
 }
 
 void SoapCallReader::Emit(std::string_view decoded) {
   if (!decoded.empty()) sink_.ArgumentText(decoded);
 }
 
-void SoapCallReader::EmitRaw(std::string_view raw) {
+void SoapCallReader::AppendRaw(std::string& out, std::string_view raw) {
   // Line ends as an XML reader reports them: CR LF and a lone CR become LF.
   size_t i = 0;
   if (after_cr_ && !raw.empty() && raw[0] == '\n') i = 1;
@@ -373,11 +370,11 @@ void SoapCallReader::EmitRaw(std::string_view raw) {
   while (i < raw.size()) {
     const size_t cr = raw.find('\r', i);
     if (cr == std::string_view::npos) {
-      Emit(raw.substr(i));
+      out.append(raw.substr(i));
       return;
     }
-    Emit(raw.substr(i, cr - i));
-    Emit("\n");
+    out.append(raw.substr(i, cr - i));
+    out += '\n';
     i = cr + 1;
     if (i == raw.size()) {
       after_cr_ = true;

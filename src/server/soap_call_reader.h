@@ -51,7 +51,8 @@ class SoapCallReader {
   void CdataText(std::string_view raw);
   void EndRun();
   void Emit(std::string_view decoded);
-  void EmitRaw(std::string_view raw);  // raw character data: line ends become LF
+  // Raw character data onto out, its line ends as LF.
+  void AppendRaw(std::string& out, std::string_view raw);
   bool InArgumentText() const;
 
   SoapCallSink& sink_;

@@ -26,7 +26,7 @@ class ReceivedBytes {
   size_t Take(char* out, size_t size);
 
  private:
-  char data_[16 * 1024];
+  char data_[64 * 1024];
   size_t next_ = 0;
   size_t end_ = 0;
 };
