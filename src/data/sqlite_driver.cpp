@@ -97,9 +97,19 @@ struct Gate {
 // to row lets a waiting thread in first.
 class GateLock {
  public:
+  static constexpr int kTriesBeforeSleeping = 100;
+
   explicit GateLock(Gate& gate) : gate_(gate) {
     gate_.waiting.fetch_add(1);
-    gate_.mutex.lock();
+    // The other thread holds the gate for one row at a time and then lets a waiting thread in, so
+    // the gate is tried for a while before sleeping on it: being woken costs more than the row.
+    for (int tries = 0; !gate_.mutex.try_lock();) {
+      if (++tries == kTriesBeforeSleeping) {
+        gate_.mutex.lock();
+        break;
+      }
+      std::this_thread::yield();
+    }
     gate_.waiting.fetch_sub(1);
     gate_.holder = std::this_thread::get_id();
   }
