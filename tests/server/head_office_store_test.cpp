@@ -67,7 +67,7 @@ TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
       "done</t:Passcode>\n"
       "  <SessionID>  <?pi inside?>after a PI</SessionID>\n"
       "  <ClientID><![CDATA[<raw> & ]]]]></ClientID>\n"
-      "  <strErr>line one\r\nline two\rline three&#xD;&#10;end</strErr>\n"
+      "  <strErr>line one\r\nline two\rline three&#xD;&#10;end\r&amp;\nafter</strErr>\n"
       "  <Blank>   </Blank><Empty/><Nested><inner>deep</inner>  after</Nested>\n"
       "  <Split>first<!-- cut -->second</Split>\n"
       "  <xmlDoc>&lt;xml&gt;&#xD;\n\t&lt;z:row a='1'/&gt;&lt;/xml&gt;</xmlDoc>\n"
