@@ -98,18 +98,9 @@ TEST(SoapClientTest, PostsTheArgumentsInOrderAndStoresThem) {
   std::string line;
   std::getline(list, line);
   EXPECT_EQ(line, "0001\tS1\t7\t0\t0\txml");
-}
 
-// The document is escaped piece by piece into the sender's buffer: references that straddle two
-// pieces or two writes, CR LF, UTF-8 next to markup and runs of every length must arrive as they were.
-TEST(SoapClientTest, ALongDocumentFullOfMarkupArrivesAsItWasSent) {
-  test::TempDir dir;
-  HeadOfficeOptions options;
-  options.out_dir = dir.file("posts");
-  HeadOffice office(options);
-  office.Start("127.0.0.1", 0);
-  SoapClient client({5, 10});
-  client.Init(office.WsdlUrl());
+  // The document is escaped piece by piece into the sender's buffer: references that straddle two
+  // pieces or two writes, CR LF, UTF-8 next to markup and runs of every length arrive as they were.
   std::string document = "<xml a='1'>";
   for (int i = 0; document.size() < 700 * 1024; ++i)
     document +=
@@ -118,10 +109,10 @@ TEST(SoapClientTest, ALongDocumentFullOfMarkupArrivesAsItWasSent) {
   std::vector<std::string> args = kSix;
   args.back() = document;
   EXPECT_EQ(client.Call("sendReport", args), "True");
-  std::ifstream xml(dir.file("posts/0001.xml"), std::ios::binary);
-  std::stringstream text;
-  text << xml.rdbuf();
-  EXPECT_TRUE(text.str() == document) << "the stored document differs from the sent one";
+  std::ifstream long_xml(dir.file("posts/0002.xml"), std::ios::binary);
+  std::stringstream long_text;
+  long_text << long_xml.rdbuf();
+  EXPECT_TRUE(long_text.str() == document) << "the stored document differs from the sent one";
 }
 
 // Nothing is built in: a service with another namespace, address and parameter names is called
