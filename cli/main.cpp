@@ -1,3 +1,8 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
@@ -5,6 +10,31 @@
 #include "common/version.h"
 
 namespace {
+
+// The program that runs the HTTP servers: beside this one in a build folder, in
+// ../libexec/entprcreq/ once installed.
+constexpr const char* kHttpProgram = "entprcreq-http";
+
+// Runs `entprcreq serve|headoffice ...` as the HTTP servers' program, in this process (the same
+// process id, environment and open files, as a service manager expects); returns only on failure.
+int RunHttpProgram(char** argv) {
+  std::error_code ec;
+  const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ec);
+  if (ec) {
+    std::cerr << "entprcreq: cannot find where this program is (/proc/self/exe: " << ec.message() << ")\n";
+    return 1;
+  }
+  const std::filesystem::path here = self.parent_path();
+  std::string tried;
+  for (const std::filesystem::path& candidate :
+       {here / kHttpProgram, here / ".." / "libexec" / "entprcreq" / kHttpProgram}) {
+    execv(candidate.c_str(), argv);
+    tried += (tried.empty() ? "" : ", ") + candidate.lexically_normal().string() + " (" +
+             std::strerror(errno) + ")";
+  }
+  std::cerr << "entprcreq: the program that runs the HTTP servers cannot be started: " << tried << "\n";
+  return 1;
+}
 
 const char kUsage[] =
     "usage: entprcreq <command> [options]\n"
@@ -34,9 +64,8 @@ int main(int argc, char** argv) {
   if (command == "process") return ent::cli::RunProcess(args);
   if (command == "query") return ent::cli::RunQuery(args);
   if (command == "sample-db") return ent::cli::RunSampleDb(args);
-  if (command == "headoffice") return ent::cli::RunHeadOffice(args);
+  if (command == "headoffice" || command == "serve") return RunHttpProgram(argv);
   if (command == "token") return ent::cli::RunToken(args);
-  if (command == "serve") return ent::cli::RunServe(args);
   if (command == "journal") return ent::cli::RunJournal(args);
   if (command == "--version" || command == "version") {
     std::cout << "entprcreq " << ent::ProgramVersion() << "\n";

@@ -1,5 +1,5 @@
 # What 'cmake --install' puts in place, and the Debian package built from it (scripts/package):
-# the program, the systemd unit and its user, the manual page and the bash completion.
+# the program and the one that runs its HTTP servers, the systemd unit and its user, the manual page and the bash completion.
 include(GNUInstallDirs)
 
 # The manual page, from the program's help texts.
@@ -12,6 +12,8 @@ add_custom_command(
 add_custom_target(entprcreq_manpage ALL DEPENDS ${PROJECT_BINARY_DIR}/entprcreq.1)
 
 install(TARGETS entprcreq RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# Run by `entprcreq serve` and `entprcreq headoffice` (cli/main.cpp looks for it there).
+install(TARGETS entprcreq-http RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/entprcreq)
 install(FILES ${PROJECT_BINARY_DIR}/entprcreq.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/entprcreq.bash-completion
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME entprcreq)

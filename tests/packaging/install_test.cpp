@@ -40,6 +40,17 @@ TEST(InstallTest, PutsTheProgramUnitManualAndCompletionUnderThePrefix) {
   EXPECT_EQ(test::RunProgram({"--version"}, dir.path().string()).out,
             test::ShellOutput("'" + program + "' --version"));
 
+  // serve and headoffice run as the HTTP servers' program, found where the installation put it.
+  EXPECT_TRUE(std::filesystem::exists(prefix + "/libexec/entprcreq/entprcreq-http")) << log;
+  EXPECT_EQ(test::ShellOutput("'" + program + "' headoffice --help | head -1"),
+            "usage: entprcreq headoffice --listen HOST:PORT [--out DIR] [options]\n");
+  // Without it they say so.
+  std::filesystem::create_directory(dir.file("alone"));
+  std::filesystem::copy_file(program, dir.file("alone/entprcreq"));
+  EXPECT_NE(test::ShellOutput("'" + dir.file("alone/entprcreq") + "' serve --help 2>&1")
+                .find("the program that runs the HTTP servers cannot be started"),
+            std::string::npos);
+
   // The unit starts the program where this installation put it.
   const std::string unit = ReadFile(prefix + "/lib/systemd/system/entprcreq.service");
   EXPECT_NE(unit.find("ExecStart=" + program + " serve "), std::string::npos) << unit;
