@@ -145,6 +145,7 @@ struct Exchange {
 // What stopped an exchange; Cause says it in words.
 enum class Fault { kNone, kConnection, kNoTls, kCertificates, kTls, kCertificate, kWrite, kRead };
 
+// A socket, closed with its owner.
 class Socket {
  public:
   explicit Socket(int fd = -1) : fd_(fd) {}
@@ -162,14 +163,14 @@ class Socket {
   int fd_;
 };
 
-struct OpenSslFree {
+struct HandleFree {
   void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
   void operator()(SSL* tls) const { SSL_free(tls); }
   void operator()(addrinfo* found) const { freeaddrinfo(found); }
 };
-using TlsContext = std::unique_ptr<SSL_CTX, OpenSslFree>;
-using Tls = std::unique_ptr<SSL, OpenSslFree>;
-using Addresses = std::unique_ptr<addrinfo, OpenSslFree>;
+using TlsContext = std::unique_ptr<SSL_CTX, HandleFree>;
+using Tls = std::unique_ptr<SSL, HandleFree>;
+using Addresses = std::unique_ptr<addrinfo, HandleFree>;
 
 // The connection of one exchange, on a non-blocking socket, TLS when `ssl` is set: every read and
 // write waits until the exchange's deadline at the latest, and all that is read is bounded by the cap.
