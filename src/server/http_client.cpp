@@ -1,8 +1,7 @@
 #include "server/http_client.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
-#include <httplib.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <openssl/err.h>
@@ -11,15 +10,18 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "common/error.h"
 #include "common/text.h"
@@ -34,7 +36,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::string_view kOnlyWebAddresses = "only http:// and https:// addresses are used";
 constexpr size_t kMaxHostName = 253;
-// The status line and header lines of an answer; httplib itself reads them without a limit.
+// The status lines and header lines of an answer, interim answers' included.
 constexpr size_t kMaxHeadBytes = 64 * 1024;
 constexpr long kMaxSeconds = 365L * 24 * 3600;
 
@@ -128,38 +130,77 @@ WebAddress AddressOf(const std::string& url) {
 }
 
 // One exchange's limits and what became of them, shared by its connection, the request body's
-// provider and the answer's receiver.
+// sender and the answer's reader.
 struct Exchange {
   Clock::time_point deadline;
   size_t cap = 0;
-  std::string body;        // the answer's body so far
-  bool head_read = false;  // the answer's status line and headers are all in
-  bool late = false;       // the deadline passed
+  std::string body;   // the answer's body so far
+  bool late = false;  // the deadline passed
   bool head_too_long = false;
-  bool too_large = false;    // the answer's body is longer than the cap
-  std::string send_failure;  // why the request's body could not be read
+  bool too_large = false;        // the answer's body is longer than the cap
+  long certificate = X509_V_OK;  // why the service's certificate was not trusted
+  std::string send_failure;      // why the request's body could not be read
 };
 
-// The connection of one exchange, on a non-blocking socket, TLS when `ssl` is set: every read and
-// write waits until the exchange's deadline at the latest, and no more than kMaxHeadBytes are taken
-// before the answer's head is complete.
-class ExchangeStream : public httplib::Stream {
+// What stopped an exchange; Cause says it in words.
+enum class Fault { kNone, kConnection, kNoTls, kCertificates, kTls, kCertificate, kWrite, kRead };
+
+// A socket, closed with its owner.
+class Socket {
  public:
-  // httplib writes a request's head and its body apart; corked, the connection sends them in full
+  explicit Socket(int fd = -1) : fd_(fd) {}
+  Socket(Socket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Socket& operator=(Socket&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~Socket() {
+    if (fd_ >= 0) close(fd_);
+  }
+  int get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+struct HandleFree {
+  void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+  void operator()(SSL* tls) const { SSL_free(tls); }
+  void operator()(addrinfo* found) const { freeaddrinfo(found); }
+};
+using TlsContext = std::unique_ptr<SSL_CTX, HandleFree>;
+using Tls = std::unique_ptr<SSL, HandleFree>;
+using Addresses = std::unique_ptr<addrinfo, HandleFree>;
+
+// The connection of one exchange, on a non-blocking socket, TLS when `ssl` is set: every read and
+// write waits until the exchange's deadline at the latest, and all that is read is bounded by the cap.
+class Connection {
+ public:
+  // The request's head and its body are written apart; corked, the connection sends them in full
   // segments, a small request in one, until the first read sends what is held back. A service whose
-  // listen queue overflowed (httplib's server listens with a queue of 5) takes a connection again from
-  // its first segment, and resets one whose request came in two.
-  ExchangeStream(int fd, SSL* ssl, Exchange& exchange) : fd_(fd), ssl_(ssl), exchange_(exchange) {
+  // listen queue overflowed takes a connection again from its first segment, and resets one whose
+  // request came in two.
+  Connection(int fd, SSL* ssl, Exchange& exchange) : fd_(fd), ssl_(ssl), exchange_(exchange) {
     const int on = 1;
     corked_ = setsockopt(fd_, IPPROTO_TCP, TCP_CORK, &on, sizeof on) == 0;
   }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
 
-  bool is_readable() const override {
-    return !received_.empty() || (ssl_ && SSL_pending(ssl_) > 0) || Wait(POLLIN);
+  // Writes all of `data`; false when the connection fails or the deadline passes.
+  bool Write(const char* data, size_t size) {
+    while (size > 0) {
+      const ssize_t sent = Send(data, size);
+      if (sent <= 0) return false;
+      data += sent;
+      size -= static_cast<size_t>(sent);
+    }
+    return true;
   }
-  bool is_writable() const override { return Wait(POLLOUT); }
 
-  ssize_t read(char* out, size_t size) override {
+  // Up to `size` bytes of the answer: how many, 0 at its end, -1 when the connection fails, the
+  // deadline passes or more is read than any answer within the cap needs.
+  ssize_t Read(char* out, size_t size) {
     if (corked_) {
       // The request is all written: out with what is held back.
       const int off = 0;
@@ -169,12 +210,8 @@ class ExchangeStream : public httplib::Stream {
     if (received_.empty()) {
       const ssize_t got = Receive();
       if (got <= 0) return got;
-      if (!exchange_.head_read && (head_bytes_ += static_cast<size_t>(got)) > kMaxHeadBytes) {
-        exchange_.head_too_long = true;
-        return -1;
-      }
-      // The body's own cap is the receiver's; this one also bounds what httplib reads around it (a
-      // chunked body's size lines): twice the cap and a head, whatever the answer's framing.
+      // The body's own cap is Keep's; this one also bounds what is read around it (a chunked
+      // body's size lines): twice the cap and a head, whatever the answer's framing.
       if ((answer_bytes_ += static_cast<size_t>(got)) > 2 * exchange_.cap + kMaxHeadBytes) {
         exchange_.too_large = true;
         return -1;
@@ -183,27 +220,6 @@ class ExchangeStream : public httplib::Stream {
     }
     return static_cast<ssize_t>(received_.Take(out, size));
   }
-
-  ssize_t write(const char* data, size_t size) override {
-    const int piece = static_cast<int>(std::min<size_t>(size, INT_MAX));
-    for (;;) {
-      if (ssl_) {
-        ERR_clear_error();
-        const int sent = SSL_write(ssl_, data, piece);
-        if (sent > 0) return sent;
-        if (!WaitForTls(sent)) return -1;
-        continue;  // OpenSSL wants the same write again
-      }
-      const ssize_t sent = send(fd_, data, size, MSG_NOSIGNAL);
-      if (sent >= 0) return sent;
-      if (errno != EINTR && !((errno == EAGAIN || errno == EWOULDBLOCK) && Wait(POLLOUT))) return -1;
-    }
-  }
-
-  // httplib's client never asks where a connection goes.
-  void get_remote_ip_and_port(std::string&, int&) const override {}
-  void get_local_ip_and_port(std::string&, int&) const override {}
-  socket_t socket() const override { return fd_; }
 
  private:
   // Waits for `events` until the deadline; false once it has passed (the exchange is then late) or
@@ -223,6 +239,22 @@ class ExchangeStream : public httplib::Stream {
         return Wait(POLLOUT);
       default:
         return false;
+    }
+  }
+
+  ssize_t Send(const char* data, size_t size) {
+    const int piece = static_cast<int>(std::min<size_t>(size, INT_MAX));
+    for (;;) {
+      if (ssl_) {
+        ERR_clear_error();
+        const int sent = SSL_write(ssl_, data, piece);
+        if (sent > 0) return sent;
+        if (!WaitForTls(sent)) return -1;
+        continue;  // OpenSSL wants the same write again
+      }
+      const ssize_t sent = send(fd_, data, size, MSG_NOSIGNAL);
+      if (sent >= 0) return sent;
+      if (errno != EINTR && !((errno == EAGAIN || errno == EWOULDBLOCK) && Wait(POLLOUT))) return -1;
     }
   }
 
@@ -246,31 +278,247 @@ class ExchangeStream : public httplib::Stream {
   SSL* ssl_;
   Exchange& exchange_;
   ReceivedBytes received_;
-  size_t head_bytes_ = 0;
   size_t answer_bytes_ = 0;
   bool corked_ = false;
 };
 
-// httplib's client (Base: ClientImpl for http, SSLClient for https) connecting, and shaking hands,
-// as it does, and then running the exchange over an ExchangeStream instead of its own streams, which
-// have a timeout for each read but none for the whole.
-template <class Base>
-class DeadlineClient : public Base {
- public:
-  DeadlineClient(const WebAddress& address, Exchange& exchange)
-      : Base(address.host, address.port), exchange_(exchange) {}
-
- private:
-  bool process_socket(const typename Base::Socket& socket,
-                      std::function<bool(httplib::Stream&)> callback) override {
-    const int flags = fcntl(socket.sock, F_GETFL);
-    if (flags < 0 || fcntl(socket.sock, F_SETFL, flags | O_NONBLOCK) < 0) return false;
-    ExchangeStream stream(socket.sock, socket.ssl, exchange_);
-    return callback(stream);
+// Connects to the host's addresses in turn until one takes the connection or `end` passes.
+Fault Connect(const WebAddress& address, Clock::time_point end, Socket& connected) {
+  addrinfo hints{};
+  hints.ai_family = AF_UNSPEC;
+  hints.ai_socktype = SOCK_STREAM;
+  hints.ai_flags = AI_NUMERICSERV;
+  addrinfo* found = nullptr;
+  if (getaddrinfo(address.host.c_str(), std::to_string(address.port).c_str(), &hints, &found) != 0)
+    return Fault::kConnection;
+  const Addresses addresses(found);
+  for (const addrinfo* at = found; at; at = at->ai_next) {
+    Socket socket(::socket(at->ai_family, at->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, at->ai_protocol));
+    if (socket.get() < 0) continue;
+    const int on = 1;
+    setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (connect(socket.get(), at->ai_addr, at->ai_addrlen) != 0) {
+      if (errno != EINPROGRESS && errno != EINTR) continue;
+      if (!WaitForSocket(socket.get(), POLLOUT, end)) return Fault::kConnection;
+      int error = 0;
+      socklen_t size = sizeof error;
+      if (getsockopt(socket.get(), SOL_SOCKET, SO_ERROR, &error, &size) != 0 || error != 0) continue;
+    }
+    connected = std::move(socket);
+    return Fault::kNone;
   }
+  return Fault::kConnection;
+}
 
-  Exchange& exchange_;
+bool IsIpAddress(const WebAddress& address) {
+  in_addr ipv4{};
+  return address.ipv6 || inet_pton(AF_INET, address.host.c_str(), &ipv4) == 1;
+}
+
+// A client's TLS context that trusts the system's certificate authorities (OpenSSL's default paths)
+// and takes only a certificate for the address's host: OpenSSL checks the name (or the IP address)
+// with the chain, against the alternative names when there are any, never the common name then.
+Fault TlsContextFor(const WebAddress& address, TlsContext& context) {
+  context.reset(SSL_CTX_new(TLS_client_method()));
+  if (!context || SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION) != 1) return Fault::kNoTls;
+  if (SSL_CTX_set_default_verify_paths(context.get()) != 1) return Fault::kCertificates;
+  SSL_CTX_set_verify(context.get(), SSL_VERIFY_PEER, nullptr);
+  X509_VERIFY_PARAM* check = SSL_CTX_get0_param(context.get());
+  const bool named =
+      check && (IsIpAddress(address)
+                    ? X509_VERIFY_PARAM_set1_ip_asc(check, address.host.c_str()) == 1
+                    : X509_VERIFY_PARAM_set1_host(check, address.host.c_str(), address.host.size()) == 1);
+  return named ? Fault::kNone : Fault::kNoTls;
+}
+
+// Shakes hands on the connected socket until `end`; the service's name goes with the first message
+// (SNI) unless the host is an IP address.
+Fault ShakeHands(const WebAddress& address, int fd, SSL_CTX* context, Clock::time_point end, Exchange& x,
+                 Tls& tls) {
+  tls.reset(SSL_new(context));
+  if (!tls || SSL_set_fd(tls.get(), fd) != 1) return Fault::kNoTls;
+  if (!IsIpAddress(address) && SSL_set_tlsext_host_name(tls.get(), address.host.c_str()) != 1)
+    return Fault::kNoTls;
+  for (;;) {
+    ERR_clear_error();
+    const int result = SSL_connect(tls.get());
+    if (result == 1) break;
+    const int error = SSL_get_error(tls.get(), result);
+    if (error == SSL_ERROR_WANT_READ || error == SSL_ERROR_WANT_WRITE) {
+      if (!WaitForSocket(fd, error == SSL_ERROR_WANT_READ ? POLLIN : POLLOUT, end)) return Fault::kTls;
+      continue;
+    }
+    // With SSL_VERIFY_PEER a certificate that is not trusted ends the handshake, and says why.
+    x.certificate = SSL_get_verify_result(tls.get());
+    return x.certificate == X509_V_OK ? Fault::kTls : Fault::kCertificate;
+  }
+  return Fault::kNone;
+}
+
+// Writes the request's body as `body` hands it out, in pieces of 64 KB at most; false when the body
+// fails (x.send_failure says how) or the connection does.
+bool SendBody(Connection& connection, BodySource& body, Exchange& x) {
+  const uint64_t size = body.size();
+  std::vector<char> piece(static_cast<size_t>(std::min<uint64_t>(size, 64 * 1024)));
+  for (uint64_t sent = 0; sent < size;) {
+    size_t n = 0;
+    try {
+      n = body.Read(piece.data(), static_cast<size_t>(std::min<uint64_t>(size - sent, piece.size())));
+    } catch (const Error& e) {
+      x.send_failure = e.description();
+      return false;
+    } catch (const std::exception& e) {
+      x.send_failure = e.what();
+      return false;
+    }
+    if (n == 0) {
+      x.send_failure =
+          "the body ended after " + std::to_string(sent) + " of its " + std::to_string(size) + " bytes";
+      return false;
+    }
+    if (!connection.Write(piece.data(), n)) return false;
+    sent += n;
+  }
+  return true;
+}
+
+// Reads a line up to its LF into `line`, without its CR LF, taking at most `budget` bytes from it;
+// false when the connection ends or fails first, or the budget runs out.
+bool ReadLine(Connection& connection, std::string& line, size_t& budget) {
+  line.clear();
+  for (char c;;) {
+    if (budget == 0 || connection.Read(&c, 1) != 1) return false;
+    --budget;
+    if (c == '\n') break;
+    line += c;
+  }
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+// The status of a status line "HTTP/1.x NNN reason"; 0 when the line is not one.
+long StatusOf(std::string_view line) {
+  auto digit = [](char c) { return c >= '0' && c <= '9'; };
+  if (line.size() < 12 || !line.starts_with("HTTP/1.") || !digit(line[7]) || line[8] != ' ' ||
+      !std::all_of(line.begin() + 9, line.begin() + 12, digit) || line[9] == '0' ||
+      (line.size() > 12 && line[12] != ' '))
+    return 0;
+  return (line[9] - '0') * 100 + (line[10] - '0') * 10 + (line[11] - '0');
+}
+
+// A number given in full by `text` in `base`.
+bool NumberOf(std::string_view text, int base, uint64_t& number) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number, base);
+  return !text.empty() && error == std::errc() && stop == end;
+}
+
+struct AnswerHead {
+  long status = 0;
+  std::string content_type;
+  bool chunked = false;  // the last transfer coding is chunked
+  bool coded = false;    // some transfer coding is given
+  bool sized = false;    // a Content-Length is given
+  uint64_t length = 0;
 };
+
+// Reads a status line and its header lines, taking at most `budget` bytes.
+Fault ReadHead(Connection& connection, Exchange& x, size_t& budget, AnswerHead& head) {
+  std::string line;
+  if (!ReadLine(connection, line, budget)) {
+    x.head_too_long = budget == 0;
+    return Fault::kRead;
+  }
+  head = AnswerHead{};
+  head.status = StatusOf(line);
+  if (head.status == 0) return Fault::kRead;
+  for (;;) {
+    if (!ReadLine(connection, line, budget)) {
+      x.head_too_long = budget == 0;
+      return Fault::kRead;
+    }
+    if (line.empty()) return Fault::kNone;
+    const size_t colon = line.find(':');
+    if (colon == std::string::npos) continue;  // not a field: nothing to take from it
+    const std::string_view name = std::string_view(line).substr(0, colon);
+    const std::string_view value = TrimSpace(std::string_view(line).substr(colon + 1));
+    if (EqualsIgnoreCase(name, "Content-Type")) {
+      if (head.content_type.empty()) head.content_type = value;
+    } else if (EqualsIgnoreCase(name, "Transfer-Encoding")) {
+      const std::string_view last = TrimSpace(value.substr(value.rfind(',') + 1));
+      head.coded = true;
+      head.chunked = EqualsIgnoreCase(last, "chunked");
+    } else if (EqualsIgnoreCase(name, "Content-Length")) {
+      // Two lengths that differ leave the answer's end in doubt.
+      uint64_t length = 0;
+      if (!NumberOf(value, 10, length) || (head.sized && length != head.length)) return Fault::kRead;
+      head.sized = true;
+      head.length = length;
+    }
+  }
+}
+
+// Keeps `size` more bytes of the answer's body; false (the answer too large) past the cap.
+bool Keep(Exchange& x, const char* data, size_t size) {
+  if (size > x.cap - x.body.size()) {
+    x.too_large = true;
+    return false;
+  }
+  x.body.append(data, size);
+  return true;
+}
+
+// Reads `size` bytes of the body, or all until the connection ends when `size` is UINT64_MAX.
+bool ReadBody(Connection& connection, Exchange& x, uint64_t size) {
+  const bool to_end = size == UINT64_MAX;
+  char piece[16 * 1024];
+  while (size > 0) {
+    const ssize_t got = connection.Read(piece, static_cast<size_t>(std::min<uint64_t>(size, sizeof piece)));
+    if (got == 0 && to_end) return true;
+    if (got <= 0 || !Keep(x, piece, static_cast<size_t>(got))) return false;
+    if (!to_end) size -= static_cast<uint64_t>(got);
+  }
+  return true;
+}
+
+// A chunked body: each chunk after its size line (hexadecimal, perhaps with ";extensions"), then a
+// last one of size 0 and trailer lines, which are not kept.
+bool ReadChunks(Connection& connection, Exchange& x) {
+  std::string line;
+  size_t unbounded = SIZE_MAX;  // Connection::Read bounds what a line takes
+  for (;;) {
+    uint64_t size = 0;
+    if (!ReadLine(connection, line, unbounded) ||
+        !NumberOf(TrimSpace(std::string_view(line).substr(0, line.find(';'))), 16, size))
+      return false;
+    if (size == 0) break;
+    if (size == UINT64_MAX || !ReadBody(connection, x, size) || !ReadLine(connection, line, unbounded) ||
+        !line.empty())
+      return false;
+  }
+  do {
+    if (!ReadLine(connection, line, unbounded)) return false;
+  } while (!line.empty());
+  return true;
+}
+
+// Reads the final answer, after any interim (1xx) ones, into `x` and `head`.
+Fault ReadAnswer(Connection& connection, Exchange& x, AnswerHead& head) {
+  size_t budget = kMaxHeadBytes;  // for the status lines and headers of all the answers
+  do {
+    if (const Fault fault = ReadHead(connection, x, budget, head); fault != Fault::kNone) return fault;
+  } while (head.status < 200);
+  if (head.status == 204 || head.status == 304) return Fault::kNone;
+  if (head.coded)
+    return (head.chunked ? ReadChunks(connection, x) : ReadBody(connection, x, UINT64_MAX)) ? Fault::kNone
+                                                                                            : Fault::kRead;
+  // An answer that announces a longer body is refused before any of it is read.
+  if (head.sized && head.length > x.cap) {
+    x.too_large = true;
+    return Fault::kRead;
+  }
+  return ReadBody(connection, x, head.sized ? head.length : UINT64_MAX) ? Fault::kNone : Fault::kRead;
+}
 
 // OpenSSL writes with write(2), which raises SIGPIPE when the service has closed its end: the signal
 // is held back on this thread for the exchange, and one raised meanwhile is dropped, so that the
@@ -300,30 +548,44 @@ class SigpipeHeld {
   bool held_ = false;
 };
 
-// httplib checks the chain against the system's certificate authorities (OpenSSL's default paths)
-// and then the name with rules of its own, which take a certificate's common name even when its
-// alternative names say otherwise; OpenSSL's own check of the name is added to the chain's.
-bool VerifyService(httplib::SSLClient& client, const WebAddress& address) {
-  client.enable_server_certificate_verification(true);
-  X509_VERIFY_PARAM* check = client.ssl_context() ? SSL_CTX_get0_param(client.ssl_context()) : nullptr;
-  if (!check) return false;
-  in_addr ipv4{};
-  const bool ip = address.ipv6 || inet_pton(AF_INET, address.host.c_str(), &ipv4) == 1;
-  return ip ? X509_VERIFY_PARAM_set1_ip_asc(check, address.host.c_str()) == 1
-            : X509_VERIFY_PARAM_set1_host(check, address.host.c_str(), address.host.size()) == 1;
-}
-
-httplib::Headers HeaderFields(const std::string& url, const std::vector<std::string>& lines) {
-  httplib::Headers fields;
+// The request's head: its line, Host, User-Agent, the caller's header lines, the body's length and
+// Connection: close (one request a connection).
+std::string RequestHead(const std::string& method, const std::string& url, const WebAddress& address,
+                        const std::vector<std::string>& lines, const BodySource* body) {
+  std::string head = method + " " + address.target + " HTTP/1.1\r\nHost: " + address.HostHeader() +
+                     "\r\nUser-Agent: entprcreq/" + ProgramVersion() + "\r\n";
   for (const std::string& line : lines) {
     const size_t colon = line.find(':');
     if (colon == 0 || colon == std::string::npos ||
         line.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos)
       throw Error(err::kServiceFailure, "The request to " + url + " could not be sent: its header line \"" +
                                             line + "\" is not a line \"Name: value\".");
-    fields.emplace(line.substr(0, colon), TrimBlanks(std::string_view(line).substr(colon + 1)));
+    head += line.substr(0, colon) + ": " + TrimBlanks(std::string_view(line).substr(colon + 1)) + "\r\n";
   }
-  return fields;
+  if (body) head += "Content-Length: " + std::to_string(body->size()) + "\r\n";
+  return head + "Connection: close\r\n\r\n";
+}
+
+// Runs the exchange: connects until `connect_end`, shakes hands for https until then too, sends the
+// request and reads the answer until the exchange's deadline.
+Fault Run(const WebAddress& address, const std::string& request, BodySource* body,
+          Clock::time_point connect_end, Exchange& x, AnswerHead& head) {
+  Socket socket;  // declared first: closed after TLS is done with it
+  TlsContext context;
+  Tls tls;
+  if (address.tls)
+    if (const Fault fault = TlsContextFor(address, context); fault != Fault::kNone) return fault;
+  if (const Fault fault = Connect(address, connect_end, socket); fault != Fault::kNone) return fault;
+  if (context)
+    if (const Fault fault = ShakeHands(address, socket.get(), context.get(), connect_end, x, tls);
+        fault != Fault::kNone)
+      return fault;
+  Connection connection(socket.get(), tls.get(), x);
+  if (!connection.Write(request.data(), request.size()) || (body && !SendBody(connection, *body, x)))
+    return Fault::kWrite;
+  const Fault fault = ReadAnswer(connection, x, head);
+  if (tls && fault == Fault::kNone) SSL_shutdown(tls.get());  // a close_notify, if it goes out at once
+  return fault;
 }
 
 // A timeout: none below zero, and a year at most (beyond that the clock's arithmetic would overflow).
@@ -335,41 +597,37 @@ std::string Seconds(Clock::duration d) {
   return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(d).count()) + " s";
 }
 
-// Why an exchange that httplib gave up did not come through.
-std::string Cause(const Exchange& x, httplib::Error error, const WebAddress& address,
-                  Clock::time_point connect_end, Clock::duration connect_limit, Clock::duration total,
-                  const httplib::SSLClient* tls) {
+// Why an exchange that stopped with `fault` did not come through.
+std::string Cause(const Exchange& x, Fault fault, const WebAddress& address, Clock::time_point connect_end,
+                  Clock::duration connect_limit, Clock::duration total) {
   if (x.late) return "no answer in time (the exchange took longer than the " + Seconds(total) + " allowed)";
   if (x.head_too_long)
     return "the status line and headers of its answer are longer than " + std::to_string(kMaxHeadBytes) +
            " bytes";
   const std::string at = address.HostText() + ":" + std::to_string(address.port);
-  switch (error) {
-    case httplib::Error::Connection:
-    case httplib::Error::ConnectionTimeout:
+  switch (fault) {
+    case Fault::kConnection:
       if (Clock::now() >= connect_end)
         return "no answer in time (no connection to " + at + " within " + Seconds(connect_limit) + ")";
       return "no connection to " + at + " (refused, or the host is unknown or unreachable)";
-    case httplib::Error::SSLConnection:
+    case Fault::kTls:
       if (Clock::now() >= connect_end)
         return "no answer in time (no TLS handshake with " + at + " within " + Seconds(connect_limit) + ")";
       return "the TLS handshake with " + at + " failed";
-    case httplib::Error::SSLLoadingCerts:
+    case Fault::kNoTls:
+      return "TLS cannot be set up.";
+    case Fault::kCertificates:
       return "the system's certificate authorities cannot be loaded";
-    case httplib::Error::SSLServerVerification:
+    case Fault::kCertificate:
       return "its certificate is not trusted for " + address.HostText() + " (" +
-             (tls && tls->get_openssl_verify_result() != X509_V_OK
-                  ? X509_verify_cert_error_string(tls->get_openssl_verify_result())
-                  : "the name does not match") +
-             ")";
-    case httplib::Error::Read:
+             X509_verify_cert_error_string(x.certificate) + ")";
+    case Fault::kRead:
       return "the connection broke while the answer was read";
-    case httplib::Error::Write:
-    case httplib::Error::Canceled:
-      return "the connection broke while the request was sent";
-    default:
-      return "the exchange failed (" + httplib::to_string(error) + ")";
+    case Fault::kWrite:
+    case Fault::kNone:
+      break;
   }
+  return "the connection broke while the request was sent";
 }
 
 class StringBody : public BodySource {
@@ -391,6 +649,7 @@ HttpResponse Perform(const std::string& method, const std::string& url,
                      const std::vector<std::string>& headers, BodySource* body,
                      const HttpTimeouts& timeouts) {
   const WebAddress address = AddressOf(url);
+  const std::string request = RequestHead(method, url, address, headers, body);
   const Clock::time_point start = Clock::now();
   const Clock::duration total = SecondsOf(timeouts.total_seconds);
   const Clock::duration connect_limit = std::min(SecondsOf(timeouts.connect_seconds), total);
@@ -398,80 +657,13 @@ HttpResponse Perform(const std::string& method, const std::string& url,
   x.deadline = start + total;
   x.cap = timeouts.max_answer_bytes;
 
-  httplib::Request request;
-  request.method = method;
-  request.path = address.target;
-  request.headers = HeaderFields(url, headers);
-  request.headers.emplace("Host", address.HostHeader());
-  request.headers.emplace("User-Agent", "entprcreq/" + ProgramVersion());
-  request.response_handler = [&x](const httplib::Response& head) {
-    x.head_read = true;
-    // An answer that announces a longer body is refused before any of it is read.
-    if (head.has_header("Content-Length") && head.get_header_value<uint64_t>("Content-Length") > x.cap) {
-      x.too_large = true;
-      return false;
-    }
-    return true;
-  };
-  request.content_receiver = [&x](const char* data, size_t size, uint64_t, uint64_t) {
-    if (size > x.cap - x.body.size()) {
-      x.too_large = true;
-      return false;
-    }
-    x.body.append(data, size);
-    return true;
-  };
-  std::vector<char> piece;
-  if (body) {
-    // Sent with its length declared, read in pieces as httplib writes them.
-    request.content_length_ = body->size();
-    piece.resize(static_cast<size_t>(std::min<uint64_t>(body->size(), 64 * 1024)));
-    request.content_provider_ = [&x, &piece, body](size_t offset, size_t length, httplib::DataSink& sink) {
-      size_t n = 0;
-      try {
-        n = body->Read(piece.data(), std::min(length, piece.size()));
-      } catch (const Error& e) {
-        x.send_failure = e.description();
-        return false;
-      } catch (const std::exception& e) {
-        x.send_failure = e.what();
-        return false;
-      }
-      if (n == 0) {
-        x.send_failure = "the body ended after " + std::to_string(offset) + " of its " +
-                         std::to_string(offset + length) + " bytes";
-        return false;
-      }
-      return sink.write(piece.data(), n);
-    };
-  }
-
-  httplib::Response response;
-  httplib::Error error = httplib::Error::Success;
-  bool answered = false;
+  AnswerHead head;
   std::string cause;
+  Fault fault = Fault::kNone;
   {
     SigpipeHeld held;
-    std::unique_ptr<httplib::ClientImpl> client;
-    httplib::SSLClient* tls = nullptr;
-    if (address.tls) {
-      auto secure = std::make_unique<DeadlineClient<httplib::SSLClient>>(address, x);
-      if (!VerifyService(*secure, address))
-        throw Error(err::kServiceFailure,
-                    "The service at " + url + " cannot be reached: TLS cannot be set up.");
-      tls = secure.get();
-      client = std::move(secure);
-    } else {
-      client = std::make_unique<DeadlineClient<httplib::ClientImpl>>(address, x);
-    }
-    client->set_connection_timeout(connect_limit);
-    client->set_follow_location(false);
-    client->set_url_encode(false);  // the target goes as the address gives it
-    client->set_decompress(false);  // and the answer's body as it came
-    client->set_keep_alive(false);
-    client->set_tcp_nodelay(true);
-    answered = client->send(request, response, error);
-    if (!answered) cause = Cause(x, error, address, start + connect_limit, connect_limit, total, tls);
+    fault = Run(address, request, body, start + connect_limit, x, head);
+    if (fault != Fault::kNone) cause = Cause(x, fault, address, start + connect_limit, connect_limit, total);
   }
 
   if (x.too_large)
@@ -479,10 +671,11 @@ HttpResponse Perform(const std::string& method, const std::string& url,
                                           std::to_string(x.cap) + " bytes; it is refused.");
   if (!x.send_failure.empty())
     throw Error(err::kServiceFailure, "The request to " + url + " could not be sent: " + x.send_failure);
-  if (!answered) throw Error(err::kServiceFailure, "The service at " + url + " cannot be reached: " + cause);
+  if (fault != Fault::kNone)
+    throw Error(err::kServiceFailure, "The service at " + url + " cannot be reached: " + cause);
   HttpResponse answer;
-  answer.status = response.status;
-  answer.content_type = response.get_header_value("Content-Type");
+  answer.status = head.status;
+  answer.content_type = std::move(head.content_type);
   answer.body = std::move(x.body);
   return answer;
 }

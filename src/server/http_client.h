@@ -1,4 +1,4 @@
-// Plain HTTP/1.1 exchanges over cpp-httplib's client, with connect and total timeouts so that a
+// Plain HTTP/1.1 exchanges, one a connection, with connect and total timeouts so that a
 // service that never answers (or answers a byte at a time) cannot hold a request forever, and a cap on
 // the size of an answer so that a service cannot exhaust memory. Only http:// and https:// addresses
 // are used, and redirects are not followed: an address from outside (a WSDL's) must never reach

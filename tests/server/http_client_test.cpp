@@ -191,6 +191,20 @@ TEST(HttpClientTest, ATricklingServiceIsLeftAtTheTotalTimeout) {
   }
 }
 
+// A service that takes the connection but never shakes hands is left at the connect timeout.
+TEST(HttpClientTest, AHandshakeThatNeverComesEndsAtTheConnectTimeout) {
+  RawService silent([](int, const std::atomic<bool>&) {});
+  const std::string url = "https://127.0.0.1:" + std::to_string(silent.port()) + "/";
+  const auto start = Clock::now();
+  EXPECT_EQ(Failure([&] {
+              HttpGet(url, {1, 5});
+            }),
+            "The service at " + url +
+                " cannot be reached: no answer in time (no TLS handshake with 127.0.0.1:" +
+                std::to_string(silent.port()) + " within 1 s)");
+  EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(2500));
+}
+
 TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
   // All but the last announced byte, and then nothing: only the announcement can refuse the answer
   // before the total timeout.
@@ -230,6 +244,25 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
             }),
             "The answer of the service at " + endless_chunk.Url("/") +
                 " is longer than 1000 bytes; it is refused.");
+}
+
+// An interim answer is passed over; a body comes in chunks (sizes in hexadecimal, with extensions,
+// then trailers) or until the connection ends.
+TEST(HttpClientTest, AnswersAreReadAsTheyAreFramed) {
+  RawService chunked([](int fd, const std::atomic<bool>&) {
+    Send(fd,
+         "HTTP/1.1 100 Continue\r\nX-Interim: 1\r\n\r\nHTTP/1.1 200 OK\r\nContent-Type: text/xml\r\n"
+         "Transfer-Encoding: chunked\r\n\r\na;part=1\r\n0123456789\r\n1A \r\n"
+         "abcdefghijklmnopqrstuvwxyz\r\n0\r\nX-Trailer: 1\r\n\r\n");
+  });
+  const HttpResponse answer = HttpGet(chunked.Url("/"), {5, 5});
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.content_type, "text/xml");
+  EXPECT_EQ(answer.body, "0123456789abcdefghijklmnopqrstuvwxyz");
+
+  RawService closing(
+      [](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.0 200 OK\r\n\r\nuntil the end"); });
+  EXPECT_EQ(HttpGet(closing.Url("/"), {5, 5}).body, "until the end");
 }
 
 // A body of `size` bytes handed out in odd pieces; it fails after `fail_at` bytes.
