@@ -4,9 +4,6 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <openssl/err.h>
-#include <openssl/ssl.h>
-#include <openssl/x509_vfy.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/socket.h>
@@ -27,6 +24,7 @@
 #include "common/text.h"
 #include "common/version.h"
 #include "server/socket_io.h"
+#include "server/tls_library.h"
 
 namespace ent {
 
@@ -139,6 +137,7 @@ struct Exchange {
   bool head_too_long = false;
   bool too_large = false;        // the answer's body is longer than the cap
   long certificate = X509_V_OK;  // why the service's certificate was not trusted
+  std::string tls_failure;       // why OpenSSL cannot be used
   std::string send_failure;      // why the request's body could not be read
 };
 
@@ -164,8 +163,8 @@ class Socket {
 };
 
 struct HandleFree {
-  void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
-  void operator()(SSL* tls) const { SSL_free(tls); }
+  void operator()(SSL_CTX* context) const { OpenSsl().SSL_CTX_free(context); }
+  void operator()(SSL* tls) const { OpenSsl().SSL_free(tls); }
   void operator()(addrinfo* found) const { freeaddrinfo(found); }
 };
 using TlsContext = std::unique_ptr<SSL_CTX, HandleFree>;
@@ -232,7 +231,7 @@ class Connection {
 
   // After an SSL_read or SSL_write that returned `result`: waits for what OpenSSL needs to go on.
   bool WaitForTls(int result) const {
-    switch (SSL_get_error(ssl_, result)) {
+    switch (OpenSsl().SSL_get_error(ssl_, result)) {
       case SSL_ERROR_WANT_READ:
         return Wait(POLLIN);
       case SSL_ERROR_WANT_WRITE:
@@ -246,8 +245,8 @@ class Connection {
     const int piece = static_cast<int>(std::min<size_t>(size, INT_MAX));
     for (;;) {
       if (ssl_) {
-        ERR_clear_error();
-        const int sent = SSL_write(ssl_, data, piece);
+        OpenSsl().ERR_clear_error();
+        const int sent = OpenSsl().SSL_write(ssl_, data, piece);
         if (sent > 0) return sent;
         if (!WaitForTls(sent)) return -1;
         continue;  // OpenSSL wants the same write again
@@ -261,10 +260,10 @@ class Connection {
   ssize_t Receive() {
     for (;;) {
       if (ssl_) {
-        ERR_clear_error();
-        const int got = SSL_read(ssl_, received_.space(), static_cast<int>(received_.capacity()));
+        OpenSsl().ERR_clear_error();
+        const int got = OpenSsl().SSL_read(ssl_, received_.space(), static_cast<int>(received_.capacity()));
         if (got > 0) return got;
-        if (SSL_get_error(ssl_, got) == SSL_ERROR_ZERO_RETURN) return 0;
+        if (OpenSsl().SSL_get_error(ssl_, got) == SSL_ERROR_ZERO_RETURN) return 0;
         if (!WaitForTls(got)) return -1;
         continue;
       }
@@ -318,16 +317,27 @@ bool IsIpAddress(const WebAddress& address) {
 // A client's TLS context that trusts the system's certificate authorities (OpenSSL's default paths)
 // and takes only a certificate for the address's host: OpenSSL checks the name (or the IP address)
 // with the chain, against the alternative names when there are any, never the common name then.
-Fault TlsContextFor(const WebAddress& address, TlsContext& context) {
-  context.reset(SSL_CTX_new(TLS_client_method()));
-  if (!context || SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION) != 1) return Fault::kNoTls;
-  if (SSL_CTX_set_default_verify_paths(context.get()) != 1) return Fault::kCertificates;
-  SSL_CTX_set_verify(context.get(), SSL_VERIFY_PEER, nullptr);
-  X509_VERIFY_PARAM* check = SSL_CTX_get0_param(context.get());
+// OpenSSL is loaded here, for the first https exchange; when it cannot be, x.tls_failure says why.
+Fault TlsContextFor(const WebAddress& address, TlsContext& context, Exchange& x) {
+  const TlsLibrary* library = nullptr;
+  try {
+    library = &OpenSsl();
+  } catch (const Error& e) {
+    x.tls_failure = e.description();
+    return Fault::kNoTls;
+  }
+  const TlsLibrary& tls = *library;
+  context.reset(tls.SSL_CTX_new(tls.TLS_client_method()));
+  if (!context ||
+      tls.SSL_CTX_ctrl(context.get(), SSL_CTRL_SET_MIN_PROTO_VERSION, TLS1_2_VERSION, nullptr) != 1)
+    return Fault::kNoTls;
+  if (tls.SSL_CTX_set_default_verify_paths(context.get()) != 1) return Fault::kCertificates;
+  tls.SSL_CTX_set_verify(context.get(), SSL_VERIFY_PEER, nullptr);
+  X509_VERIFY_PARAM* check = tls.SSL_CTX_get0_param(context.get());
   const bool named =
       check && (IsIpAddress(address)
-                    ? X509_VERIFY_PARAM_set1_ip_asc(check, address.host.c_str()) == 1
-                    : X509_VERIFY_PARAM_set1_host(check, address.host.c_str(), address.host.size()) == 1);
+                    ? tls.X509_VERIFY_PARAM_set1_ip_asc(check, address.host.c_str()) == 1
+                    : tls.X509_VERIFY_PARAM_set1_host(check, address.host.c_str(), address.host.size()) == 1);
   return named ? Fault::kNone : Fault::kNoTls;
 }
 
@@ -335,21 +345,23 @@ Fault TlsContextFor(const WebAddress& address, TlsContext& context) {
 // (SNI) unless the host is an IP address.
 Fault ShakeHands(const WebAddress& address, int fd, SSL_CTX* context, Clock::time_point end, Exchange& x,
                  Tls& tls) {
-  tls.reset(SSL_new(context));
-  if (!tls || SSL_set_fd(tls.get(), fd) != 1) return Fault::kNoTls;
-  if (!IsIpAddress(address) && SSL_set_tlsext_host_name(tls.get(), address.host.c_str()) != 1)
+  tls.reset(OpenSsl().SSL_new(context));
+  if (!tls || OpenSsl().SSL_set_fd(tls.get(), fd) != 1) return Fault::kNoTls;
+  if (!IsIpAddress(address) &&
+      OpenSsl().SSL_ctrl(tls.get(), SSL_CTRL_SET_TLSEXT_HOSTNAME, TLSEXT_NAMETYPE_host_name,
+                         const_cast<char*>(address.host.c_str())) != 1)
     return Fault::kNoTls;
   for (;;) {
-    ERR_clear_error();
-    const int result = SSL_connect(tls.get());
+    OpenSsl().ERR_clear_error();
+    const int result = OpenSsl().SSL_connect(tls.get());
     if (result == 1) break;
-    const int error = SSL_get_error(tls.get(), result);
+    const int error = OpenSsl().SSL_get_error(tls.get(), result);
     if (error == SSL_ERROR_WANT_READ || error == SSL_ERROR_WANT_WRITE) {
       if (!WaitForSocket(fd, error == SSL_ERROR_WANT_READ ? POLLIN : POLLOUT, end)) return Fault::kTls;
       continue;
     }
     // With SSL_VERIFY_PEER a certificate that is not trusted ends the handshake, and says why.
-    x.certificate = SSL_get_verify_result(tls.get());
+    x.certificate = OpenSsl().SSL_get_verify_result(tls.get());
     return x.certificate == X509_V_OK ? Fault::kTls : Fault::kCertificate;
   }
   return Fault::kNone;
@@ -574,7 +586,7 @@ Fault Run(const WebAddress& address, const std::string& request, BodySource* bod
   TlsContext context;
   Tls tls;
   if (address.tls)
-    if (const Fault fault = TlsContextFor(address, context); fault != Fault::kNone) return fault;
+    if (const Fault fault = TlsContextFor(address, context, x); fault != Fault::kNone) return fault;
   if (const Fault fault = Connect(address, connect_end, socket); fault != Fault::kNone) return fault;
   if (context)
     if (const Fault fault = ShakeHands(address, socket.get(), context.get(), connect_end, x, tls);
@@ -584,7 +596,8 @@ Fault Run(const WebAddress& address, const std::string& request, BodySource* bod
   if (!connection.Write(request.data(), request.size()) || (body && !SendBody(connection, *body, x)))
     return Fault::kWrite;
   const Fault fault = ReadAnswer(connection, x, head);
-  if (tls && fault == Fault::kNone) SSL_shutdown(tls.get());  // a close_notify, if it goes out at once
+  if (tls && fault == Fault::kNone)
+    OpenSsl().SSL_shutdown(tls.get());  // a close_notify, if it goes out at once
   return fault;
 }
 
@@ -615,12 +628,12 @@ std::string Cause(const Exchange& x, Fault fault, const WebAddress& address, Clo
         return "no answer in time (no TLS handshake with " + at + " within " + Seconds(connect_limit) + ")";
       return "the TLS handshake with " + at + " failed";
     case Fault::kNoTls:
-      return "TLS cannot be set up.";
+      return x.tls_failure.empty() ? "TLS cannot be set up." : x.tls_failure;
     case Fault::kCertificates:
       return "the system's certificate authorities cannot be loaded";
     case Fault::kCertificate:
       return "its certificate is not trusted for " + address.HostText() + " (" +
-             X509_verify_cert_error_string(x.certificate) + ")";
+             OpenSsl().X509_verify_cert_error_string(x.certificate) + ")";
     case Fault::kRead:
       return "the connection broke while the answer was read";
     case Fault::kWrite:
