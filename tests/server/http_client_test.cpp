@@ -161,19 +161,6 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
   EXPECT_EQ(requests[1].rfind("GET /?wsdl HTTP/1.1\r\n", 0), 0u) << requests[1];
 }
 
-TEST(HttpClientTest, ARedirectComesBackAsItCame) {
-  RawService service([](int fd, const std::atomic<bool>&) {
-    Send(fd,
-         "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: "
-         "5\r\n\r\nmoved");
-  });
-  const HttpResponse answer = HttpGet(service.Url("/here"), {5, 5});
-  EXPECT_EQ(answer.status, 302);
-  EXPECT_EQ(answer.content_type, "text/plain");
-  EXPECT_EQ(answer.body, "moved");
-  EXPECT_EQ(service.requests().size(), 1u);
-}
-
 // A service that sends a little now and then keeps every read short of its own timeout; the whole
 // exchange still ends at the total, whether the head trickles or the body does.
 TEST(HttpClientTest, ATricklingServiceIsLeftAtTheTotalTimeout) {
@@ -247,7 +234,7 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
 }
 
 // An interim answer is passed over; a body comes in chunks (sizes in hexadecimal, with extensions,
-// then trailers) or until the connection ends.
+// then trailers), until the connection ends, or with its length; a redirect is not followed.
 TEST(HttpClientTest, AnswersAreReadAsTheyAreFramed) {
   RawService chunked([](int fd, const std::atomic<bool>&) {
     Send(fd,
@@ -263,6 +250,18 @@ TEST(HttpClientTest, AnswersAreReadAsTheyAreFramed) {
   RawService closing(
       [](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.0 200 OK\r\n\r\nuntil the end"); });
   EXPECT_EQ(HttpGet(closing.Url("/"), {5, 5}).body, "until the end");
+
+  // A redirect is an answer like any other: not followed.
+  RawService service([](int fd, const std::atomic<bool>&) {
+    Send(fd,
+         "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: "
+         "5\r\n\r\nmoved");
+  });
+  const HttpResponse moved = HttpGet(service.Url("/here"), {5, 5});
+  EXPECT_EQ(moved.status, 302);
+  EXPECT_EQ(moved.content_type, "text/plain");
+  EXPECT_EQ(moved.body, "moved");
+  EXPECT_EQ(service.requests().size(), 1u);
 }
 
 // A body of `size` bytes handed out in odd pieces; it fails after `fail_at` bytes.
