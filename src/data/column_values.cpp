@@ -39,58 +39,58 @@ Field FieldFromRawValues(const std::vector<std::vector<Variant>>& rows, size_t c
 
 }  // namespace
 
-Variant TypedValue(const Field& f, Variant raw) {
+void TypeValue(const Field& f, Variant& value) {
   using K = Variant::Kind;
-  if (raw.IsNull()) return raw;
-  const bool whole = raw.kind() == K::kLongLong, real = raw.kind() == K::kDouble;
+  if (value.IsNull()) return;
+  const bool whole = value.kind() == K::kLongLong, real = value.kind() == K::kDouble;
   switch (f.type) {
     case DataType::kInteger:
-      if (whole && raw.whole() >= std::numeric_limits<int32_t>::min() &&
-          raw.whole() <= std::numeric_limits<int32_t>::max())
-        return Variant::Long(static_cast<int32_t>(raw.whole()));
-      if (real && std::nearbyint(raw.floating()) == raw.floating() &&
-          std::fabs(raw.floating()) < 2147483648.0)
-        return Variant::Long(static_cast<int32_t>(raw.floating()));
-      return raw;
+      if (whole && value.whole() >= std::numeric_limits<int32_t>::min() &&
+          value.whole() <= std::numeric_limits<int32_t>::max())
+        value = Variant::Long(static_cast<int32_t>(value.whole()));
+      else if (real && std::nearbyint(value.floating()) == value.floating() &&
+               std::fabs(value.floating()) < 2147483648.0)
+        value = Variant::Long(static_cast<int32_t>(value.floating()));
+      return;
     case DataType::kSmallInt:
-      if (whole) return Variant::Integer(static_cast<int16_t>(raw.whole()));
-      return raw;
+      if (whole) value = Variant::Integer(static_cast<int16_t>(value.whole()));
+      return;
     case DataType::kTinyInt:
-      if (whole) return Variant::Byte(static_cast<uint8_t>(raw.whole()));
-      return raw;
+      if (whole) value = Variant::Byte(static_cast<uint8_t>(value.whole()));
+      return;
     case DataType::kBigInt:
-      return raw;
+      return;
     case DataType::kBoolean:
-      if (whole || real) return Variant(raw.ToDouble() != 0);
-      return raw;
+      if (whole || real) value = Variant(value.ToDouble() != 0);
+      return;
     case DataType::kCurrency:
-      if (whole || real) return Variant(raw.ToCurrency());
-      return raw;
+      if (whole || real) value = Variant(value.ToCurrency());
+      return;
     case DataType::kDouble:
-      if (whole) return Variant(static_cast<double>(raw.whole()));
-      return raw;
+      if (whole) value = Variant(static_cast<double>(value.whole()));
+      return;
     case DataType::kSingle:
-      if (whole || real) return Variant::Single(static_cast<float>(raw.ToDouble()));
-      return raw;
+      if (whole || real) value = Variant::Single(static_cast<float>(value.ToDouble()));
+      return;
     case DataType::kNumeric:
-      if (whole || real || raw.kind() == K::kCurrency) {
-        Currency c = raw.ToCurrency();  // the shop's decimals have at most four places
+      if (whole || real || value.kind() == K::kCurrency) {
+        Currency c = value.ToCurrency();  // the shop's decimals have at most four places
         std::string text = c.ToString();
         size_t point = text.find('.');
         int have = point == std::string::npos ? 0 : static_cast<int>(text.size() - point - 1);
         if (f.scale > 0 && point == std::string::npos) text += '.';
         for (int i = have; i < f.scale; ++i) text += '0';
-        return Variant::FromDecimal(Decimal{text, f.scale});
+        value = Variant::FromDecimal(Decimal{text, f.scale});
       }
-      return raw;
+      return;
     case DataType::kDateTime:
-      if (raw.IsString()) {
-        if (auto d = DateTime::Parse(raw.text())) return Variant(*d);
+      if (value.IsString()) {
+        if (auto d = DateTime::Parse(value.text())) value = Variant(*d);
       }
-      return raw;
+      return;
     default:  // text types
-      if (raw.IsString()) return raw;
-      return Variant(raw.ToText());
+      if (!value.IsString()) value = Variant(value.ToText());
+      return;
   }
 }
 
@@ -102,8 +102,9 @@ void TypeColumns(QueryResult& result, const std::vector<bool>& declared) {
       inferred.name = std::move(f.name);
       f = std::move(inferred);
     }
-    for (auto& row : result.rows) row[c] = TypedValue(f, std::move(row[c]));
   }
+  for (auto& row : result.rows)
+    for (size_t c = 0; c < row.size(); ++c) TypeValue(result.fields[c], row[c]);
 }
 
 }  // namespace ent

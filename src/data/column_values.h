@@ -16,7 +16,7 @@ namespace ent {
 // nvarchar) and keeps its name. A value held in another form than its type stays as it is.
 void TypeColumns(QueryResult& result, const std::vector<bool>& declared);
 
-// One raw value given the type of its declared field, as TypeColumns gives it.
-Variant TypedValue(const Field& field, Variant raw);
+// Gives one raw value the type of its declared field, in place, as TypeColumns gives it.
+void TypeValue(const Field& field, Variant& value);
 
 }  // namespace ent

@@ -105,46 +105,33 @@ bool EndsWord(char c) {
          c == '>' || c == '=';
 }
 
-std::vector<Token> Tokenize(std::string_view s) {
-  std::vector<Token> tokens;
-  size_t i = 0;
-  // Reads up to `close`; a doubled `close` (only for quotes) stands for itself.
-  const auto delimited = [&](char close, bool doubling) {
-    std::string text;
-    for (++i;; ++i) {
-      if (i >= s.size()) BadArguments();
-      if (s[i] != close) {
-        text += s[i];
-      } else if (doubling && i + 1 < s.size() && s[i + 1] == close) {
-        text += close;
-        ++i;
-      } else {
-        ++i;
-        return text;
-      }
-    }
-  };
-  while (true) {
-    while (i < s.size() && IsBlank(s[i])) ++i;
-    if (i >= s.size()) break;
+// Reads the criteria a token at a time; the parser looks one token ahead.
+class Lexer {
+ public:
+  explicit Lexer(std::string_view s) : s_(s) {}
+
+  // The next token; kEnd once the text is used up.
+  Token Next() {
+    while (i_ < s_.size() && IsBlank(s_[i_])) ++i_;
     Token t;
-    char c = s[i];
+    if (i_ >= s_.size()) return t;
+    const char c = s_[i_];
     if (c == '(' || c == ')') {
       t.kind = c == '(' ? Tok::kLParen : Tok::kRParen;
-      ++i;
+      ++i_;
     } else if (c == '[') {
       t.kind = Tok::kName;
-      t.text = delimited(']', false);
+      t.text = Delimited(']', false);
       if (t.text.empty()) BadArguments();
     } else if (c == '\'') {
       t.kind = Tok::kString;
-      t.text = delimited('\'', true);
+      t.text = Delimited('\'', true);
     } else if (c == '#') {
       t.kind = Tok::kDate;
-      t.text = delimited('#', false);
+      t.text = Delimited('#', false);
     } else if (c == '<' || c == '>' || c == '=') {
       t.kind = Tok::kCompare;
-      std::string_view two = s.substr(i, 2);
+      std::string_view two = s_.substr(i_, 2);
       if (two == "<>") {
         t.op = Op::kNe;
       } else if (two == "<=") {
@@ -155,43 +142,68 @@ std::vector<Token> Tokenize(std::string_view s) {
         two = two.substr(0, 1);
         t.op = c == '<' ? Op::kLt : c == '>' ? Op::kGt : Op::kEq;
       }
-      i += two.size();
+      i_ += two.size();
     } else if (IsDigit(c) || c == '.' || c == '-' || c == '+' || c == '$') {
-      // [sign][$]digits[.digits][E[sign]digits]
       t.kind = Tok::kNumber;
-      const auto take_digits = [&] {
-        size_t n = 0;
-        for (; i < s.size() && IsDigit(s[i]); ++i, ++n) t.text += s[i];
-        return n;
-      };
-      if (c == '-' || c == '+') t.text += s[i++];
-      if (i < s.size() && s[i] == '$') ++i;
-      size_t digits = take_digits();
-      if (i < s.size() && s[i] == '.') {
-        t.text += s[i++];
-        digits += take_digits();
-      }
-      if (digits == 0) BadArguments();
-      if (i < s.size() && (s[i] == 'e' || s[i] == 'E')) {
-        t.text += s[i++];
-        if (i < s.size() && (s[i] == '-' || s[i] == '+')) t.text += s[i++];
-        if (take_digits() == 0) BadArguments();
-      }
-      if (i < s.size() && !EndsWord(s[i])) BadArguments();
+      t.text = Number();
     } else {
-      size_t start = i;
-      while (i < s.size() && !EndsWord(s[i])) ++i;
-      t.text = std::string(s.substr(start, i - start));
+      const size_t start = i_;
+      while (i_ < s_.size() && !EndsWord(s_[i_])) ++i_;
+      t.text = std::string(s_.substr(start, i_ - start));
       t.kind = Tok::kName;
       for (const Keyword& k : kKeywords)
         if (t.text.size() == k.word.size() && SameFolded(t.text, k.word)) t.kind = k.kind;
       if (t.kind == Tok::kLike) t.op = Op::kLike;
     }
-    tokens.push_back(std::move(t));
+    return t;
   }
-  tokens.push_back(Token{});
-  return tokens;
-}
+
+ private:
+  // Reads up to `close`; a doubled `close` (only for quotes) stands for itself.
+  std::string Delimited(char close, bool doubling) {
+    std::string text;
+    for (++i_;; ++i_) {
+      if (i_ >= s_.size()) BadArguments();
+      if (s_[i_] != close) {
+        text += s_[i_];
+      } else if (doubling && i_ + 1 < s_.size() && s_[i_ + 1] == close) {
+        text += close;
+        ++i_;
+      } else {
+        ++i_;
+        return text;
+      }
+    }
+  }
+
+  // [sign][$]digits[.digits][E[sign]digits], as written without the '$'.
+  std::string Number() {
+    std::string text;
+    const auto take_digits = [&] {
+      size_t n = 0;
+      for (; i_ < s_.size() && IsDigit(s_[i_]); ++i_, ++n) text += s_[i_];
+      return n;
+    };
+    if (s_[i_] == '-' || s_[i_] == '+') text += s_[i_++];
+    if (i_ < s_.size() && s_[i_] == '$') ++i_;
+    size_t digits = take_digits();
+    if (i_ < s_.size() && s_[i_] == '.') {
+      text += s_[i_++];
+      digits += take_digits();
+    }
+    if (digits == 0) BadArguments();
+    if (i_ < s_.size() && (s_[i_] == 'e' || s_[i_] == 'E')) {
+      text += s_[i_++];
+      if (i_ < s_.size() && (s_[i_] == '-' || s_[i_] == '+')) text += s_[i_++];
+      if (take_digits() == 0) BadArguments();
+    }
+    if (i_ < s_.size() && !EndsWord(s_[i_])) BadArguments();
+    return text;
+  }
+
+  std::string_view s_;
+  size_t i_ = 0;
+};
 
 // ---- Comparisons ----
 
@@ -473,10 +485,12 @@ struct Node {
 class CriteriaFilter : public RowFilter {
  public:
   CriteriaFilter(std::string_view criteria, const std::vector<Field>& fields) : fields_(&fields) {
-    tokens_ = Tokenize(criteria);
+    Lexer lexer(criteria);
+    lexer_ = &lexer;
+    ahead_ = lexer.Next();
     root_ = ParseOr(0);
-    if (tokens_[pos_].kind != Tok::kEnd) BadArguments();
-    tokens_ = {};
+    if (ahead_.kind != Tok::kEnd) BadArguments();
+    lexer_ = nullptr;
     fields_ = nullptr;
   }
 
@@ -486,8 +500,12 @@ class CriteriaFilter : public RowFilter {
   }
 
  private:
-  const Token& Next() { return tokens_[pos_ < tokens_.size() - 1 ? pos_++ : pos_]; }
-  Tok Peek() const { return tokens_[pos_].kind; }
+  Token Next() {
+    Token t = std::move(ahead_);
+    ahead_ = lexer_->Next();
+    return t;
+  }
+  Tok Peek() const { return ahead_.kind; }
 
   Node ParseOr(int depth) {
     Node node;
@@ -544,15 +562,15 @@ class CriteriaFilter : public RowFilter {
   }
 
   Condition ParseComparison() {
-    const Token& name = Next();
+    const Token name = Next();
     if (name.kind != Tok::kName) BadArguments();
     Condition c;
     c.field = FieldIndex(name.text);
     c.cls = ClassOf((*fields_)[c.field].type);
-    const Token& op = Next();
+    const Token op = Next();
     if (op.kind != Tok::kCompare && op.kind != Tok::kLike) BadArguments();
     c.op = op.op;
-    const Token& value = Next();
+    const Token value = Next();
     switch (value.kind) {
       case Tok::kNull:
         if (c.op != Op::kEq && c.op != Op::kNe) BadArguments();
@@ -640,6 +658,8 @@ class CriteriaFilter : public RowFilter {
       if (members.size() < kExclusionGroup) continue;
       Exclusion e;
       e.reading = reading;
+      e.numbers.reserve(members.size());
+      e.texts.reserve(members.size());
       for (size_t i : members) {
         const Condition& c = conditions_[node.children[i].index];
         if (c.has_number) e.numbers.insert(c.number);
@@ -692,8 +712,8 @@ class CriteriaFilter : public RowFilter {
   }
 
   const std::vector<Field>* fields_;  // while parsing
-  std::vector<Token> tokens_;
-  size_t pos_ = 0;
+  Lexer* lexer_ = nullptr;            // while parsing
+  Token ahead_;                       // the next token, while parsing
   std::vector<Reading> readings_;
   std::vector<Condition> conditions_;
   std::vector<Exclusion> exclusions_;

@@ -455,7 +455,8 @@ class SqliteCursor : public RowCursor {
     row.resize(fields_.size());
     int64_t bytes = 0;
     for (size_t c = 0; c < fields_.size(); ++c) {
-      row[c] = TypedValue(fields_[c], RawValue(stmt_.get(), static_cast<int>(c)));
+      row[c] = RawValue(stmt_.get(), static_cast<int>(c));
+      TypeValue(fields_[c], row[c]);
       bytes += row[c].IsString() ? static_cast<int64_t>(row[c].text().size()) + 16 : 16;
     }
     batch_bytes_ += bytes;

@@ -101,6 +101,7 @@ TEST_F(RowFilterTest, MoneyAndDatesCompareAsValues) {
   EXPECT_EQ(Shown("Sub_Total = 10.50"), (Ids{5}));
   EXPECT_EQ(Shown("Sub_Total >= $10.5 and Sub_Total < '1,000.01'"), (Ids{5, 6}));
   EXPECT_EQ(Shown("Sub_Total < 0"), (Ids{9}));
+  EXPECT_EQ(Shown("Sub_Total > -3.5 and Sub_Total < -3 and vehid > -16"), (Ids{9}));
   EXPECT_EQ(Shown("latestdate >= #1/5/2024# AND latestdate < '2024-02-01'"), (Ids{5, 6}));
   EXPECT_EQ(Shown("latestdate > #1/31/2024 12:00 PM#"), (Ids{6, 7}));
   EXPECT_EQ(Shown("latestdate = #2023-12-31#"), (Ids{9}));

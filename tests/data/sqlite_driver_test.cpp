@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "common/error.h"
+#include "data/column_values.h"
 #include "data/recordset.h"
 #include "support/temp_dir.h"
 #include "support/test_db.h"
@@ -59,6 +60,20 @@ TEST_F(SqliteDriverTest, ColumnsAreTypedByTheirDeclaredTypes) {
   rs->MoveLast();
   EXPECT_EQ(rs->Get("latestdate").date().ShortDate(), "3/1/2024");
   EXPECT_TRUE(rs->Get("summary").IsNull());
+}
+
+// A driver may hand an int column's value over as a float (an expression's result); whole ones
+// become ints, others keep their float.
+TEST(ColumnTyping, WholeFloatsInIntColumnsBecomeInts) {
+  const ent::Field field = ent::FieldOfSqlServerType("int");
+  Variant whole(42.0), fraction(42.5), huge(3e9);
+  ent::TypeValue(field, whole);
+  ent::TypeValue(field, fraction);
+  ent::TypeValue(field, huge);
+  EXPECT_EQ(whole.kind(), Variant::Kind::kLong);
+  EXPECT_EQ(whole.whole(), 42);
+  EXPECT_EQ(fraction.kind(), Variant::Kind::kDouble);
+  EXPECT_EQ(huge.kind(), Variant::Kind::kDouble);
 }
 
 TEST_F(SqliteDriverTest, TsqlTextsRunUnchanged) {
