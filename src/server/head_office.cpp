@@ -193,7 +193,9 @@ std::string OneLine(std::string text, size_t limit) {
 
 struct HeadOffice::Impl {
   HeadOfficeOptions options;
-  httplib::Server server;
+  // Reads a request's body in large pieces without polling first (httplib's own server reads 4 KB at
+  // a time); a post of several hundred megabytes must have arrived within the deadline.
+  DeadlineServer server;
   std::thread thread;
   std::string host;
   int port = 0;
@@ -320,6 +322,7 @@ int HeadOffice::Start(const std::string& host, int port) {
                      const httplib::ContentReader& content) { s.HandlePost(request, response, content); });
   AddHeadOfficePages(s.server, s.options.out_dir);
   s.host = host;
+  s.server.set_request_deadline(std::chrono::minutes(10));
   s.port = StartServing(s.server, host, port, s.thread);
   return s.port;
 }

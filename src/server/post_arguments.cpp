@@ -97,8 +97,8 @@ void PostArguments::ArgumentText(std::string_view piece) {
       ::unlink(path.c_str());
       StoreFailed("cannot write " + path);
     }
-    // Written a megabyte at a time, not in the pieces the post arrives in.
-    std::setvbuf(file_.get(), nullptr, _IOFBF, 1 << 20);
+    file_buffer_.resize(1 << 20);
+    std::setvbuf(file_.get(), file_buffer_.data(), _IOFBF, file_buffer_.size());
     file_path_ = path;
     head_ = std::move(text);
     text.clear();

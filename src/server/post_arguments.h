@@ -72,6 +72,9 @@ class PostArguments : public SoapCallSink {
   RowTagCounter counter_;
   std::string head_;  // the first bytes of a text that went to a file
   std::string file_path_;
+  // The file's buffer: the text arrives in pieces of a few kilobytes and is written a megabyte at a
+  // time (the C library's own buffer would be one disk block). Outlives file_.
+  std::vector<char> file_buffer_;
   std::unique_ptr<std::FILE, FileCloser> file_;
 };
 
