@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -166,10 +167,49 @@ class WatchedCall {
   QueryWatch watch_;
 };
 
+// Opens the shop database with the functions the reports' texts call. Raises Error when the file
+// cannot be opened or is not a database.
+DbHandle OpenDatabase(const std::string& path, bool read_only) {
+  sqlite3* raw = nullptr;
+  int rc = sqlite3_open_v2(path.c_str(), &raw,
+                           (read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX,
+                           nullptr);
+  DbHandle db(raw);
+  if (rc != SQLITE_OK) {
+    std::string why = raw ? sqlite3_errmsg(raw) : "out of memory";
+    throw Error(err::kDatabaseError, "Cannot open the shop database '" + path + "': " + why, "sqlite");
+  }
+  sqlite3_busy_timeout(db.get(), kBusyTimeoutMs);
+  sqlite3_extended_result_codes(db.get(), 1);
+  RegisterSqlFormatFunction(db.get());
+  RegisterSqlServerText(db.get());
+  // Reading the schema proves the file is a database before anyone relies on it.
+  if (sqlite3_exec(db.get(), "select count(*) from sqlite_master", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    std::string why = sqlite3_errmsg(db.get());
+    throw Error(err::kDatabaseError, "Cannot open the shop database '" + path + "': " + why, "sqlite");
+  }
+  return db;
+}
+
+// The SQL log the environment asks for, traced from `db`; none when it asks for none.
+FileHandle OpenSqlLog(sqlite3* db) {
+  FileHandle sql_log;
+  if (const char* log_path = std::getenv(kSqlLogVariable); log_path && *log_path) {
+    sql_log.reset(std::fopen(log_path, "a"));
+    if (!sql_log)
+      throw Error(err::kDatabaseError, std::string("Cannot write the SQL log ") + log_path, "sqlite");
+    sqlite3_trace_v2(db, SQLITE_TRACE_STMT, LogStatement, sql_log.get());
+  }
+  return sql_log;
+}
+
 class SqliteConnection : public Connection, public std::enable_shared_from_this<SqliteConnection> {
  public:
-  SqliteConnection(DbHandle db, std::string catalog, FileHandle sql_log)
-      : sql_log_(std::move(sql_log)), db_(std::move(db)), catalog_(std::move(catalog)) {}
+  SqliteConnection(DbHandle db, std::string path, FileHandle sql_log)
+      : sql_log_(std::move(sql_log)),
+        db_(std::move(db)),
+        path_(std::move(path)),
+        catalog_(std::filesystem::path(path_).stem().string()) {}
   ~SqliteConnection() override { Close(); }
 
   SqlDialect dialect() const override { return SqlDialect::kSqlite; }
@@ -190,11 +230,18 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   }
 
   QueryResult Query(const std::string& sql) override {
+    if (SqliteConnection* side = SideConnection()) {
+      if (std::optional<QueryResult> result = side->QueryIfReadOnly(sql)) return std::move(*result);
+    }
     GateLock lock(gate_);
     WatchedCall call(db());
     StmtHandle stmt = FirstQuery(sql, call);
     return stmt ? Fetch(stmt.get(), call) : QueryResult{};
   }
+
+  // A cursor of this connection started (or stopped) reading ahead on a thread of its own.
+  void ReaderStarted() { readers_ahead_.fetch_add(1); }
+  void ReaderStopped() { readers_ahead_.fetch_sub(1); }
 
   std::unique_ptr<RowCursor> OpenCursor(const std::string& sql, const ComputedTypes& computed) override;
 
@@ -208,6 +255,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   }
 
   void Close() override {
+    side_.reset();
     GateLock lock(gate_);
     schema_version_query_.reset();
     db_.reset();
@@ -225,6 +273,56 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
       throw Error(err::kDatabaseError, "The shop connection was used without waiting for its other reader.",
                   "sqlite");
     return db_.get();
+  }
+
+  // While a cursor reads ahead, it takes the connection for every row, and a query of the report's
+  // (a look-up per row) would stop it for as long as the query runs: such queries go to a second,
+  // read-only connection to the same file, opened the first time one is needed. Not while this
+  // connection writes (the other would not see what it has not committed). Null when there is no
+  // reader, the connection writes, or the second connection cannot be opened.
+  SqliteConnection* SideConnection() {
+    if (readers_ahead_.load() == 0 || side_failed_) return nullptr;
+    {
+      GateLock lock(gate_);
+      if (sqlite3_txn_state(db(), nullptr) == SQLITE_TXN_WRITE) return nullptr;
+    }
+    if (!side_) {
+      if (path_ == ":memory:") {  // another connection would open a database of its own
+        side_failed_ = true;
+        return nullptr;
+      }
+      try {
+        DbHandle db = OpenDatabase(path_, true);
+        FileHandle log = OpenSqlLog(db.get());
+        side_ = std::make_unique<SqliteConnection>(std::move(db), path_, std::move(log));
+      } catch (const Error&) {
+        side_failed_ = true;
+        return nullptr;
+      }
+    }
+    return side_.get();
+  }
+
+  // Runs `sql` when it is one statement that only reads and returns rows, as Query would; nothing
+  // (and nothing run) otherwise, or when this connection cannot prepare it (a table only the other
+  // connection sees), for the other connection to run it.
+  std::optional<QueryResult> QueryIfReadOnly(const std::string& sql) {
+    GateLock lock(gate_);
+    WatchedCall call(db());
+    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    const char* tail = text.c_str();
+    StmtHandle query;
+    while (tail && *tail) {
+      sqlite3_stmt* raw = nullptr;
+      if (sqlite3_prepare_v2(db(), tail, -1, &raw, &tail) != SQLITE_OK) return std::nullopt;
+      StmtHandle stmt(raw);
+      if (!stmt) continue;
+      if (query || !sqlite3_stmt_readonly(stmt.get()) || sqlite3_column_count(stmt.get()) == 0)
+        return std::nullopt;
+      query = std::move(stmt);
+    }
+    if (!query) return std::nullopt;
+    return Fetch(query.get(), call);
   }
 
   // The tables' columns as declared, for the adapter; read again whenever the schema has changed.
@@ -384,7 +482,11 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   FileHandle sql_log_;
   DbHandle db_;
   StmtHandle schema_version_query_;  // finalized before the database closes
+  std::string path_;
   std::string catalog_;
+  std::atomic<int> readers_ahead_{0};       // cursors reading ahead on a thread of their own
+  std::unique_ptr<SqliteConnection> side_;  // see SideConnection
+  bool side_failed_ = false;
   tsql::Schema schema_;
   int64_t schema_version_ = -1;
 };
@@ -408,7 +510,10 @@ class SqliteCursor : public RowCursor {
       stop_ = true;
     }
     changed_.notify_all();
-    if (reader_.joinable()) reader_.join();
+    if (reader_.joinable()) {
+      reader_.join();
+      connection_->ReaderStopped();
+    }
     GateLock lock(connection_->gate());
     Finish();
   }
@@ -421,6 +526,7 @@ class SqliteCursor : public RowCursor {
         ++rows_read_;
         return ReadRow(row);
       }
+      connection_->ReaderStarted();
       reader_ = std::thread([this] { ReadAhead(); });
     }
     if (at_ == current_.size()) {
@@ -581,33 +687,9 @@ std::shared_ptr<Connection> OpenSqliteConnection(const std::string& path, bool r
   if (path.empty())
     throw Error(err::kDatabaseError, "The connection string names no Data Source (the shop database file).",
                 "sqlite");
-  sqlite3* raw = nullptr;
-  int rc = sqlite3_open_v2(path.c_str(), &raw,
-                           (read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX,
-                           nullptr);
-  DbHandle db(raw);
-  if (rc != SQLITE_OK) {
-    std::string why = raw ? sqlite3_errmsg(raw) : "out of memory";
-    throw Error(err::kDatabaseError, "Cannot open the shop database '" + path + "': " + why, "sqlite");
-  }
-  sqlite3_busy_timeout(db.get(), kBusyTimeoutMs);
-  sqlite3_extended_result_codes(db.get(), 1);
-  RegisterSqlFormatFunction(db.get());
-  RegisterSqlServerText(db.get());
-  // Reading the schema proves the file is a database before anyone relies on it.
-  if (sqlite3_exec(db.get(), "select count(*) from sqlite_master", nullptr, nullptr, nullptr) != SQLITE_OK) {
-    std::string why = sqlite3_errmsg(db.get());
-    throw Error(err::kDatabaseError, "Cannot open the shop database '" + path + "': " + why, "sqlite");
-  }
-  FileHandle sql_log;
-  if (const char* log_path = std::getenv(kSqlLogVariable); log_path && *log_path) {
-    sql_log.reset(std::fopen(log_path, "a"));
-    if (!sql_log)
-      throw Error(err::kDatabaseError, std::string("Cannot write the SQL log ") + log_path, "sqlite");
-    sqlite3_trace_v2(db.get(), SQLITE_TRACE_STMT, LogStatement, sql_log.get());
-  }
-  return std::make_shared<SqliteConnection>(std::move(db), std::filesystem::path(path).stem().string(),
-                                            std::move(sql_log));
+  DbHandle db = OpenDatabase(path, read_only);
+  FileHandle sql_log = OpenSqlLog(db.get());
+  return std::make_shared<SqliteConnection>(std::move(db), path, std::move(sql_log));
 }
 
 }  // namespace ent

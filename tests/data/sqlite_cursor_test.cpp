@@ -54,6 +54,40 @@ TEST(SqliteCursor, RowsArriveWholeAndInOrderWhileTheConnectionAnswersOtherQuerie
   EXPECT_EQ(connection->Query("select count(*) as c from numbers").rows.at(0).at(0).ToLong(), 10);
 }
 
+// Look-ups made while rows are read ahead answer as the connection itself would: they see its temp
+// tables, what it has written and not committed, and what a look-up text itself writes.
+TEST(SqliteCursor, LookUpsWhileReadingAheadSeeWhatTheConnectionSees) {
+  test::TestDb db;
+  FillNumbers(db, 2000);
+  std::shared_ptr<Connection> connection = db.Connect();
+  auto value = [&](const std::string& sql) { return connection->Query(sql).rows.at(0).at(0).ToText(); };
+  connection->Execute("CREATE TEMP TABLE seen (n INT)");
+  connection->Execute("INSERT INTO seen VALUES (7)");
+  std::vector<Variant> row;
+  {
+    std::unique_ptr<RowCursor> cursor = connection->OpenCursor("select n from numbers order by n", {});
+    for (int n = 1; n <= 600; ++n) ASSERT_TRUE(cursor->Next(row));
+    EXPECT_EQ(value("select n from seen"), "7");
+    EXPECT_EQ(value("select count(*) as c from numbers where n > 1990"), "10");
+    EXPECT_EQ(value("select 'first' as a; select 'second' as a"), "first");
+    EXPECT_EQ(
+        value("update numbers set label = 'changed' where n = 1; select label from numbers where n = 1"),
+        "changed");
+    EXPECT_EQ(value("update numbers set label = 'returned' where n = 2 returning label"), "returned");
+    int n = 600;
+    while (cursor->Next(row)) ASSERT_EQ(row[0].ToLong(), ++n);
+    EXPECT_EQ(n, 2000);
+  }
+  connection->Execute("BEGIN TRANSACTION");
+  connection->Execute("INSERT INTO numbers (n, label) VALUES (-1, 'not committed')");
+  std::unique_ptr<RowCursor> cursor = connection->OpenCursor("select n from numbers order by n", {});
+  for (int n = 1; n <= 600; ++n) ASSERT_TRUE(cursor->Next(row));
+  EXPECT_EQ(value("select label from numbers where n < 0"), "not committed");
+  cursor.reset();
+  connection->Execute("ROLLBACK");
+  EXPECT_EQ(value("select count(*) as c from numbers where n < 0"), "0");
+}
+
 TEST(SqliteCursor, AFailureWhileReadingAheadComesAfterTheRowsBeforeIt) {
   test::TestDb db;
   FillNumbers(db, 6000);
