@@ -144,24 +144,6 @@ struct Exchange {
 // What stopped an exchange; Cause says it in words.
 enum class Fault { kNone, kConnection, kNoTls, kCertificates, kTls, kCertificate, kWrite, kRead };
 
-// A socket, closed with its owner.
-class Socket {
- public:
-  explicit Socket(int fd = -1) : fd_(fd) {}
-  Socket(Socket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-  Socket& operator=(Socket&& other) noexcept {
-    std::swap(fd_, other.fd_);
-    return *this;
-  }
-  ~Socket() {
-    if (fd_ >= 0) close(fd_);
-  }
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
-
 struct HandleFree {
   void operator()(SSL_CTX* context) const { OpenSsl().SSL_CTX_free(context); }
   void operator()(SSL* tls) const { OpenSsl().SSL_free(tls); }
@@ -267,9 +249,9 @@ class Connection {
         if (!WaitForTls(got)) return -1;
         continue;
       }
-      const ssize_t got = recv(fd_, received_.space(), received_.capacity(), 0);
-      if (got >= 0) return got;
-      if (errno != EINTR && !((errno == EAGAIN || errno == EWOULDBLOCK) && Wait(POLLIN))) return -1;
+      const ssize_t got = ReceiveBefore(fd_, received_.space(), received_.capacity(), exchange_.deadline);
+      if (got < 0 && Clock::now() >= exchange_.deadline) exchange_.late = true;
+      return got;
     }
   }
 

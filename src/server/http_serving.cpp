@@ -49,18 +49,10 @@ class DeadlineStream : public httplib::Stream {
   bool is_writable() const override { return WaitForSocket(fd_, POLLOUT, Clock::now() + kWriteWait); }
 
   ssize_t read(char* ptr, size_t size) override {
-    // What has arrived is taken without waiting on poll first (a large body arrives in thousands of
-    // pieces); the deadline holds either way.
-    while (received_.empty()) {
-      if (Clock::now() >= read_end_) return -1;
-      const ssize_t got = recv(fd_, received_.space(), received_.capacity(), MSG_DONTWAIT);
-      if (got > 0) {
-        received_.Received(static_cast<size_t>(got));
-      } else if (got == 0) {
-        return 0;
-      } else if (errno != EINTR && ((errno != EAGAIN && errno != EWOULDBLOCK) || !is_readable())) {
-        return -1;
-      }
+    if (received_.empty()) {
+      const ssize_t got = ReceiveBefore(fd_, received_.space(), received_.capacity(), read_end_);
+      if (got <= 0) return got;
+      received_.Received(static_cast<size_t>(got));
     }
     return static_cast<ssize_t>(received_.Take(ptr, size));
   }

@@ -1,6 +1,8 @@
 #include "server/socket_io.h"
 
 #include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -8,6 +10,10 @@
 #include <cstring>
 
 namespace ent {
+
+Socket::~Socket() {
+  if (fd_ >= 0) close(fd_);
+}
 
 bool WaitForSocket(int fd, short events, std::chrono::steady_clock::time_point end) {
   for (;;) {
@@ -18,6 +24,16 @@ bool WaitForSocket(int fd, short events, std::chrono::steady_clock::time_point e
     const int ready = poll(&p, 1, static_cast<int>(std::min<long long>(left, INT_MAX)));
     if (ready > 0) return true;
     if (ready < 0 && errno != EINTR) return false;
+  }
+}
+
+ssize_t ReceiveBefore(int fd, char* out, size_t size, std::chrono::steady_clock::time_point end) {
+  for (;;) {
+    if (std::chrono::steady_clock::now() >= end) return -1;
+    const ssize_t got = recv(fd, out, size, MSG_DONTWAIT);
+    if (got >= 0) return got;
+    if (errno != EINTR && ((errno != EAGAIN && errno != EWOULDBLOCK) || !WaitForSocket(fd, POLLIN, end)))
+      return -1;
   }
 }
 

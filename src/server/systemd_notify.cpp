@@ -8,25 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "server/socket_io.h"
+
 namespace ent {
-
-namespace {
-
-class Socket {
- public:
-  Socket() : fd_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
-  ~Socket() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
-  int fd() const { return fd_; }
-
- private:
-  int fd_;
-};
-
-}  // namespace
 
 bool NotifySystemd(const std::string& state) {
   const char* name = std::getenv("NOTIFY_SOCKET");
@@ -39,9 +23,9 @@ bool NotifySystemd(const std::string& state) {
   std::memcpy(address.sun_path, name, length);
   if (name[0] == '@') address.sun_path[0] = '\0';
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + length);
-  Socket socket;
-  if (socket.fd() < 0) return false;
-  const ssize_t sent = ::sendto(socket.fd(), state.data(), state.size(), MSG_NOSIGNAL,
+  const Socket socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  if (socket.get() < 0) return false;
+  const ssize_t sent = ::sendto(socket.get(), state.data(), state.size(), MSG_NOSIGNAL,
                                 reinterpret_cast<const sockaddr*>(&address), size);
   return sent == static_cast<ssize_t>(state.size());
 }
