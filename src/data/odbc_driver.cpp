@@ -246,7 +246,8 @@ class OdbcConnection : public Connection {
 
   // Runs a text on `stmt` within the watch's time limit (the database's own query timeout).
   void Run(const Handle& stmt, const std::string& sql, const QueryWatch& watch) {
-    std::string text = sqlite_ ? tsql::ToSqlite(sql, AdapterSchema()) : sql;
+    std::string text =
+        sqlite_ ? tsql::ToSqlite(sql, [this]() -> const tsql::Schema& { return AdapterSchema(); }) : sql;
     SQLSetStmtAttr(stmt.get(), SQL_ATTR_QUERY_TIMEOUT,
                    reinterpret_cast<SQLPOINTER>(static_cast<SQLULEN>(watch.SecondsLeft())), 0);
     const SQLRETURN rc = SQLExecDirect(stmt.get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);

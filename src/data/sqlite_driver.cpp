@@ -216,7 +216,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
 
   void Execute(const std::string& sql) override {
     GateLock lock(gate_);
-    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    const std::string text = tsql::ToSqlite(sql, adapter_schema_);
     WatchedCall call(db());
     const char* tail = text.c_str();
     while (tail && *tail) {
@@ -309,7 +309,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   std::optional<QueryResult> QueryIfReadOnly(const std::string& sql) {
     GateLock lock(gate_);
     WatchedCall call(db());
-    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    const std::string text = tsql::ToSqlite(sql, adapter_schema_);
     const char* tail = text.c_str();
     StmtHandle query;
     while (tail && *tail) {
@@ -325,7 +325,8 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
     return Fetch(query.get(), call);
   }
 
-  // The tables' columns as declared, for the adapter; read again whenever the schema has changed.
+  // The tables' columns as declared, for the adapter (through adapter_schema_, when a text needs
+  // them); read again whenever the schema has changed.
   const tsql::Schema& AdapterSchema() {
     const int64_t version = SchemaVersion();
     if (version != schema_version_) {
@@ -361,7 +362,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   // The first statement of the text that returns columns, prepared; statements before it run for
   // their effect. Null when there is none.
   StmtHandle FirstQuery(const std::string& sql, WatchedCall& call) {
-    const std::string text = tsql::ToSqlite(sql, AdapterSchema());
+    const std::string text = tsql::ToSqlite(sql, adapter_schema_);
     const char* tail = text.c_str();
     while (tail && *tail) {
       StmtHandle stmt = Prepare(tail, &tail, call);
@@ -489,6 +490,7 @@ class SqliteConnection : public Connection, public std::enable_shared_from_this<
   bool side_failed_ = false;
   tsql::Schema schema_;
   int64_t schema_version_ = -1;
+  const tsql::SchemaSource adapter_schema_ = [this]() -> const tsql::Schema& { return AdapterSchema(); };
 };
 
 // Steps the statement as the reader asks for rows. The first rows are read on the caller's thread;

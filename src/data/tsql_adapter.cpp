@@ -294,6 +294,10 @@ void RewriteCreateTable(Tokens& t, Edits& edits) {
 }  // namespace
 
 std::string ToSqlite(std::string_view tsql, const Schema& schema) {
+  return ToSqlite(tsql, SchemaSource([&schema]() -> const Schema& { return schema; }));
+}
+
+std::string ToSqlite(std::string_view tsql, const SchemaSource& schema) {
   Tokens tokens = Tokenize(tsql);
   Edits edits(tokens.size());
   RewriteIsNull(tokens);

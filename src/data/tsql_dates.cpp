@@ -45,7 +45,7 @@ bool MayPrecedeGroup(const Token& t) {
 
 class DateLiterals {
  public:
-  DateLiterals(std::vector<Token>& tokens, const Schema& schema) : tokens_(tokens), schema_(schema) {
+  DateLiterals(std::vector<Token>& tokens, const SchemaSource& schema) : tokens_(tokens), source_(schema) {
     for (size_t i = 0; i < tokens_.size(); ++i)
       if (tokens_[i].kind != TokenKind::kBlank && tokens_[i].kind != TokenKind::kComment) sig_.push_back(i);
     AddTablesCreatedHere();
@@ -62,11 +62,16 @@ class DateLiterals {
  private:
   const Token& At(size_t k) const { return tokens_[sig_[k]]; }
   bool Has(size_t k) const { return k < sig_.size(); }
-  const Schema& Tables() const { return created_.empty() ? schema_ : created_; }
+  const Schema& Tables() { return created_.empty() ? Database() : created_; }
+  // The database's own tables, read the first time they are asked for.
+  const Schema& Database() {
+    if (!schema_) schema_ = &source_();
+    return *schema_;
+  }
 
   // Whether every column of that name, in whichever table, holds dates (and there is one). Looked up
   // in place: a text has a few literals, the shop hundreds of columns.
-  bool IsDateColumn(const std::string& name) const {
+  bool IsDateColumn(const std::string& name) {
     if (name.empty()) return false;
     bool found = false;
     for (const auto& [table, columns] : Tables()) {
@@ -167,7 +172,7 @@ class DateLiterals {
       size_t i = k + 2;
       const std::string table = QualifiedName(i);
       if (table.empty() || !Has(i) || At(i).kind != TokenKind::kOpen) continue;
-      if (created_.empty()) created_ = schema_;
+      if (created_.empty()) created_ = Database();
       std::vector<TableColumn>& columns = created_[table];
       columns.clear();
       int depth = 1;
@@ -239,14 +244,15 @@ class DateLiterals {
   }
 
   std::vector<Token>& tokens_;
-  const Schema& schema_;
-  Schema created_;           // the schema with the tables this text creates, when it creates any
-  std::vector<size_t> sig_;  // indexes of the tokens that are neither blanks nor comments
+  const SchemaSource& source_;
+  const Schema* schema_ = nullptr;  // the database's tables, once read
+  Schema created_;                  // the schema with the tables this text creates, when it creates any
+  std::vector<size_t> sig_;         // indexes of the tokens that are neither blanks nor comments
 };
 
 }  // namespace
 
-void RewriteDateLiterals(std::vector<Token>& tokens, const Schema& schema) {
+void RewriteDateLiterals(std::vector<Token>& tokens, const SchemaSource& schema) {
   DateLiterals(tokens, schema).Rewrite();
 }
 

@@ -4,10 +4,11 @@
 // as text. So each such literal is read as the server reads it and replaced with the stored form.
 //
 // Which columns hold dates comes from the database's own declarations (the driver reads them from its
-// schema; tables created earlier in the same text count too), not from what a literal looks like: a
-// literal that merely looks like a date elsewhere stays text, and an unreadable literal compared with
-// a date column fails as it does on the server. A column name that is a date in one table and
-// something else in another is left alone, since the text does not always say which table it means.
+// schema, read only once a literal meets a column; tables created earlier in the same text count too), not
+// from what a literal looks like: a literal that merely looks like a date elsewhere stays text, and an
+// unreadable literal compared with a date column fails as it does on the server. A column name that is a date
+// in one table and something else in another is left alone, since the text does not always say which table it
+// means.
 #pragma once
 
 #include <string>
@@ -22,6 +23,6 @@ namespace ent::tsql {
 // `t.col`, `(col)`, `max(col)` or `min(col)`; `col [NOT] BETWEEN 'x' AND 'y'`; `col [NOT] IN ('x', ...)`;
 // and the values of `INSERT INTO t [(cols)] VALUES (...), ...` that go into date columns of `t`.
 // Raises Error (the server's conversion failure) for a literal that does not read as a date.
-void RewriteDateLiterals(std::vector<Token>& tokens, const Schema& schema);
+void RewriteDateLiterals(std::vector<Token>& tokens, const SchemaSource& schema);
 
 }  // namespace ent::tsql

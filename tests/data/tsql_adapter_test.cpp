@@ -92,6 +92,28 @@ TEST(TsqlAdapter, LiteralsMeetingDateColumnsAreReadAsTheServerReadsThem) {
   }
 }
 
+TEST(TsqlAdapter, TheSchemaIsReadOnlyWhenALiteralMeetsAColumn) {
+  tsql::Schema schema;
+  tsql::AddDeclaredColumn(schema, "wo", "latestdate", "datetime");
+  int reads = 0;
+  const tsql::SchemaSource source = [&]() -> const tsql::Schema& {
+    ++reads;
+    return schema;
+  };
+  EXPECT_EQ(ToSqlite("select format(amt, '#,##0.00'), a + '-' + b from wo where summary like '%x%'", source),
+            "select format(amt, '#,##0.00'), a || '-' || b from wo where summary like '%x%'");
+  EXPECT_EQ(reads, 0);
+  EXPECT_EQ(
+      ToSqlite("select 1 from wo where latestdate > '6/30/24' or latestdate < '1/1/24'", source),
+      "select 1 from wo where latestdate > '2024-06-30 00:00:00' or latestdate < '2024-01-01 00:00:00'");
+  EXPECT_EQ(reads, 1);
+  ToSqlite("insert into wo values ('1/1/24')", source);
+  EXPECT_EQ(reads, 2);
+  // A text that creates a table still sees the database's own.
+  EXPECT_EQ(ToSqlite("create table p (d datetime); select 1 from wo where latestdate > '6/30/24'", source),
+            "create table p (d datetime); select 1 from wo where latestdate > '2024-06-30 00:00:00'");
+}
+
 TEST(TsqlAdapter, DeclaredTypes) {
   auto money = tsql::ParseDeclaredType("money real");
   EXPECT_EQ(money.name, "money");
