@@ -124,8 +124,10 @@ int DbInUseToken::GetdbInUse() {
 void DbInUseToken::SetdbInUse(int state) {
   FileLock lock(fd_, LOCK_EX);
   const std::string text = std::to_string(state) + "\n";
-  if (::ftruncate(fd_, 0) != 0 ||
-      ::pwrite(fd_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
+  // Written over and then cut to its length, never cut to nothing first: ext4 takes a file cut to
+  // nothing for one being replaced and writes it to the disk when it is closed, in every run.
+  if (::pwrite(fd_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
+      ::ftruncate(fd_, static_cast<off_t>(text.size())) != 0)
     throw Error(err::kCannotCreateObject,
                 std::string("the token cannot be written: ") + std::strerror(errno));
 }

@@ -58,6 +58,18 @@ TEST(TokenTest, PlantedLinksAndWritableByEveryoneAreRefused) {
   EXPECT_EQ(DbInUseToken::Create(token)->GetdbInUse(), 1);
 }
 
+// What an administrator wrote by hand is replaced whole.
+TEST(TokenTest, WritingTheTokenReplacesWhatItHeld) {
+  test::TempDir dir;
+  const std::string token = dir.file("token");
+  DbInUseToken::Create(token)->SetdbInUse(1);
+  std::ofstream(token + "/dbinuse") << "12 (maintenance until noon)\n";
+  DbInUseToken::Create(token)->SetdbInUse(0);
+  std::stringstream text;
+  text << std::ifstream(token + "/dbinuse").rdbuf();
+  EXPECT_EQ(text.str(), "0\n");
+}
+
 // The administrator sets the token as root; the server, running as its own user, must still be able
 // to write it afterwards.
 TEST(TokenTest, ATokenRootCreatesStaysUsableByTheFoldersOwner) {
