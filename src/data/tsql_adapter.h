@@ -31,9 +31,9 @@ using Schema = std::map<std::string, std::vector<TableColumn>>;
 // Raises Error for a literal that meets a date column and does not read as a date.
 std::string ToSqlite(std::string_view tsql, const Schema& schema = {});
 
-// The same, with the schema read only when a text needs it: when a string literal meets a column
-// (or the text creates a table). Most texts never do, and reading the schema is the larger part of a
-// small report's SQL work, so a driver passes what reads it.
+// The same, with the schema read only when a text needs it: when a string literal meets a column,
+// or the text creates a table or inserts into one. Most texts never do, and reading the schema is
+// the larger part of a small report's SQL work, so a driver passes what reads it.
 using SchemaSource = std::function<const Schema&()>;
 std::string ToSqlite(std::string_view tsql, const SchemaSource& schema);
 
