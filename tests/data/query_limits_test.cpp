@@ -87,6 +87,27 @@ TEST_F(QueryLimitsTest, AnInterruptionStopsTheQueriesRunningNowOnly) {
   EXPECT_EQ(connection->Query(Endless("LIMIT 3")).rows.size(), 3u);
 }
 
+// What a driver asks between steps. The watchdog also stops a statement whose time is up, but only
+// once; the watch must tell a statement started after that, or after the program began stopping.
+TEST(QueryWatch, MustStopOnceItsTimeIsUpOrItWasInterrupted) {
+  SetQueryLimits(QueryLimits{0, 1 << 20});
+  EXPECT_TRUE(QueryWatch().MustStop());
+  SetQueryLimits(QueryLimits{});
+  QueryWatch watch;
+  EXPECT_FALSE(watch.MustStop());
+  InterruptRunningQueries();
+  EXPECT_TRUE(watch.MustStop());
+  EXPECT_FALSE(QueryWatch().MustStop());
+  // Stopping is for good, so it is tried in a process of its own.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        StopAllQueries();
+        std::_Exit(QueryWatch().MustStop() ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
 TEST_F(QueryLimitsTest, AFreeSqlRequestPostsTheLimitAsItsStatus) {
   SetShopConnectionString(db_.connection_string());
   clsRS engine;
