@@ -26,6 +26,7 @@ struct Running {
   const QueryWatch* watch;
   Clock::time_point end;
   std::function<void()> cancel;
+  bool watched;  // cancelled by the watchdog when its time is up
   bool cancelled = false;
 };
 struct Registry {
@@ -46,7 +47,7 @@ void Watchdog() {
   for (;;) {
     const Clock::time_point now = Clock::now();
     for (Running& statement : r.running) {
-      if (!statement.cancelled && statement.end <= now) {
+      if (statement.watched && !statement.cancelled && statement.end <= now) {
         statement.cancelled = true;
         statement.cancel();
       }
@@ -82,7 +83,7 @@ void StopAllQueries() {
   InterruptRunningQueries();
 }
 
-QueryWatch::QueryWatch(std::function<void()> cancel) : epoch_(interrupt_epoch.load()) {
+QueryWatch::QueryWatch(std::function<void()> cancel, Timing timing) : epoch_(interrupt_epoch.load()) {
   const QueryLimits now = CurrentQueryLimits();
   seconds_ = now.seconds;
   byte_limit_ = now.result_bytes;
@@ -92,9 +93,10 @@ QueryWatch::QueryWatch(std::function<void()> cancel) : epoch_(interrupt_epoch.lo
   std::lock_guard<std::mutex> lock(r.mutex);
   // An interruption between reading the epoch and registering stops this statement too.
   epoch_ = interrupt_epoch.load();
-  r.running.push_back(Running{this, end_, std::move(cancel)});
+  const bool watched = timing == Timing::kWatchdog;
+  r.running.push_back(Running{this, end_, std::move(cancel), watched});
   registered_ = true;
-  if (!r.watchdog_started) {
+  if (watched && !r.watchdog_started) {
     std::thread(Watchdog).detach();
     r.watchdog_started = true;
   }

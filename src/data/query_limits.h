@@ -26,11 +26,14 @@ void StopAllQueries();
 
 // One statement's watch over its limits, kept by a driver from start to its last row. `cancel`, when
 // given, is called (from another thread) if the running queries are interrupted while the watch
-// lives or its time runs out (by a watchdog thread): it must make the database stop the statement
-// (sqlite3_interrupt, SQLCancel).
+// lives: it must make the database stop the statement (sqlite3_interrupt, SQLCancel). When its time
+// runs out, a driver that asks MustStop() as it goes (`kDriverAsks`) stops by itself; for one that
+// runs a whole query in one call, a watchdog thread calls `cancel`. That thread is started by the
+// first such watch, so a process that only asks starts none.
 class QueryWatch {
  public:
-  explicit QueryWatch(std::function<void()> cancel = {});
+  enum class Timing { kWatchdog, kDriverAsks };
+  explicit QueryWatch(std::function<void()> cancel = {}, Timing timing = Timing::kWatchdog);
   ~QueryWatch();
   QueryWatch(const QueryWatch&) = delete;
   QueryWatch& operator=(const QueryWatch&) = delete;

@@ -143,10 +143,12 @@ Variant RawValue(sqlite3_stmt* stmt, int col) {
 }
 
 // The limits' watch over one call of the driver: SQLite asks it every few thousand steps whether to
-// go on, and an interruption from another thread stops it through sqlite3_interrupt.
+// go on (so its time limit needs no watchdog), and an interruption from another thread stops it
+// through sqlite3_interrupt.
 class WatchedCall {
  public:
-  explicit WatchedCall(sqlite3* db) : db_(db), watch_([db] { sqlite3_interrupt(db); }) {
+  explicit WatchedCall(sqlite3* db)
+      : db_(db), watch_([db] { sqlite3_interrupt(db); }, QueryWatch::Timing::kDriverAsks) {
     sqlite3_progress_handler(db_, 4000, &WatchedCall::Stop, &watch_);
   }
   ~WatchedCall() { sqlite3_progress_handler(db_, 0, nullptr, nullptr); }

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <chrono>
+#include <filesystem>
 #include <future>
 #include <thread>
 
@@ -104,6 +105,21 @@ TEST(QueryWatch, MustStopOnceItsTimeIsUpOrItWasInterrupted) {
       {
         StopAllQueries();
         std::_Exit(QueryWatch().MustStop() ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+// SQLite checks its time limit as it steps, so a process that runs its queries there starts no
+// watchdog thread.
+TEST(QueryWatch, QueriesOnTheEmbeddedDatabaseStartNoThread) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        test::TestDb db;
+        db.Connect()->Query("select 1 as one");
+        const auto tasks = std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                                         std::filesystem::directory_iterator());
+        std::_Exit(tasks == 1 ? 0 : 1);
       },
       testing::ExitedWithCode(0), "");
 }
