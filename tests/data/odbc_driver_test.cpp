@@ -4,12 +4,19 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
 #include "common/error.h"
 #include "common/thread_values.h"
 #include "job/cls_prebuilt_report.h"
 #include "job/result_document.h"
 #include "job/sendable.h"
+#include "support/program.h"
 #include "support/sample_shop.h"
+#include "support/temp_dir.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -152,6 +159,46 @@ TEST(OdbcDriverTest, AnUnreachableSqlServerFailsWithAClearStatus) {
       "INVSUM01", {"1/1/2024", "12/31/2024"});
   EXPECT_EQ(posted.first.rfind("Cannot connect to the shop database: ", 0), 0u) << posted.first;
   EXPECT_EQ(posted.second, "");
+}
+
+// The program links SQLite in. The SQLite ODBC driver (and the format() extension it loads) bring the
+// shared SQLite along, but must call the program's copy: two copies of SQLite over one file do not
+// see each other's locks.
+TEST(OdbcDriverTest, TheProgramAndTheDriverShareOneSqlite) {
+  test::TestDb db;
+  db.Exec("create table t (x int, d datetime); insert into t values (1, '2025-01-02'), (2, '2025-03-04')");
+  test::TempDir dir;
+  const test::ProgramRun run =
+      test::RunProgram({"query", "--connection", OdbcFor(db.path()), "--format", "csv", "--sql",
+                        "select x, format(x * 1.5, '0.00') as f from t where d > '2/1/2025'"},
+                       dir.path().string(), {"LD_DEBUG=bindings", "LD_DEBUG_OUTPUT=" + dir.file("loader")});
+  EXPECT_EQ(run.out, "x,f\r\n2,3.00\r\n") << run.err;
+
+  // Where the loader bound the driver's and the extension's calls to SQLite.
+  std::set<std::string> targets;
+  const std::regex binding(R"(binding file (\S+) \[\d+\] to (\S+) \[\d+\]: normal symbol `sqlite3_)");
+  for (const auto& entry : std::filesystem::directory_iterator(dir.path())) {
+    if (entry.path().filename().string().rfind("loader.", 0) != 0) continue;
+    std::ifstream in(entry.path());
+    for (std::string line; std::getline(in, line);) {
+      std::smatch m;
+      if (!std::regex_search(line, m, binding)) continue;
+      const std::string from = m[1].str(), to = m[2].str();
+      // (The extension's own entry point is found in the extension.)
+      const bool extension = from.find("entprcreq_sqlite") != std::string::npos;
+      if ((extension || from.find("odbc") != std::string::npos) &&
+          to.find("entprcreq_sqlite") == std::string::npos)
+        targets.insert(to);
+    }
+  }
+  ASSERT_EQ(targets.size(), 1u) << testing::PrintToString(targets);
+  // The sanitizer builds keep SQLite shared.
+  const bool linked_in =
+      test::ShellOutput("ldd '" ENTPRCREQ_BINARY "'").find("libsqlite3") == std::string::npos;
+  if (linked_in)
+    EXPECT_EQ(std::filesystem::path(*targets.begin()).filename(), "entprcreq");
+  else
+    EXPECT_NE(targets.begin()->find("libsqlite3"), std::string::npos);
 }
 
 }  // namespace
