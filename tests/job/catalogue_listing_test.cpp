@@ -65,6 +65,8 @@ TEST(ReportCatalogueTest, EveryDescribedCodeGivesTheDescribedColumns) {
     }
   }
   EXPECT_EQ(codes.size(), 30u);  // 28 reports and two retired codes
+  // A code is read without regard to case.
+  EXPECT_EQ(test::RunReport("profaloss01", {"1/1/2025", "6/30/2025"}).status, "0");
 }
 
 TEST(ReportCatalogueTest, OneJsonFromTheLibraryTheCommandAndTheServer) {

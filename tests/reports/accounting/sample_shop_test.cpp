@@ -83,19 +83,6 @@ TEST_F(StatementsOnSampleShop, StatementsBalanceWhereTheLedgerDoes) {
   EXPECT_EQ(Amount(ar, "[b]TOTAL", kBalance), LedgerSum("chid = 9 and transdate <= '12/31/2024'"));
 }
 
-TEST_F(StatementsOnSampleShop, CatalogueAnswersEachCode) {
-  const std::vector<std::pair<std::string, std::vector<std::string>>> requests = {
-      {"BL01", {"6/30/2025"}}, {"profaloss01", {"1/1/2025", "6/30/2025"}},
-      {"TB01", {"6/30/2025"}}, {"AP01", {"6/30/2025"}},
-      {"AR01", {"6/30/2025"}},
-  };
-  for (const auto& [code, params] : requests) {
-    const test::ReportRun run = test::RunReport(code, params);
-    EXPECT_EQ(run.status, "0") << code;
-    EXPECT_TRUE(run.has_document) << code;
-  }
-}
-
 TEST_F(StatementsOnSampleShop, ConcurrentBalanceSheetsStayApart) {
   const std::vector<std::string> dates = {"12/31/2023", "6/30/2025"};
   std::vector<Rows> expected;
