@@ -1,8 +1,6 @@
 // The generator's building blocks: days, the random source, rounding, invoice totals, the ledger.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,6 +10,8 @@
 #include "sampledb/prng.h"
 #include "sampledb/shop.h"
 #include "sampledb/shop_schema.h"
+#include "support/sample_shop.h"
+#include "support/temp_dir.h"
 
 namespace ent::sampledb {
 namespace {
@@ -100,42 +100,30 @@ TEST(SumLines, CountsWhatTheInvoiceCharges) {
 }
 
 TEST(Ledger, WritesBalancedTransactionsOnly) {
-  const std::filesystem::path path =
-      std::filesystem::temp_directory_path() / ("entprcreq-ledger-" + std::to_string(::getpid()) + ".db");
-  std::filesystem::remove(path);
-  {
-    Database db(path.string());
-    CreateShopTables(db);
-    Ledger ledger(db);
-    Transaction sale;
-    sale.Add(acct::kReceivables, 1130, "INVOICE", 100001, 7);
-    sale.Add(acct::kLabourSales, -500, "INVOICE", 100001, 7);
-    sale.Add(acct::kLabourSales, -500, "INVOICE", 100001, 7);  // merged with the line above
-    sale.Add(acct::kPayables, -130, "TAX1", 100001, 1);
-    sale.Add(acct::kShopFees, 0, "INVOICE", 100001, 7);  // zero: not written
-    EXPECT_EQ(sale.postings().size(), 4u);
-    ledger.Post(Day::FromYmd(2024, 3, 5), sale);
-    EXPECT_EQ(ledger.Balance(acct::kReceivables), 1130);
-    EXPECT_EQ(ledger.Balance(acct::kLabourSales), -1000);
+  test::TempDir dir;
+  Database db(dir.file("ledger.db"));
+  CreateShopTables(db);
+  Ledger ledger(db);
+  Transaction sale;
+  sale.Add(acct::kReceivables, 1130, "INVOICE", 100001, 7);
+  sale.Add(acct::kLabourSales, -500, "INVOICE", 100001, 7);
+  sale.Add(acct::kLabourSales, -500, "INVOICE", 100001, 7);  // merged with the line above
+  sale.Add(acct::kPayables, -130, "TAX1", 100001, 1);
+  sale.Add(acct::kShopFees, 0, "INVOICE", 100001, 7);  // zero: not written
+  EXPECT_EQ(sale.postings().size(), 4u);
+  ledger.Post(Day::FromYmd(2024, 3, 5), sale);
+  EXPECT_EQ(ledger.Balance(acct::kReceivables), 1130);
+  EXPECT_EQ(ledger.Balance(acct::kLabourSales), -1000);
 
-    Transaction unbalanced;
-    unbalanced.Add(acct::kChequing, 100, "CHEQUE", 1);
-    EXPECT_THROW(ledger.Post(Day::FromYmd(2024, 3, 6), unbalanced), std::logic_error);
-    ledger.Post(Day::FromYmd(2024, 3, 6), Transaction{});
-
-    sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(db.handle(),
-                       "SELECT count(*), max(transid), round(sum(amt), 2), min(transdate) FROM "
-                       "ChartOfAccountsGLPOSTINGTABLE",
-                       -1, &stmt, nullptr);
-    ASSERT_EQ(sqlite3_step(stmt), SQLITE_ROW);
-    EXPECT_EQ(sqlite3_column_int(stmt, 0), 3);
-    EXPECT_EQ(sqlite3_column_int(stmt, 1), 1);
-    EXPECT_EQ(sqlite3_column_double(stmt, 2), 0.0);
-    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 3)), "2024-03-05 00:00:00");
-    sqlite3_finalize(stmt);
-  }
-  std::filesystem::remove(path);
+  Transaction unbalanced;
+  unbalanced.Add(acct::kChequing, 100, "CHEQUE", 1);
+  EXPECT_THROW(ledger.Post(Day::FromYmd(2024, 3, 6), unbalanced), std::logic_error);
+  ledger.Post(Day::FromYmd(2024, 3, 6), Transaction{});
+  EXPECT_EQ(
+      test::QueryValueOn(dir.file("ledger.db"),
+                         "SELECT count(*) || ' ' || max(transid) || ' ' || round(sum(amt), 2) || ' ' || "
+                         "min(transdate) FROM ChartOfAccountsGLPOSTINGTABLE"),
+      "3 1 0.0 2024-03-05 00:00:00");
 }
 
 }  // namespace

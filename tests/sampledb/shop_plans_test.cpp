@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <memory>
 #include <regex>
 #include <string>
 #include <vector>
@@ -21,24 +20,10 @@
 namespace ent {
 namespace {
 
-using Db = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
-
-Db OpenShop() {
-  sqlite3* raw = nullptr;
-  sqlite3_open_v2(test::SmallSampleShop().c_str(), &raw, SQLITE_OPEN_READONLY, nullptr);
-  return Db(raw, sqlite3_close);
-}
-
-// Every row of a query's first column, as text.
-std::vector<std::string> Column(sqlite3* db, const std::string& sql, int column = 0) {
-  sqlite3_stmt* raw = nullptr;
-  EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &raw, nullptr), SQLITE_OK) << sql << sqlite3_errmsg(db);
-  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> stmt(raw, sqlite3_finalize);
+// Every row of a query's column on the small sample shop, as text.
+std::vector<std::string> Column(const std::string& sql, size_t column = 0) {
   std::vector<std::string> values;
-  while (stmt && sqlite3_step(stmt.get()) == SQLITE_ROW) {
-    const unsigned char* text = sqlite3_column_text(stmt.get(), column);
-    values.push_back(text ? reinterpret_cast<const char*>(text) : "");
-  }
+  for (const auto& row : test::QueryRowsOn(test::SmallSampleShop(), sql)) values.push_back(row.at(column));
   return values;
 }
 
@@ -62,17 +47,14 @@ std::vector<std::string> StatementsOf(const std::string& code, const std::vector
 }
 
 TEST(ShopPlans, TheSampleShopKeepsStatisticsAndIndexesForThePlaceholderKeys) {
-  Db db = OpenShop();
-  const std::vector<std::string> analysed = Column(db.get(), "select distinct tbl from sqlite_stat1");
+  const std::vector<std::string> analysed = Column("select distinct tbl from sqlite_stat1");
   for (const char* table : {"wo", "woparts", "customer", "vehicle"})
     EXPECT_NE(std::find(analysed.begin(), analysed.end(), table), analysed.end()) << table;
   // The partial indexes leave out the placeholder keys.
-  EXPECT_EQ(Column(db.get(),
-                   "select sql like '%WHERE invoiceid <> 0' from sqlite_master where name = "
+  EXPECT_EQ(Column("select sql like '%WHERE invoiceid <> 0' from sqlite_master where name = "
                    "'ix_woparts_invoice_set'"),
             std::vector<std::string>{"1"});
-  EXPECT_EQ(Column(db.get(),
-                   "select sql like '%WHERE credid <> 0' from sqlite_master where name = "
+  EXPECT_EQ(Column("select sql like '%WHERE credid <> 0' from sqlite_master where name = "
                    "'ix_woparts_credit_set'"),
             std::vector<std::string>{"1"});
 }
@@ -87,7 +69,6 @@ TEST(ShopPlans, HeavyJoinsNeverLoopOverThePlaceholderKeys) {
       {"PARTSALPER01", {from, to, "", "", "", "false"}},
       {"POSTCARDNONLOF01", {from, "6/30/2024", "7/1/2024", to}},
   };
-  Db db = OpenShop();
   const std::regex whole_table(R"(^SCAN (wo|woparts)\b)", std::regex::icase);
   std::map<std::string, std::string> plans;  // code -> every step of its joins' plans
   for (const auto& [code, params] : codes) {
@@ -96,7 +77,7 @@ TEST(ShopPlans, HeavyJoinsNeverLoopOverThePlaceholderKeys) {
       std::transform(lower.begin(), lower.end(), lower.begin(),
                      [](unsigned char c) { return std::tolower(c); });
       if (lower.find("woparts") == std::string::npos) continue;
-      for (const std::string& step : Column(db.get(), "EXPLAIN QUERY PLAN " + statement, 3)) {
+      for (const std::string& step : Column("EXPLAIN QUERY PLAN " + statement, 3)) {
         EXPECT_FALSE(std::regex_search(step, whole_table)) << code << ": " << step;
         plans[code] += step + "\n";
       }

@@ -3,18 +3,15 @@
 #include "sampledb/shop_schema.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <string>
 
 #include "common/error.h"
 #include "sampledb/embedded_sql.h"
+#include "support/temp_dir.h"
 
 namespace ent::sampledb {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string Scalar(Database& db, const std::string& sql) {
   sqlite3_stmt* stmt = nullptr;
@@ -27,23 +24,14 @@ std::string Scalar(Database& db, const std::string& sql) {
   return value;
 }
 
-// A path for a new database of this test process.
-std::string NewDatabasePath() {
-  const fs::path path =
-      fs::temp_directory_path() / ("entprcreq-schema-" + std::to_string(::getpid()) + ".db");
-  fs::remove(path);
-  return path.string();
-}
-
 class ShopSchema : public ::testing::Test {
  protected:
-  ShopSchema() : path_(NewDatabasePath()), db_(path_.string()) {
+  ShopSchema() : db_(dir_.file("shop.db")) {
     CreateShopTables(db_);
     CreateSupplierTable(db_, 12);
   }
-  ~ShopSchema() override { fs::remove(path_); }
 
-  fs::path path_;
+  test::TempDir dir_;
   Database db_;
 };
 

@@ -91,22 +91,37 @@ std::string QueryValue(const std::string& sql) {
 }
 
 std::string QueryValueOn(const std::string& path, const std::string& sql) {
+  const auto rows = QueryRowsOn(path, sql);
+  return rows.empty() || rows[0].empty() ? "" : rows[0][0];
+}
+
+std::vector<std::vector<std::string>> QueryRowsOn(const std::string& path, const std::string& sql) {
   sqlite3* raw = nullptr;
   if (sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
     sqlite3_close(raw);
-    ADD_FAILURE() << "cannot open the sample shop";
-    return "";
+    ADD_FAILURE() << "cannot open " << path;
+    return {};
   }
   std::unique_ptr<sqlite3, decltype(&sqlite3_close)> db(raw, sqlite3_close);
   sqlite3_stmt* raw_statement = nullptr;
   if (sqlite3_prepare_v2(db.get(), sql.c_str(), -1, &raw_statement, nullptr) != SQLITE_OK) {
     ADD_FAILURE() << sqlite3_errmsg(db.get()) << " in " << sql;
-    return "";
+    return {};
   }
   std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(raw_statement, sqlite3_finalize);
-  if (sqlite3_step(statement.get()) != SQLITE_ROW) return "";
-  const unsigned char* text = sqlite3_column_text(statement.get(), 0);
-  return text ? reinterpret_cast<const char*>(text) : "";
+  std::vector<std::vector<std::string>> rows;
+  while (sqlite3_step(statement.get()) == SQLITE_ROW) {
+    std::vector<std::string>& row = rows.emplace_back();
+    for (int i = 0; i < sqlite3_column_count(statement.get()); ++i) {
+      const unsigned char* text = sqlite3_column_text(statement.get(), i);
+      row.emplace_back(text ? reinterpret_cast<const char*>(text) : "");
+    }
+  }
+  return rows;
+}
+
+int64_t QueryCount(const std::string& sql) {
+  return std::stoll("0" + QueryValue(sql));
 }
 
 double Amount(std::string text) {

@@ -2,6 +2,7 @@
 // it, and a way to run a report code on it the way a request does.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -35,6 +36,10 @@ ReportRun RunReportOn(const std::string& shop, const std::string& code,
 // as text ("" for null): the independent check of a report's figures.
 std::string QueryValue(const std::string& sql);
 std::string QueryValueOn(const std::string& path, const std::string& sql);
+// Every row of such a query, each cell as text ("" for null).
+std::vector<std::vector<std::string>> QueryRowsOn(const std::string& path, const std::string& sql);
+// A count from such a query on the small sample shop.
+int64_t QueryCount(const std::string& sql);
 
 // A displayed amount ("1,234.50") as a number; 0 for the empty text.
 double Amount(std::string text);
