@@ -17,6 +17,7 @@
 #include "data/tsql_adapter.h"
 #include "job/cls_prebuilt_report.h"
 #include "reports/cls_rs.h"
+#include "support/data_errors.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -41,12 +42,7 @@ class QueryLimitsTest : public ::testing::Test {
 
   // The description of the Error a query raises ("" when it returns).
   static std::string Failure(Connection& connection, const std::string& sql) {
-    try {
-      connection.Query(sql);
-    } catch (const Error& e) {
-      return e.description();
-    }
-    return "";
+    return test::ErrorText([&] { connection.Query(sql); });
   }
 
   test::TestDb db_;

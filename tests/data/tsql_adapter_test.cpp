@@ -4,12 +4,16 @@
 
 #include "common/error.h"
 #include "data/recordset.h"
+#include "support/data_errors.h"
 #include "support/test_db.h"
 
 namespace ent {
 namespace {
 
 using tsql::ToSqlite;
+
+constexpr char kUnreadableDate[] =
+    "Conversion failed when converting date and/or time from character string.";
 
 TEST(TsqlAdapter, RewritesEachRule) {
   // TOP, with DISTINCT, in a subquery, with parentheses; plain columns keep their spelling.
@@ -82,14 +86,8 @@ TEST(TsqlAdapter, LiteralsMeetingDateColumnsAreReadAsTheServerReadsThem) {
   // What the server cannot read fails the statement with the server's message.
   for (const char* bad :
        {"select * from wo where latestdate <= 'junk'", "update wo set latestdate = '2/30/2024'",
-        "insert into wo values (1, 'not a date', '')"}) {
-    try {
-      ToSqlite(bad, schema);
-      ADD_FAILURE() << bad;
-    } catch (const Error& e) {
-      EXPECT_EQ(e.description(), "Conversion failed when converting date and/or time from character string.");
-    }
-  }
+        "insert into wo values (1, 'not a date', '')"})
+    EXPECT_EQ(test::ErrorText([&] { ToSqlite(bad, schema); }), kUnreadableDate) << bad;
 }
 
 TEST(TsqlAdapter, TheSchemaIsReadOnlyWhenALiteralMeetsAColumn) {
@@ -182,12 +180,10 @@ TEST(TsqlAdapter, DateTextsCompareAsDates) {
   EXPECT_EQ(
       Recordset::OpenQuery(connection, "select id from later where due = 'Oct 1 2024'", false)->RecordCount(),
       1u);
-  try {
-    Recordset::OpenQuery(db.Connect(), "select id from posting where transdate <= 'junk'", false);
-    ADD_FAILURE();
-  } catch (const Error& e) {
-    EXPECT_EQ(e.description(), "Conversion failed when converting date and/or time from character string.");
-  }
+  EXPECT_EQ(test::ErrorText([&] {
+              Recordset::OpenQuery(db.Connect(), "select id from posting where transdate <= 'junk'", false);
+            }),
+            kUnreadableDate);
 }
 
 }  // namespace
