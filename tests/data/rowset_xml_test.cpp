@@ -315,9 +315,6 @@ TEST(RowsetXml, LongRowsWrapBeforeAnAttribute) {
 }
 
 TEST(RowsetXml, NumbersDatesAndMismatchedKinds) {
-  EXPECT_EQ(ValueTexts(QueryColumn("V", DataType::kDouble),
-                       {0.0, 123456789.5, 5.325, DBL_MAX, 4.9406564584124654e-324, 1e17}),
-            "0|123456789.5|5.3250000000000002|1.7976931348623157E+308|4.9406564584124654E-324|1E+17");
   EXPECT_EQ(
       ValueTexts(QueryColumn("V", DataType::kSingle), {Variant::Single(5.325f), Variant::Single(0.625f)}),
       "5.3249998|0.625");
@@ -347,16 +344,19 @@ TEST(RowsetXml, NumbersDatesAndMismatchedKinds) {
   EXPECT_THROW(ValueText(whole, Variant::Object(std::make_shared<int>(1))), ent::Error);
 }
 
+// Doubles: the ends of the range and random ones.
 TEST(RowsetXml, DoublesMatchPrintfG17) {
   std::mt19937_64 random(20240615);
   std::vector<std::vector<Variant>> rows;
   std::vector<std::string> expected;
-  for (int i = 0; i < 3000; ++i) {
+  const double ends[] = {0.0, 123456789.5, 5.325, DBL_MAX, 4.9406564584124654e-324, 1e17};
+  for (int i = -6; i < 3000; ++i) {
     uint64_t bits = random();
     double v;
     std::memcpy(&v, &bits, sizeof v);
-    if (!std::isfinite(v)) continue;
     if (i % 3 == 0) v = static_cast<double>(static_cast<int64_t>(bits % 2000000) - 1000000) / 1000;
+    if (i < 0) v = ends[i + 6];
+    if (!std::isfinite(v)) continue;
     char buf[64];
     std::snprintf(buf, sizeof buf, "%.17G", v);
     expected.push_back(buf);

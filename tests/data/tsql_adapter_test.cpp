@@ -112,16 +112,20 @@ TEST(TsqlAdapter, TheSchemaIsReadOnlyWhenALiteralMeetsAColumn) {
             "create table p (d datetime); select 1 from wo where latestdate > '2024-06-30 00:00:00'");
 }
 
+// Sizes beyond the largest column are read as the largest.
 TEST(TsqlAdapter, DeclaredTypes) {
-  auto money = tsql::ParseDeclaredType("money real");
-  EXPECT_EQ(money.name, "money");
-  auto text = tsql::ParseDeclaredType("varchar(50) COLLATE NOCASE");
-  EXPECT_EQ(text.name, "varchar");
-  EXPECT_EQ(text.size_or_precision, 50);
-  auto dec = tsql::ParseDeclaredType("DECIMAL real(18,4)");
-  EXPECT_EQ(dec.name, "decimal");
-  EXPECT_EQ(dec.size_or_precision, 18);
-  EXPECT_EQ(dec.scale, 4);
+  const std::pair<const char*, const char*> cases[] = {
+      {"money real", "money 0 0"},
+      {"varchar(50) COLLATE NOCASE", "varchar 50 0"},
+      {"DECIMAL real(18,4)", "decimal 18 4"},
+      {"varchar(99999999999)", "varchar 2147483647 0"},
+      {"decimal(99999999999999999999, 99999999999)", "decimal 2147483647 2147483647"},
+  };
+  for (const auto& [text, expected] : cases) {
+    const tsql::DeclaredType type = tsql::ParseDeclaredType(text);
+    EXPECT_EQ(type.name + " " + std::to_string(type.size_or_precision) + " " + std::to_string(type.scale),
+              expected);
+  }
 }
 
 TEST(TsqlAdapter, AdaptedTextsBehaveAsOnSqlServer) {
