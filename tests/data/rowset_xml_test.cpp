@@ -230,11 +230,6 @@ TEST(RowsetXml, QueryColumnsDescribeTheirSourceAndLeaveNullsOut) {
 ^I^I Code='ABC' Memo='long'/>
 ^I<z:row OrderId='2' Amount='0' Code=''/>
 )"));
-  pugi::xml_document doc;
-  pugi::xml_node data = ParsedData(doc, xml);
-  EXPECT_EQ(data.first_child().name(), std::string("z:row"));
-  EXPECT_FALSE(data.last_child().attribute("LineComment"));
-  EXPECT_STREQ(data.last_child().attribute("Code").value(), "");
 }
 
 TEST(RowsetXml, EmptyRowset) {
@@ -308,10 +303,6 @@ TEST(RowsetXml, LongRowsWrapBeforeAnAttribute) {
           std::string(130, 'g') + R"('
 ^I^I^I Column_7='hhhhhh' Column_8='iiiiii' Column_9='jjjjjj' Column_10='kkkkkk' Column_11='llllll'/>
 )"));
-  pugi::xml_document doc;
-  pugi::xml_node z = ParsedData(doc, xml).first_child().first_child();
-  EXPECT_EQ(std::string(z.attribute("Column_6").value()), std::string(130, 'g'));
-  EXPECT_STREQ(z.attribute("Column_11").value(), "llllll");
 }
 
 TEST(RowsetXml, NumbersDatesAndMismatchedKinds) {
