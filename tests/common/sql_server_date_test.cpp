@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/error.h"
+#include "support/data_errors.h"
 
 namespace ent {
 namespace {
@@ -57,12 +57,8 @@ TEST(SqlServerDate, RefusesWhatTheServerCannotRead) {
         "6/30/2024 10:00 x", "Jum 30 2024", "Jun Jul 2024", "2024x", "1234567890123"}) {
     EXPECT_EQ(Read(text), "none") << "'" << text << "'";
   }
-  try {
-    SqlServerDate("junk");
-    ADD_FAILURE();
-  } catch (const Error& e) {
-    EXPECT_EQ(e.description(), "Conversion failed when converting date and/or time from character string.");
-  }
+  EXPECT_EQ(test::ErrorText([] { SqlServerDate("junk"); }),
+            "Conversion failed when converting date and/or time from character string.");
   EXPECT_EQ(SqlServerDate("2/29/2024").ShortDate(), "2/29/2024");
 }
 

@@ -5,6 +5,7 @@
 #include "common/error.h"
 #include "common/value_helpers.h"
 #include "common/variant.h"
+#include "support/data_errors.h"
 
 using ent::Currency;
 using ent::DateTime;
@@ -26,12 +27,7 @@ TEST(Currency, RoundsToFourDecimalsHalvesToEven) {
 }
 
 TEST(Currency, OverflowAndBadTextRaise) {
-  try {
-    Currency::FromDouble(1e300);
-    FAIL();
-  } catch (const ent::Error& e) {
-    EXPECT_EQ(e.number(), 6);
-  }
+  EXPECT_EQ(ent::test::ErrorNumber([] { Currency::FromDouble(1e300); }), 6);
   EXPECT_THROW(Currency::FromRaw(INT64_MAX) + Currency::FromRaw(1), ent::Error);
   EXPECT_THROW(Currency::FromDecimalText("12x"), ent::Error);
   EXPECT_THROW(Currency::FromDecimalText(""), ent::Error);
@@ -91,19 +87,12 @@ TEST(Variant, StandardConversions) {
   EXPECT_EQ(Variant("1,234.50").ToCurrency().ToString(), "1234.5");
   EXPECT_EQ(Variant("1/5/2024").ToDate().ShortDate(), "1/5/2024");
 
-  auto number_of = [](auto f) {
-    try {
-      f();
-    } catch (const ent::Error& e) {
-      return e.number();
-    }
-    return 0;
-  };
-  EXPECT_EQ(number_of([] { Variant::Null().ToText(); }), 94);
-  EXPECT_EQ(number_of([] { Variant("abc").ToLong(); }), 13);
-  EXPECT_EQ(number_of([] { Variant("yes").ToBool(); }), 13);
-  EXPECT_EQ(number_of([] { Variant(3e9).ToLong(); }), 6);
-  EXPECT_EQ(number_of([] { Variant("not a date").ToDate(); }), 13);
+  using ent::test::ErrorNumber;
+  EXPECT_EQ(ErrorNumber([] { Variant::Null().ToText(); }), 94);
+  EXPECT_EQ(ErrorNumber([] { Variant("abc").ToLong(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant("yes").ToBool(); }), 13);
+  EXPECT_EQ(ErrorNumber([] { Variant(3e9).ToLong(); }), 6);
+  EXPECT_EQ(ErrorNumber([] { Variant("not a date").ToDate(); }), 13);
 }
 
 TEST(ValueHelpers, ToNumericAndSafeString) {

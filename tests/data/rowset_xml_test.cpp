@@ -82,6 +82,13 @@ std::string ValueText(Field field, const Variant& value) {
   return xml.substr(start, xml.find("'/>", start) - start);
 }
 
+// ValueText of each value, separated by '|'.
+std::string ValueTexts(const Field& field, const std::vector<Variant>& values) {
+  std::string out;
+  for (const Variant& value : values) out += (out.empty() ? "" : "|") + ValueText(field, value);
+  return out;
+}
+
 Field QueryColumn(const char* name, DataType type, bool nullable = true) {
   Field f;
   f.name = name;
@@ -223,11 +230,6 @@ TEST(RowsetXml, QueryColumnsDescribeTheirSourceAndLeaveNullsOut) {
 ^I^I Code='ABC' Memo='long'/>
 ^I<z:row OrderId='2' Amount='0' Code=''/>
 )"));
-  pugi::xml_document doc;
-  pugi::xml_node data = ParsedData(doc, xml);
-  EXPECT_EQ(data.first_child().name(), std::string("z:row"));
-  EXPECT_FALSE(data.last_child().attribute("LineComment"));
-  EXPECT_STREQ(data.last_child().attribute("Code").value(), "");
 }
 
 TEST(RowsetXml, EmptyRowset) {
@@ -235,11 +237,7 @@ TEST(RowsetXml, EmptyRowset) {
   rs.AppendField(ent::AppendedField("X"));
   rs.Open();
   const std::string xml = rs.SaveToString();
-  const std::string tail = "</s:Schema>\r\n<rs:data>\r\n</rs:data>\r\n</xml>";
-  ASSERT_GE(xml.size(), tail.size());
-  EXPECT_EQ(xml.substr(xml.size() - tail.size()), tail);
-  pugi::xml_document doc;
-  EXPECT_TRUE(ParsedData(doc, xml).first_child().empty());
+  EXPECT_EQ(xml.substr(xml.find("</s:Schema>")), "</s:Schema>\r\n<rs:data>\r\n</rs:data>\r\n</xml>");
   EXPECT_EQ(Write({}, {}), Document("", ""));
 }
 
@@ -305,66 +303,51 @@ TEST(RowsetXml, LongRowsWrapBeforeAnAttribute) {
           std::string(130, 'g') + R"('
 ^I^I^I Column_7='hhhhhh' Column_8='iiiiii' Column_9='jjjjjj' Column_10='kkkkkk' Column_11='llllll'/>
 )"));
-  pugi::xml_document doc;
-  pugi::xml_node z = ParsedData(doc, xml).first_child().first_child();
-  EXPECT_EQ(std::string(z.attribute("Column_6").value()), std::string(130, 'g'));
-  EXPECT_STREQ(z.attribute("Column_11").value(), "llllll");
 }
 
 TEST(RowsetXml, NumbersDatesAndMismatchedKinds) {
-  const Field dbl = QueryColumn("V", DataType::kDouble), real = QueryColumn("V", DataType::kSingle);
-  EXPECT_EQ(ValueText(dbl, 0.0), "0");
-  EXPECT_EQ(ValueText(dbl, 123456789.5), "123456789.5");
-  EXPECT_EQ(ValueText(dbl, 5.325), "5.3250000000000002");
-  EXPECT_EQ(ValueText(dbl, DBL_MAX), "1.7976931348623157E+308");
-  EXPECT_EQ(ValueText(dbl, 4.9406564584124654e-324), "4.9406564584124654E-324");
-  EXPECT_EQ(ValueText(dbl, 1e17), "1E+17");
-  EXPECT_EQ(ValueText(real, Variant::Single(5.325f)), "5.3249998");
-  EXPECT_EQ(ValueText(real, Variant::Single(0.625f)), "0.625");
-
-  const Field money = QueryColumn("V", DataType::kCurrency);
-  EXPECT_EQ(ValueText(money, Currency::FromDecimalText("1.0001")), "1.0001");
-  EXPECT_EQ(ValueText(money, Currency::FromDecimalText("-0.5")), "-0.5");
-  EXPECT_EQ(ValueText(money, Currency::FromRaw(INT64_MIN)), "-922337203685477.5808");
-
+  EXPECT_EQ(
+      ValueTexts(QueryColumn("V", DataType::kSingle), {Variant::Single(5.325f), Variant::Single(0.625f)}),
+      "5.3249998|0.625");
+  EXPECT_EQ(ValueTexts(QueryColumn("V", DataType::kCurrency),
+                       {Currency::FromDecimalText("1.0001"), Currency::FromDecimalText("-0.5"),
+                        Currency::FromRaw(INT64_MIN)}),
+            "1.0001|-0.5|-922337203685477.5808");
   Field numeric = QueryColumn("V", DataType::kNumeric);
   numeric.scale = 4;
-  EXPECT_EQ(ValueText(numeric, Variant::FromDecimal({"-0.9999", 4})), "-.9999");
-  EXPECT_EQ(ValueText(numeric, Variant::FromDecimal({"0", 0})), ".0000");
-  EXPECT_EQ(ValueText(numeric, Variant::FromDecimal({"12.34567", 5})), "12.3457");
-  EXPECT_EQ(ValueText(numeric, 1.0333), "1.0333");
-  EXPECT_EQ(ValueText(numeric, -0.00001), ".0000");
-  EXPECT_EQ(ValueText(numeric, 5), "5.0000");
-  EXPECT_EQ(ValueText(numeric, Currency::FromDecimalText("9.99995")), "10.0000");
+  EXPECT_EQ(ValueTexts(numeric, {Variant::FromDecimal({"-0.9999", 4}), Variant::FromDecimal({"0", 0}),
+                                 Variant::FromDecimal({"12.34567", 5}), 1.0333, -0.00001, 5,
+                                 Currency::FromDecimalText("9.99995")}),
+            "-.9999|.0000|12.3457|1.0333|.0000|5.0000|10.0000");
   numeric.scale = 0;
-  EXPECT_EQ(ValueText(numeric, Variant::FromDecimal({"-1", 0})), "-1");
-  EXPECT_EQ(ValueText(numeric, Variant::FromDecimal({"0", 0})), "0");
-
-  const Field date = QueryColumn("V", DataType::kDateTime);
-  EXPECT_EQ(ValueText(date, DateTime::FromParts(1899, 12, 30)), "1899-12-30T00:00:00");
-  EXPECT_EQ(ValueText(date, DateTime::FromParts(100, 1, 1, 23, 0, 1)), "0100-01-01T23:00:01");
+  EXPECT_EQ(ValueTexts(numeric, {Variant::FromDecimal({"-1", 0}), Variant::FromDecimal({"0", 0})}), "-1|0");
+  EXPECT_EQ(ValueTexts(QueryColumn("V", DataType::kDateTime),
+                       {DateTime::FromParts(1899, 12, 30), DateTime::FromParts(100, 1, 1, 23, 0, 1)}),
+            "1899-12-30T00:00:00|0100-01-01T23:00:01");
   // A value of another kind than its column (SQLite keeps what it is given) goes by its own kind.
   const Field whole = QueryColumn("V", DataType::kInteger);
-  EXPECT_EQ(ValueText(whole, "n/a & more"), "n/a &#x26; more");
-  EXPECT_EQ(ValueText(whole, Variant::LongLong(-9223372036854775807LL)), "-9223372036854775807");
-  EXPECT_EQ(ValueText(whole, 2.5), "2.5");
-  EXPECT_EQ(ValueText(whole, Variant::Null()), "(none)");
+  EXPECT_EQ(
+      ValueTexts(whole, {"n/a & more", Variant::LongLong(-9223372036854775807LL), 2.5, Variant::Null()}),
+      "n/a &#x26; more|-9223372036854775807|2.5|(none)");
   EXPECT_EQ(ValueText(QueryColumn("V", DataType::kVarChar),
                       Variant::FromDecimal({"0.0000000000000000000000000001", 28})),
             "0.0000000000000000000000000001");
   EXPECT_THROW(ValueText(whole, Variant::Object(std::make_shared<int>(1))), ent::Error);
 }
 
+// Doubles: the ends of the range and random ones.
 TEST(RowsetXml, DoublesMatchPrintfG17) {
   std::mt19937_64 random(20240615);
   std::vector<std::vector<Variant>> rows;
   std::vector<std::string> expected;
-  for (int i = 0; i < 3000; ++i) {
+  const double ends[] = {0.0, 123456789.5, 5.325, DBL_MAX, 4.9406564584124654e-324, 1e17};
+  for (int i = -6; i < 3000; ++i) {
     uint64_t bits = random();
     double v;
     std::memcpy(&v, &bits, sizeof v);
-    if (!std::isfinite(v)) continue;
     if (i % 3 == 0) v = static_cast<double>(static_cast<int64_t>(bits % 2000000) - 1000000) / 1000;
+    if (i < 0) v = ends[i + 6];
+    if (!std::isfinite(v)) continue;
     char buf[64];
     std::snprintf(buf, sizeof buf, "%.17G", v);
     expected.push_back(buf);

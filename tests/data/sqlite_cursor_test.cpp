@@ -24,6 +24,11 @@ void FillNumbers(const test::TestDb& db, int count) {
           std::string(49, 'a') + "', 1, n % 50) || n END FROM c");
 }
 
+// The first value a query returns, as text.
+std::string Value(Connection& connection, const std::string& sql) {
+  return connection.Query(sql).rows.at(0).at(0).ToText();
+}
+
 std::string ExpectedLabel(int n) {
   return n % 997 == 0 ? std::string(400000, 'x') : std::string(n % 50, 'a') + std::to_string(n);
 }
@@ -42,16 +47,15 @@ TEST(SqliteCursor, RowsArriveWholeAndInOrderWhileTheConnectionAnswersOtherQuerie
     ASSERT_EQ(row[1].ToText(), ExpectedLabel(n)) << "row " << n;
     // A report looks things up on the same connection while its rows are read.
     if (n % 250 == 0) {
-      QueryResult count =
-          connection->Query("select count(*) as c from numbers where n <= " + std::to_string(n));
-      ASSERT_EQ(count.rows.at(0).at(0).ToLong(), n);
+      ASSERT_EQ(Value(*connection, "select count(*) as c from numbers where n <= " + std::to_string(n)),
+                std::to_string(n));
     }
   }
   EXPECT_EQ(n, 6000);
   EXPECT_FALSE(cursor->Next(row));
   // The statement is done with: the table can be changed at once.
   connection->Execute("DELETE FROM numbers WHERE n > 10");
-  EXPECT_EQ(connection->Query("select count(*) as c from numbers").rows.at(0).at(0).ToLong(), 10);
+  EXPECT_EQ(Value(*connection, "select count(*) as c from numbers"), "10");
 }
 
 // Look-ups made while rows are read ahead answer as the connection itself would: they see its temp
@@ -60,7 +64,7 @@ TEST(SqliteCursor, LookUpsWhileReadingAheadSeeWhatTheConnectionSees) {
   test::TestDb db;
   FillNumbers(db, 2000);
   std::shared_ptr<Connection> connection = db.Connect();
-  auto value = [&](const std::string& sql) { return connection->Query(sql).rows.at(0).at(0).ToText(); };
+  auto value = [&](const std::string& sql) { return Value(*connection, sql); };
   connection->Execute("CREATE TEMP TABLE seen (n INT)");
   connection->Execute("INSERT INTO seen VALUES (7)");
   std::vector<Variant> row;
@@ -109,7 +113,7 @@ TEST(SqliteCursor, AFailureWhileReadingAheadComesAfterTheRowsBeforeIt) {
   // Four 400 KB labels fit, the fifth (row 4985) does not: every row before it arrives.
   EXPECT_EQ(n, 4984);
   cursor.reset();
-  EXPECT_EQ(connection->Query("select count(*) as c from numbers").rows.at(0).at(0).ToLong(), 6000);
+  EXPECT_EQ(Value(*connection, "select count(*) as c from numbers"), "6000");
 }
 
 TEST(SqliteCursor, ACursorLeftEarlyOrOutlivingItsConnectionHoldsNothingBack) {
