@@ -33,30 +33,14 @@ class ExecutionJournalTest : public ::testing::Test {
   // Runs one request through the program against the head office at `port`; returns what it printed.
   test::ProgramRun Process(int port, const std::string& document, const std::string& session,
                            std::vector<std::string> extra = {}, const std::string& connection_extra = "") {
-    std::ofstream(dir_.file(session + ".xml")) << document;
-    std::vector<std::string> args = {
-        "process",
-        "--request",
-        dir_.file(session + ".xml"),
-        "--connection",
-        "Provider=SQLite;Data Source=" + test::SmallSampleShop() + connection_extra,
-        "--host-address",
-        "127.0.0.1",
-        "--host-port",
-        std::to_string(port),
-        "--guid",
-        "g",
-        "--session-id",
-        session,
-        "--client-id",
-        "12",
-        "--db-size",
-        "--token-dir",
-        dir_.file("token"),
-        "--log-dir",
-        dir_.file("log"),
-        "--timeout",
-        "20"};
+    const std::string file = dir_.file(session + ".xml");
+    std::ofstream(file) << document;
+    const std::string shop = "Provider=SQLite;Data Source=" + test::SmallSampleShop() + connection_extra;
+    std::vector<std::string> args = {"process",        "--request", file,          "--connection",      shop,
+                                     "--host-address", "127.0.0.1", "--host-port", std::to_string(port)};
+    args.insert(args.end(), {"--guid", "g", "--session-id", session, "--client-id", "12", "--db-size"});
+    args.insert(args.end(),
+                {"--token-dir", dir_.file("token"), "--log-dir", dir_.file("log"), "--timeout", "20"});
     args.insert(args.end(), extra.begin(), extra.end());
     return test::RunProgram(args, dir_.path().string());
   }

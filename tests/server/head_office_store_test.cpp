@@ -170,13 +170,6 @@ HttpResponse PostTo(const HeadOffice& office, const std::string& body) {
                   body, {5, 60, 1 << 20});
 }
 
-std::vector<std::string> FilesIn(const std::string& dir) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
 TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
   // About 4 MB with every character the envelope escapes, CR LF line ends and non-ASCII text.
   std::string document = "<xml xmlns:z='#RowsetSchema'>\r\n<rs:data>\r\n";
@@ -201,7 +194,8 @@ TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
   EXPECT_EQ(PostTo(kept, envelope).status, 200);
 
   EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), document);
-  EXPECT_EQ(FilesIn(dir.file("posts")), (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
+  EXPECT_EQ(test::FileNames(dir.file("posts")),
+            (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
   EXPECT_EQ(test::FileText(dir.file("posts/posts.txt")),
             "0001\ts9\t4\t0\t" + std::to_string(rows) + "\txml\n");
   EXPECT_NE(
@@ -239,7 +233,7 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
       << wrong.body;
 
   EXPECT_TRUE(office.Posts().empty());
-  EXPECT_TRUE(FilesIn(dir.file("posts")).empty());
+  EXPECT_TRUE(test::FileNames(dir.file("posts")).empty());
 
   // An argument before the document that is itself too long for memory is read back whole.
   std::string long_first = Envelope("<xml/>");
@@ -248,7 +242,8 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
   ASSERT_EQ(office.Posts().size(), 1u);
   EXPECT_EQ(office.Posts()[0].arguments[0].second, document);
   EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), "<xml/>");
-  EXPECT_EQ(FilesIn(dir.file("posts")), (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
+  EXPECT_EQ(test::FileNames(dir.file("posts")),
+            (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
 }
 
 }  // namespace

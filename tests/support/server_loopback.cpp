@@ -1,5 +1,7 @@
 #include "support/server_loopback.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -22,6 +24,13 @@ std::string FileText(const std::string& path) {
   std::ostringstream out;
   out << in.rdbuf();
   return out.str();
+}
+
+std::vector<std::string> FileNames(const std::string& dir) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 namespace {
@@ -61,7 +70,8 @@ std::string HostOnLoopback::Url(const std::string& path) const {
 
 nlohmann::json HostOnLoopback::Call(const std::string& session, const std::string& document,
                                     const std::string& connection) const {
-  return {{"ApplicationPath", connection.empty() ? "Provider=SQLite;Data Source=" + SmallSampleShop() : connection},
+  return {{"ApplicationPath",
+           connection.empty() ? "Provider=SQLite;Data Source=" + SmallSampleShop() : connection},
           {"HostAddress", "127.0.0.1"},
           {"HostPort", std::to_string(office_port_)},
           {"GUID", "g"},

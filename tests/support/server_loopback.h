@@ -23,6 +23,9 @@ std::string ErrorText(const std::function<void()>& action);
 // A file's bytes ("" when it cannot be read).
 std::string FileText(const std::string& path);
 
+// The names in a folder, sorted.
+std::vector<std::string> FileNames(const std::string& dir);
+
 // A request document for the prebuilt report `code` with parameters p0, p1, ...
 std::string CodeRequest(const std::string& code, const std::vector<std::string>& params = {},
                         const std::string& session = "S");
@@ -39,7 +42,8 @@ class HostOnLoopback : public ::testing::Test {
   // A call that runs `document` on the shop `connection` and posts to `office_port_`.
   nlohmann::json Call(const std::string& session, const std::string& document,
                       const std::string& connection = "") const;
-  HttpResponse Post(const nlohmann::json& call, long timeout = 30, std::vector<std::string> headers = {}) const;
+  HttpResponse Post(const nlohmann::json& call, long timeout = 30,
+                    std::vector<std::string> headers = {}) const;
 
   TempDir dir_;
   HeadOffice office_{HeadOfficeOptions{}};
