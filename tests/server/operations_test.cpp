@@ -110,12 +110,10 @@ TEST_F(ServeProcessTest, TellsSystemdItIsReadyAndLogsEachCallToStderr) {
   EXPECT_EQ(serve.Stop(), 0);
   EXPECT_EQ(listener.Receive(), "STOPPING=1");
   const std::string err = serve.Err();
-  EXPECT_NE(err.find("AVGINV01 session=\"Q1\""), std::string::npos) << err;
-  EXPECT_NE(err.find("post=accepted http=200"), std::string::npos) << err;
-  EXPECT_NE(err.find("HTTP 401 POST /requests"), std::string::npos) << err;
-  EXPECT_NE(err.find("HTTP 400 POST /requests: {\"error\":\"the body is not valid JSON"), std::string::npos)
-      << err;
-  EXPECT_NE(err.find("HTTP 401 GET /health"), std::string::npos) << err;
+  for (const char* line :
+       {"AVGINV01 session=\"Q1\"", "post=accepted http=200", "HTTP 401 POST /requests",
+        "HTTP 400 POST /requests: {\"error\":\"the body is not valid JSON", "HTTP 401 GET /health"})
+    EXPECT_NE(err.find(line), std::string::npos) << line << " in " << err;
   // Exactly the three refusals and the one call: a success other than a call leaves no line.
   EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 4) << err;
   EXPECT_EQ(ExecutionJournal(dir_.file("log/journal.db")).Select({}).size(), 1u);
@@ -169,7 +167,6 @@ TEST_F(OperationsTest, HealthReportsEachCheckAndTheVersion) {
   // The program says the same version.
   EXPECT_EQ(test::RunProgram({"--version"}, dir_.path().string()).out,
             "entprcreq " + ProgramVersion() + "\n");
-  EXPECT_NE(ProgramVersion().find('.'), std::string::npos);
 }
 
 TEST_F(OperationsTest, MetricsCountCallsByCodeAndOutcome) {
