@@ -12,6 +12,7 @@
 #include "server/head_office.h"
 #include "support/program.h"
 #include "support/sample_shop.h"
+#include "support/server_loopback.h"
 #include "support/temp_dir.h"
 
 namespace ent {
@@ -19,48 +20,27 @@ namespace {
 
 using nlohmann::json;
 
-std::string Request(const std::string& type, const std::string& code, const std::vector<std::string>& params,
-                    const std::string& sql = "") {
-  std::string items;
-  for (size_t i = 0; i < params.size(); ++i)
-    items += "<item n='p" + std::to_string(i) + "' v='" + params[i] + "'/>";
-  return "<report><type>" + type + "</type><clientid>12</clientid><sql>" + sql + "</sql><name>" + code +
-         "</name><params><reportItem>" + items + "</reportItem></params><sessionid>S</sessionid></report>";
+// A record's outcome on one line: code, status, post and HTTP status, and whether it is a failure.
+std::string Outcome(const ExecutionRecord& r) {
+  return r.code + " | " + r.status + " | " + r.post + " " + std::to_string(r.http_status) +
+         (r.failed() ? " | failed" : "");
 }
 
 class ExecutionJournalTest : public ::testing::Test {
  protected:
   ExecutionJournalTest() { std::filesystem::create_directory(dir_.file("log")); }
 
-  // Runs one request through the program against `office` and returns what it printed.
-  test::ProgramRun Process(const HeadOffice& office, int port, const std::string& document,
-                           const std::string& session, std::vector<std::string> extra = {},
-                           const std::string& connection_extra = "") {
-    (void)office;
-    std::ofstream(dir_.file(session + ".xml")) << document;
-    std::vector<std::string> args = {
-        "process",
-        "--request",
-        dir_.file(session + ".xml"),
-        "--connection",
-        "Provider=SQLite;Data Source=" + test::SmallSampleShop() + connection_extra,
-        "--host-address",
-        "127.0.0.1",
-        "--host-port",
-        std::to_string(port),
-        "--guid",
-        "g",
-        "--session-id",
-        session,
-        "--client-id",
-        "12",
-        "--db-size",
-        "--token-dir",
-        dir_.file("token"),
-        "--log-dir",
-        dir_.file("log"),
-        "--timeout",
-        "20"};
+  // Runs one request through the program against the head office at `port`; returns what it printed.
+  test::ProgramRun Process(int port, const std::string& document, const std::string& session,
+                           std::vector<std::string> extra = {}, const std::string& connection_extra = "") {
+    const std::string file = dir_.file(session + ".xml");
+    std::ofstream(file) << document;
+    const std::string shop = "Provider=SQLite;Data Source=" + test::SmallSampleShop() + connection_extra;
+    std::vector<std::string> args = {"process",        "--request", file,          "--connection",      shop,
+                                     "--host-address", "127.0.0.1", "--host-port", std::to_string(port)};
+    args.insert(args.end(), {"--guid", "g", "--session-id", session, "--client-id", "12", "--db-size"});
+    args.insert(args.end(),
+                {"--token-dir", dir_.file("token"), "--log-dir", dir_.file("log"), "--timeout", "20"});
     args.insert(args.end(), extra.begin(), extra.end());
     return test::RunProgram(args, dir_.path().string());
   }
@@ -84,19 +64,16 @@ TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) 
   HeadOffice office(HeadOfficeOptions{});
   const int port = office.Start("127.0.0.1", 0);
   const auto before = std::chrono::system_clock::now();
-  const test::ProgramRun run = Process(
-      office, port, Request("1", "INVSUM01", {"1/1/2024", "12/31/2024", "true", "true", "false"}), "A1");
+  const std::vector<std::string> params = {"1/1/2024", "12/31/2024", "true", "true", "false"};
+  const test::ProgramRun run = Process(port, test::CodeRequest("INVSUM01", params), "A1");
   ASSERT_EQ(run.exit_code, 0) << run.err;
   ASSERT_EQ(office.Posts().size(), 1u);
   const std::string posted = office.Posts()[0].arguments.at(5).second;
 
   const ExecutionRecord r = RecordOf("A1");
-  EXPECT_EQ(r.code, "INVSUM01");
+  EXPECT_EQ(Outcome(r), "INVSUM01 | 0 | accepted 200");
   EXPECT_EQ(r.client, "12");
-  EXPECT_EQ(r.params, (std::vector<std::string>{"1/1/2024", "12/31/2024", "true", "true", "false"}));
-  EXPECT_EQ(r.status, "0");
-  EXPECT_EQ(r.post, "accepted");
-  EXPECT_EQ(r.http_status, 200);
+  EXPECT_EQ(r.params, params);
   // The head office's XML parser turns the document's CR LF into LF, so it reads fewer bytes.
   EXPECT_GE(r.document_bytes, static_cast<int64_t>(posted.size()));
   // Rows: the z:row elements of the posted document.
@@ -120,7 +97,7 @@ TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) 
 
   // The bytes are those of the document text, as 'query' prints it for the same free SQL.
   const std::string sql = "select top 30 cusid, company, city from customer order by cusid";
-  ASSERT_EQ(Process(office, port, Request("2", "", {}, sql), "A3", {"--quiet"}).exit_code, 0);
+  ASSERT_EQ(Process(port, test::SqlRequest(sql), "A3", {"--quiet"}).exit_code, 0);
   const test::ProgramRun query = test::RunProgram(
       {"query", "--connection", "Provider=SQLite;Data Source=" + test::SmallSampleShop(), "--sql", sql},
       dir_.path().string());
@@ -129,17 +106,14 @@ TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) 
   EXPECT_EQ(custom.rows, 30);
   EXPECT_EQ(custom.document_bytes, static_cast<int64_t>(query.out.size()));
 
-  // No rows is an answer, not a failure.
-  ASSERT_EQ(
-      Process(office, port, Request("2.0", "", {}, "select cusid from customer where 1=0"), "A2", {"--quiet"})
-          .out,
-      "");
+  // No rows is an answer, not a failure (and a type written "2.0" is free SQL too).
+  std::string none = test::SqlRequest("select cusid from customer where 1=0");
+  none.replace(none.find("<type>2<") + 6, 1, "2.0");
+  ASSERT_EQ(Process(port, none, "A2", {"--quiet"}).out, "");
   const ExecutionRecord empty = RecordOf("A2");
-  EXPECT_EQ(empty.code, "custom");
-  EXPECT_EQ(empty.status, "No records found.");
+  EXPECT_EQ(Outcome(empty), "custom | No records found. | accepted 200");
   EXPECT_EQ(empty.rows, 0);
   EXPECT_EQ(empty.document_bytes, 0);
-  EXPECT_FALSE(empty.failed());
 }
 
 TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
@@ -148,14 +122,10 @@ TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
   faulty.fault = "Shop unknown";
   HeadOffice office(faulty);
   const int port = office.Start("127.0.0.1", 0);
-  test::ProgramRun run = Process(office, port, Request("1", "AVGINV01", {"1/1/2024", "12/31/2024"}), "F1");
+  test::ProgramRun run = Process(port, test::CodeRequest("AVGINV01", {"1/1/2024", "12/31/2024"}), "F1");
   EXPECT_EQ(run.exit_code, 0);
-  ExecutionRecord r = RecordOf("F1");
-  EXPECT_EQ(r.status, "0");
-  EXPECT_EQ(r.post, "failed");
-  EXPECT_EQ(r.http_status, 500);
-  EXPECT_NE(r.post_detail.find("Shop unknown"), std::string::npos) << r.post_detail;
-  EXPECT_TRUE(r.failed());
+  EXPECT_EQ(Outcome(RecordOf("F1")), "AVGINV01 | 0 | failed 500 | failed");
+  EXPECT_NE(RecordOf("F1").post_detail.find("Shop unknown"), std::string::npos);
   EXPECT_NE(run.out.find("post=failed"), std::string::npos);
   EXPECT_NE(run.out.find("Shop unknown"), std::string::npos);
 
@@ -164,26 +134,21 @@ TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
   refusing.answer = "False";
   HeadOffice no(refusing);
   const int no_port = no.Start("127.0.0.1", 0);
-  Process(no, no_port, Request("1", "NOSUCH", {"x"}), "F2");
-  r = RecordOf("F2");
-  EXPECT_EQ(r.code, "NOSUCH");
-  EXPECT_EQ(r.status, "Prebuilt report not found.");
-  EXPECT_EQ(r.post, "refused");
-  EXPECT_EQ(r.post_detail, "False");
+  Process(no_port, test::CodeRequest("NOSUCH", {"x"}), "F2");
+  EXPECT_EQ(Outcome(RecordOf("F2")), "NOSUCH | Prebuilt report not found. | refused 200 | failed");
+  EXPECT_EQ(RecordOf("F2").post_detail, "False");
 
   // Nobody listening: no HTTP status at all.
   no.Stop();
-  Process(no, no_port, Request("1", "AVGINV01", {"1/1/2024", "12/31/2024"}), "F3");
-  r = RecordOf("F3");
-  EXPECT_EQ(r.post, "failed");
-  EXPECT_EQ(r.http_status, 0);
-  EXPECT_FALSE(r.post_detail.empty());
+  Process(no_port, test::CodeRequest("AVGINV01", {"1/1/2024", "12/31/2024"}), "F3");
+  EXPECT_EQ(Outcome(RecordOf("F3")), "AVGINV01 | 0 | failed 0 | failed");
+  EXPECT_FALSE(RecordOf("F3").post_detail.empty());
 
   // The token cannot be created: nothing ran or was posted, and the record says why.
   std::ofstream(dir_.file("blocked")) << "a file where the token folder should be";
-  run = Process(office, port, Request("1", "AVGINV01", {}), "F4", {"--token-dir", dir_.file("blocked")});
+  run = Process(port, test::CodeRequest("AVGINV01"), "F4", {"--token-dir", dir_.file("blocked")});
   EXPECT_EQ(run.exit_code, 1);
-  r = RecordOf("F4");
+  const ExecutionRecord r = RecordOf("F4");
   EXPECT_EQ(r.post, "");
   EXPECT_EQ(r.status.rfind("the token component cannot be created", 0), 0u) << r.status;
   EXPECT_TRUE(r.failed());
@@ -193,8 +158,9 @@ TEST_F(ExecutionJournalTest, TheConnectionPasswordNeverReachesTheJournal) {
   HeadOffice office(HeadOfficeOptions{});
   const int port = office.Start("127.0.0.1", 0);
   // A failure text that quotes the password: the head office gets it as it is, the journal does not.
-  Process(office, port, Request("2", "", {"Hunter22!"}, "select * from [Hunter22!]"), "P1", {},
-          ";Password=Hunter22!");
+  std::string request = test::SqlRequest("select * from [Hunter22!]");
+  request.replace(request.find("<reportItem>") + 12, 0, "<item n='p0' v='Hunter22!'/>");
+  Process(port, request, "P1", {}, ";Password=Hunter22!");
   ASSERT_EQ(office.Posts().size(), 1u);
   ASSERT_NE(office.Posts()[0].arguments.at(4).second.find("Hunter22!"), std::string::npos);
   const ExecutionRecord r = RecordOf("P1");

@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <pugixml.hpp>
-#include <sstream>
 
 #include "common/error.h"
 #include "server/head_office.h"
@@ -15,6 +13,7 @@
 #include "server/post_arguments.h"
 #include "server/soap_call_reader.h"
 #include "server/xml_names.h"
+#include "support/server_loopback.h"
 #include "support/temp_dir.h"
 
 namespace ent {
@@ -146,18 +145,12 @@ TEST(RowTagCounterTest, CountsRowTagsAcrossPieces) {
 
 std::string Escaped(const std::string& text) {
   std::string out;
-  for (char c : text) {
-    if (c == '&')
-      out += "&amp;";
-    else if (c == '<')
-      out += "&lt;";
-    else if (c == '>')
-      out += "&gt;";
-    else if (c == '\r')
-      out += "&#xD;";
-    else
-      out += c;
-  }
+  for (char c : text)
+    out += c == '&'    ? "&amp;"
+           : c == '<'  ? "&lt;"
+           : c == '>'  ? "&gt;"
+           : c == '\r' ? "&#xD;"
+                       : std::string(1, c);
   return out;
 }
 
@@ -175,20 +168,6 @@ HttpResponse PostTo(const HeadOffice& office, const std::string& body) {
   return HttpPost(url,
                   {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"http://tempuri.org/sendReport\""},
                   body, {5, 60, 1 << 20});
-}
-
-std::string FileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
-}
-
-std::vector<std::string> FilesIn(const std::string& dir) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(dir)) names.push_back(entry.path().filename());
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
@@ -214,11 +193,14 @@ TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
   EXPECT_EQ(PostTo(stored, envelope).status, 200);
   EXPECT_EQ(PostTo(kept, envelope).status, 200);
 
-  EXPECT_EQ(FileText(dir.file("posts/0001.xml")), document);
-  EXPECT_EQ(FilesIn(dir.file("posts")), (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
-  EXPECT_EQ(FileText(dir.file("posts/posts.txt")), "0001\ts9\t4\t0\t" + std::to_string(rows) + "\txml\n");
-  EXPECT_NE(FileText(dir.file("posts/0001.json")).find("{\"name\": \"xmlDoc\", \"file\": \"0001.xml\"}"),
-            std::string::npos);
+  EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), document);
+  EXPECT_EQ(test::FileNames(dir.file("posts")),
+            (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
+  EXPECT_EQ(test::FileText(dir.file("posts/posts.txt")),
+            "0001\ts9\t4\t0\t" + std::to_string(rows) + "\txml\n");
+  EXPECT_NE(
+      test::FileText(dir.file("posts/0001.json")).find("{\"name\": \"xmlDoc\", \"file\": \"0001.xml\"}"),
+      std::string::npos);
   ASSERT_EQ(stored.Posts().size(), 1u);
   EXPECT_EQ(stored.Posts()[0].arguments.back().second, "");  // not also kept in memory
   EXPECT_EQ(stored.Posts()[0].rows, rows);
@@ -251,7 +233,7 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
       << wrong.body;
 
   EXPECT_TRUE(office.Posts().empty());
-  EXPECT_TRUE(FilesIn(dir.file("posts")).empty());
+  EXPECT_TRUE(test::FileNames(dir.file("posts")).empty());
 
   // An argument before the document that is itself too long for memory is read back whole.
   std::string long_first = Envelope("<xml/>");
@@ -259,8 +241,9 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
   EXPECT_EQ(PostTo(office, long_first).status, 200);
   ASSERT_EQ(office.Posts().size(), 1u);
   EXPECT_EQ(office.Posts()[0].arguments[0].second, document);
-  EXPECT_EQ(FileText(dir.file("posts/0001.xml")), "<xml/>");
-  EXPECT_EQ(FilesIn(dir.file("posts")), (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
+  EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), "<xml/>");
+  EXPECT_EQ(test::FileNames(dir.file("posts")),
+            (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
 }
 
 }  // namespace

@@ -13,8 +13,7 @@
 #include "server/head_office.h"
 #include "server/http_client.h"
 #include "server/token.h"
-#include "support/sample_shop.h"
-#include "support/temp_dir.h"
+#include "support/server_loopback.h"
 
 namespace ent {
 namespace {
@@ -29,16 +28,6 @@ bool WaitFor(const std::function<bool()>& condition) {
   return false;
 }
 
-std::string RequestDocument(const std::string& code, const std::vector<std::string>& params,
-                            const std::string& sql = "") {
-  std::string items;
-  for (size_t i = 0; i < params.size(); ++i)
-    items += "<item n='p" + std::to_string(i) + "' v='" + params[i] + "'/>";
-  return "<report><type>" + std::string(sql.empty() ? "1" : "2") + "</type><clientid>3</clientid><sql>" +
-         sql + "</sql><name>" + code + "</name><params><reportItem>" + items +
-         "</reportItem></params><sessionid>S</sessionid></report>";
-}
-
 HostServerOptions Settings(int workers, int queue, std::string secret = "", bool allow_remote = false) {
   HostServerOptions options;
   options.workers = workers;
@@ -48,92 +37,54 @@ HostServerOptions Settings(int workers, int queue, std::string secret = "", bool
   return options;
 }
 
-class HostServerTest : public ::testing::Test {
- protected:
-  // Starts the server with these settings (the token in the test's folder).
-  void Serve(HostServerOptions options = {}) {
-    options.token_dir = dir_.file("token");
-    options.soap = {2, 10};
-    server_ = std::make_unique<HostServer>(options);
-    port_ = server_->Start("127.0.0.1", 0);
-  }
-  std::string Url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
-  }
-
-  // The call of a request, with the session put into its document too.
-  json Call(const std::string& session, std::string document) const {
-    if (size_t at = document.find("<sessionid>S<"); at != std::string::npos)
-      document.replace(at + 11, 1, session);
-    return {{"ApplicationPath", "Provider=SQLite;Data Source=" + test::SmallSampleShop()},
-            {"HostAddress", "127.0.0.1"},
-            {"HostPort", std::to_string(office_port_)},
-            {"GUID", "g"},
-            {"SessionID", session},
-            {"ClientID", session},
-            {"DBSize", true},
-            {"Request", document}};
-  }
-  HttpResponse Post(const json& body, long timeout = 30, std::vector<std::string> headers = {}) const {
-    headers.push_back("Content-Type: application/json");
-    return HttpPost(Url("/requests"), headers, body.dump(), {5, timeout});
-  }
-  // The status and document each session was answered with.
-  std::map<std::string, std::pair<std::string, std::string>> PostsBySession() const {
-    std::map<std::string, std::pair<std::string, std::string>> by_session;
-    for (const HeadOfficePost& post : office_.Posts())
-      by_session[post.arguments.at(2).second] = {post.arguments.at(4).second, post.arguments.at(5).second};
-    return by_session;
-  }
-
-  test::TempDir dir_;
-  HeadOffice office_{HeadOfficeOptions{}};
-  int office_port_ = office_.Start("127.0.0.1", 0);
-  std::unique_ptr<HostServer> server_;
-  int port_ = 0;
-};
+using HostServerTest = test::HostOnLoopback;
 
 TEST_F(HostServerTest, RequestsAtOnceGiveWhatTheyGiveOneAtATime) {
   Serve(Settings(4, 64));
   const std::vector<std::string> documents = {
-      RequestDocument("INVSUM01", {"1/1/2024", "12/31/2024"}),
-      RequestDocument("PAYREC01", {"1/1/2025", "6/30/2025"}),
-      RequestDocument("AVGINV01", {"1/1/2023", "12/31/2025"}),
-      RequestDocument("ENTCUSTSRCH", {"", "", "", "", "50"}),
-      RequestDocument("ENTINVSRCH", {"Description", "", "", "", "30"}),
-      RequestDocument("ENTCUSTINVOICES", {"", "2"}),
-      RequestDocument("", {}, "select top 40 woid, latestdate, screentotal from wo order by woid"),
-      RequestDocument("NOSUCH", {}),
+      test::CodeRequest("INVSUM01", {"1/1/2024", "12/31/2024"}),
+      test::CodeRequest("PAYREC01", {"1/1/2025", "6/30/2025"}),
+      test::CodeRequest("AVGINV01", {"1/1/2023", "12/31/2025"}),
+      test::CodeRequest("ENTCUSTSRCH", {"", "", "", "", "50"}),
+      test::CodeRequest("ENTINVSRCH", {"Description", "", "", "", "30"}),
+      test::CodeRequest("ENTCUSTINVOICES", {"", "2"}),
+      test::SqlRequest("select top 40 woid, latestdate, screentotal from wo order by woid"),
+      test::CodeRequest("NOSUCH", {}),
       // Statements that fill work tables in the shop database: at once they must not mix.
-      RequestDocument("BL01", {"12/31/2024"}),
-      RequestDocument("BL01", {"6/30/2024"}),
-      RequestDocument("TB01", {"12/31/2024"}),
-      RequestDocument("AR01", {"12/31/2024"}),
+      test::CodeRequest("BL01", {"12/31/2024"}),
+      test::CodeRequest("BL01", {"6/30/2024"}),
+      test::CodeRequest("TB01", {"12/31/2024"}),
+      test::CodeRequest("AR01", {"12/31/2024"}),
+  };
+  // Request i in session `session`, the session also in its document.
+  auto post = [&](size_t i, const std::string& session) {
+    std::string document = documents[i];
+    document.replace(document.find("<sessionid>S<") + 11, 1, session);
+    return Post(Call(session, document));
   };
   for (size_t i = 0; i < documents.size(); ++i) {
-    HttpResponse answer = Post(Call(std::to_string(i + 1), documents[i]));
+    HttpResponse answer = post(i, std::to_string(i + 1));
     ASSERT_EQ(answer.status, 200) << answer.body;
     EXPECT_EQ(json::parse(answer.body), json({{"KillFlag", true}}));
   }
   std::vector<std::thread> callers;
-  for (int round = 0; round < 3; ++round) {
-    for (size_t i = 0; i < documents.size(); ++i) {
-      const std::string session = std::to_string(100 * (round + 1) + i + 1);
-      callers.emplace_back([&, session, i] { EXPECT_EQ(Post(Call(session, documents[i])).status, 200); });
-    }
+  for (int round = 1; round <= 3; ++round) {
+    for (size_t i = 0; i < documents.size(); ++i)
+      callers.emplace_back(
+          [&, round, i] { EXPECT_EQ(post(i, std::to_string(100 * round + i + 1)).status, 200); });
   }
   for (std::thread& caller : callers) caller.join();
 
-  auto posts = PostsBySession();
+  // The status and document each session was answered with.
+  std::map<std::string, std::pair<std::string, std::string>> posts;
+  for (const HeadOfficePost& p : office_.Posts())
+    posts[p.arguments.at(2).second] = {p.arguments.at(4).second, p.arguments.at(5).second};
   ASSERT_EQ(posts.size(), documents.size() * 4);
   for (size_t i = 0; i < documents.size(); ++i) {
     const auto& alone = posts.at(std::to_string(i + 1));
     EXPECT_TRUE(alone.first == "0" || alone.first == "Prebuilt report not found.") << alone.first;
-    for (int round = 1; round <= 3; ++round) {
-      const auto& together = posts.at(std::to_string(100 * round + i + 1));
-      EXPECT_EQ(together.first, alone.first);
-      EXPECT_EQ(together.second, alone.second) << documents[i];
-    }
+    for (int round = 1; round <= 3; ++round)
+      EXPECT_EQ(posts.at(std::to_string(100 * round + i + 1)), alone) << "request " << i + 1;
   }
   EXPECT_EQ(DbInUseToken::Create(dir_.file("token"))->GetdbInUse(), 0);
 }
@@ -156,19 +107,14 @@ TEST_F(HostServerTest, BadCallsAreRefusedAndRunNothing) {
 
   // The token cannot be created: the one failure the host sees, and nothing posted.
   std::ofstream(dir_.file("blocked")) << "a file where the token folder should be";
-  json call = Call("1", RequestDocument("", {}, "select 1"));
   HostServerOptions options;
   options.token_dir = dir_.file("blocked");
-  server_ = std::make_unique<HostServer>(options);
-  port_ = server_->Start("127.0.0.1", 0);
-  HttpResponse answer = Post(call);
+  Serve(options);
+  const HttpResponse answer = Post(Call("1", test::SqlRequest("select 1")));
   EXPECT_EQ(answer.status, 500);
-  EXPECT_EQ(json::parse(answer.body)
-                .at("error")
-                .get<std::string>()
-                .rfind("the token component cannot be created", 0),
-            0u);
-  EXPECT_EQ(json::parse(answer.body).at("KillFlag"), false);
+  const json refusal = json::parse(answer.body);
+  EXPECT_EQ(refusal.at("error").get<std::string>().rfind("the token component cannot be created", 0), 0u);
+  EXPECT_EQ(refusal.at("KillFlag"), false);
   EXPECT_TRUE(office_.Posts().empty());
 }
 
@@ -178,7 +124,7 @@ TEST_F(HostServerTest, ACallerThatGoesAwayDoesNotStopThePost) {
   HeadOffice slow_office(slow);
   office_port_ = slow_office.Start("127.0.0.1", 0);
   Serve();
-  EXPECT_THROW(Post(Call("7", RequestDocument("AVGINV01", {"1/1/2024", "12/31/2024"})), 1), Error);
+  EXPECT_THROW(Post(Call("7", test::CodeRequest("AVGINV01", {"1/1/2024", "12/31/2024"})), 1), Error);
   EXPECT_TRUE(WaitFor([&] { return slow_office.Posts().size() == 1; }));
   EXPECT_EQ(slow_office.Posts().at(0).arguments.at(4).second, "0");
   server_->Stop();  // returns once the request has finished
@@ -194,13 +140,12 @@ TEST_F(HostServerTest, BeyondTheQueueCallsAreTurnedAway) {
   auto load = [&](const char* key) {
     return json::parse(HttpGet(Url("/health"), {5, 5}).body).at(key).get<int>();
   };
-  const json call = Call("1", RequestDocument("AVGINV01", {"1/1/2024", "12/31/2024"}));
+  const json call = Call("1", test::CodeRequest("AVGINV01", {"1/1/2024", "12/31/2024"}));
   std::thread first([&] { EXPECT_EQ(Post(call).status, 200); });
   ASSERT_TRUE(WaitFor([&] { return load("running") == 1; }));
   std::thread second([&] { EXPECT_EQ(Post(call).status, 200); });
   ASSERT_TRUE(WaitFor([&] { return load("waiting") == 1; }));
-  HttpResponse refused = Post(call);
-  EXPECT_EQ(refused.status, 503);
+  EXPECT_EQ(Post(call).status, 503);
   first.join();
   second.join();
   EXPECT_EQ(slow_office.Posts().size(), 2u);
@@ -211,8 +156,7 @@ TEST_F(HostServerTest, ASecretGuardsEveryCallAndRemoteListeningNeedsOne) {
   EXPECT_EQ(HttpGet(Url("/health"), {5, 5}).status, 401);
   EXPECT_EQ(Post(Call("1", ""), 10, {"Authorization: Bearer wrong!"}).status, 401);
   EXPECT_EQ(HttpPost(Url("/health"), {"Authorization: Bearer s3cret"}, "", {5, 5}).status, 404);
-  EXPECT_EQ(Post(Call("1", RequestDocument("", {}, "select 1 as one")), 10, {"Authorization: Bearer s3cret"})
-                .status,
+  EXPECT_EQ(Post(Call("1", test::SqlRequest("select 1 as one")), 10, {"Authorization: Bearer s3cret"}).status,
             200);
   EXPECT_EQ(office_.Posts().size(), 1u);
 

@@ -21,7 +21,7 @@
 #include "server/host_server.h"
 #include "server/http_client.h"
 #include "server/token.h"
-#include "support/temp_dir.h"
+#include "support/server_loopback.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -70,43 +70,22 @@ class RawClient {
   bool connected_ = false;
 };
 
-class HostileClientsTest : public ::testing::Test {
+class HostileClientsTest : public test::HostOnLoopback {
  protected:
-  void Serve(HostServerOptions options) {
-    options.token_dir = dir_.file("token");
+  void SetUp() override {
     // /health also checks the log folder: give it one.
     std::filesystem::create_directories(dir_.file("log"));
     saved_log_dir_ = LogDirectory();
     SetLogDirectory(dir_.file("log"));
-    options.soap = {2, 10};
-    server_ = std::make_unique<HostServer>(options);
-    port_ = server_->Start("127.0.0.1", 0);
   }
-  std::string Url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
-  }
-  json Call(const std::string& session, const std::string& sql) const {
-    return {{"ApplicationPath", db_.connection_string()},
-            {"HostAddress", "127.0.0.1"},
-            {"HostPort", std::to_string(office_port_)},
-            {"SessionID", session},
-            {"DBSize", true},
-            {"Request", "<report><type>2</type><clientid>1</clientid><sql>" + sql +
-                            "</sql><name/><params><reportItem/></params><sessionid>" + session +
-                            "</sessionid></report>"}};
-  }
-
-  void TearDown() override {
-    if (!saved_log_dir_.empty()) SetLogDirectory(saved_log_dir_);
+  void TearDown() override { SetLogDirectory(saved_log_dir_); }
+  // A call of free SQL on the test's own shop.
+  nlohmann::json SqlCall(const std::string& session, const std::string& sql) const {
+    return Call(session, test::SqlRequest(sql, session), db_.connection_string());
   }
 
   std::string saved_log_dir_;
-  test::TempDir dir_;
   test::TestDb db_;
-  HeadOffice office_{HeadOfficeOptions{}};
-  int office_port_ = office_.Start("127.0.0.1", 0);
-  std::unique_ptr<HostServer> server_;
-  int port_ = 0;
 };
 
 TEST_F(HostileClientsTest, SlowClientsNeitherStopTheServerNorHoldItLong) {
@@ -133,8 +112,7 @@ TEST_F(HostileClientsTest, SlowClientsNeitherStopTheServerNorHoldItLong) {
   // /health and a real call are answered while all of them are connected.
   const HttpResponse health = HttpGet(Url("/health"), {2, 2});
   EXPECT_EQ(health.status, 200);
-  const HttpResponse call = HttpPost(Url("/requests"), {"Content-Type: application/json"},
-                                     Call("1", "select 1 as one").dump(), {2, 5});
+  const HttpResponse call = Post(SqlCall("1", "select 1 as one"), 5);
   EXPECT_EQ(call.status, 200) << call.body;
   ASSERT_EQ(office_.Posts().size(), 1u);
   EXPECT_EQ(office_.Posts()[0].arguments.at(4).second, "0");
@@ -161,7 +139,7 @@ TEST_F(HostileClientsTest, TheSecretIsCheckedBeforeTheBodyIsRead) {
 
 TEST_F(HostileClientsTest, BytesThatAreNotUtf8AreABadRequestWithAText) {
   Serve(HostServerOptions{});
-  const std::string document = Call("1", "select 1 as one").dump();
+  const std::string document = SqlCall("1", "select 1 as one").dump();
   const std::vector<std::string> bodies = {"{\"SessionID\": \"a\xff\xfe\"}", "{\"Request\": \"\xc3\x28\"}",
                                            document.substr(0, document.size() - 2) + "\x80\"}"};
   for (const std::string& body : bodies) {
@@ -176,18 +154,12 @@ TEST_F(HostileClientsTest, BytesThatAreNotUtf8AreABadRequestWithAText) {
 
 TEST_F(HostileClientsTest, APortInUseIsRefusedWithAClearText) {
   Serve(HostServerOptions{});
-  auto refused_text = [](const std::function<void()>& start) {
-    try {
-      start();
-    } catch (const Error& e) {
-      return e.description();
-    }
-    return std::string("started");
-  };
-  const std::string host = refused_text([&] { HostServer(HostServerOptions{}).Start("127.0.0.1", port_); });
+  const std::string host =
+      test::ErrorText([&] { HostServer(HostServerOptions{}).Start("127.0.0.1", port_); });
   EXPECT_NE(host.find("the port is in use"), std::string::npos) << host;
   EXPECT_NE(host.find(std::to_string(port_)), std::string::npos) << host;
-  const std::string office = refused_text([&] { HeadOffice(HeadOfficeOptions{}).Start("127.0.0.1", port_); });
+  const std::string office =
+      test::ErrorText([&] { HeadOffice(HeadOfficeOptions{}).Start("127.0.0.1", port_); });
   EXPECT_NE(office.find("the port is in use"), std::string::npos) << office;
   EXPECT_EQ(HttpGet(Url("/health"), {2, 5}).status, 200);
 }
@@ -227,12 +199,10 @@ TEST_F(HostileClientsTest, SigtermStopsServeWhileAQueryRunsAndTheFailureIsPosted
   // A text that runs for ever and returns nothing.
   std::thread caller([&] {
     try {
-      HttpPost(
-          Url("/requests"), {"Content-Type: application/json"},
-          Call("7",
-               "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE x = 0")
-              .dump(),
-          {2, 60});
+      Post(SqlCall(
+               "7",
+               "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE x = 0"),
+           60);
     } catch (const Error&) {
     }
   });

@@ -22,6 +22,7 @@
 
 #include "common/error.h"
 #include "server/http_serving.h"
+#include "support/server_loopback.h"
 #include "support/temp_dir.h"
 
 namespace ent {
@@ -111,13 +112,14 @@ void Trickle(int fd, const std::atomic<bool>& stopping, const std::string& head,
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
 }
 
-std::string Failure(const std::function<void()>& exchange) {
-  try {
-    exchange();
-  } catch (const Error& e) {
-    return e.description();
-  }
-  return "";
+// An answer's status, content type and body on one line.
+std::string Summary(const HttpResponse& answer) {
+  return std::to_string(answer.status) + " " + answer.content_type + " " + answer.body;
+}
+
+// Why a GET of `url` failed ("" when it did not).
+std::string GetFailure(const std::string& url, const HttpTimeouts& timeouts) {
+  return test::ErrorText([&] { HttpGet(url, timeouts); });
 }
 
 TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
@@ -145,7 +147,7 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
            {"http:/head.example/", "only http:// and https:// addresses are used"}}) {
     EXPECT_EQ(WebAddressFault(url).rfind(fault, 0), 0u) << url << ": " << WebAddressFault(url);
     EXPECT_EQ(HostOfAddress(url), "") << url;
-    const std::string failure = Failure([&address = url] { HttpGet(address, {1, 1}); });
+    const std::string failure = GetFailure(url, {1, 1});
     EXPECT_EQ(failure, "The address " + url + " is refused: " + WebAddressFault(url) + ".");
   }
 
@@ -170,7 +172,7 @@ TEST(HttpClientTest, ATricklingServiceIsLeftAtTheTotalTimeout) {
     RawService service(
         [&](int fd, const std::atomic<bool>& stopping) { Trickle(fd, stopping, head, piece); });
     const auto start = Clock::now();
-    const std::string failure = Failure([&] { HttpGet(service.Url("/"), {5, 1}); });
+    const std::string failure = GetFailure(service.Url("/"), {5, 1});
     EXPECT_EQ(
         failure.rfind("The service at " + service.Url("/") + " cannot be reached: no answer in time", 0), 0u)
         << failure;
@@ -183,9 +185,7 @@ TEST(HttpClientTest, AHandshakeThatNeverComesEndsAtTheConnectTimeout) {
   RawService silent([](int, const std::atomic<bool>&) {});
   const std::string url = "https://127.0.0.1:" + std::to_string(silent.port()) + "/";
   const auto start = Clock::now();
-  EXPECT_EQ(Failure([&] {
-              HttpGet(url, {1, 5});
-            }),
+  EXPECT_EQ(GetFailure(url, {1, 5}),
             "The service at " + url +
                 " cannot be reached: no answer in time (no TLS handshake with 127.0.0.1:" +
                 std::to_string(silent.port()) + " within 1 s)");
@@ -199,11 +199,8 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
     Trickle(fd, stopping, "HTTP/1.1 200 OK\r\nContent-Length: 11\r\n\r\n0123456789", "");
   });
   const auto start = Clock::now();
-  EXPECT_EQ(
-      Failure([&] {
-        HttpGet(announced.Url("/"), {5, 5, 10});
-      }),
-      "The answer of the service at " + announced.Url("/") + " is longer than 10 bytes; it is refused.");
+  EXPECT_EQ(GetFailure(announced.Url("/"), {5, 5, 10}), "The answer of the service at " + announced.Url("/") +
+                                                            " is longer than 10 bytes; it is refused.");
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(2));
 
   // Header lines without end.
@@ -213,9 +210,7 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
     for (int i = 0; i < 1000 && !stopping && Send(fd, line); ++i) {
     }
   });
-  EXPECT_EQ(Failure([&] {
-              HttpGet(flooding.Url("/"), {5, 5});
-            }),
+  EXPECT_EQ(GetFailure(flooding.Url("/"), {5, 5}),
             "The service at " + flooding.Url("/") +
                 " cannot be reached: the status line and headers of its answer are longer than 65536 bytes");
 
@@ -226,9 +221,7 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
     for (int i = 0; i < 100000 && !stopping && Send(fd, zeros); ++i) {
     }
   });
-  EXPECT_EQ(Failure([&] {
-              HttpGet(endless_chunk.Url("/"), {5, 5, 1000});
-            }),
+  EXPECT_EQ(GetFailure(endless_chunk.Url("/"), {5, 5, 1000}),
             "The answer of the service at " + endless_chunk.Url("/") +
                 " is longer than 1000 bytes; it is refused.");
 }
@@ -242,10 +235,7 @@ TEST(HttpClientTest, AnswersAreReadAsTheyAreFramed) {
          "Transfer-Encoding: chunked\r\n\r\na;part=1\r\n0123456789\r\n1A \r\n"
          "abcdefghijklmnopqrstuvwxyz\r\n0\r\nX-Trailer: 1\r\n\r\n");
   });
-  const HttpResponse answer = HttpGet(chunked.Url("/"), {5, 5});
-  EXPECT_EQ(answer.status, 200);
-  EXPECT_EQ(answer.content_type, "text/xml");
-  EXPECT_EQ(answer.body, "0123456789abcdefghijklmnopqrstuvwxyz");
+  EXPECT_EQ(Summary(HttpGet(chunked.Url("/"), {5, 5})), "200 text/xml 0123456789abcdefghijklmnopqrstuvwxyz");
 
   RawService closing(
       [](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.0 200 OK\r\n\r\nuntil the end"); });
@@ -257,10 +247,7 @@ TEST(HttpClientTest, AnswersAreReadAsTheyAreFramed) {
          "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: "
          "5\r\n\r\nmoved");
   });
-  const HttpResponse moved = HttpGet(service.Url("/here"), {5, 5});
-  EXPECT_EQ(moved.status, 302);
-  EXPECT_EQ(moved.content_type, "text/plain");
-  EXPECT_EQ(moved.body, "moved");
+  EXPECT_EQ(Summary(HttpGet(service.Url("/here"), {5, 5})), "302 text/plain moved");
   EXPECT_EQ(service.requests().size(), 1u);
 }
 
@@ -300,10 +287,10 @@ TEST(HttpClientTest, AStreamedBodyGoesWithItsLengthOrTheRequestFails) {
   EXPECT_TRUE(request.substr(head.size()) == sent);
 
   PieceBody failing(300000, 100000);
-  const std::string unread = Failure([&] { HttpPostStream(url, {}, failing, {5, 10}); });
+  const std::string unread = test::ErrorText([&] { HttpPostStream(url, {}, failing, {5, 10}); });
   EXPECT_EQ(unread, "The request to " + url + " could not be sent: the document's file went away");
   const std::string injected = "SOAPAction: \"x\"\r\nX-Injected: 1";
-  const std::string unsent = Failure([&] { HttpPost(url, {injected}, "body", {5, 10}); });
+  const std::string unsent = test::ErrorText([&] { HttpPost(url, {injected}, "body", {5, 10}); });
   EXPECT_EQ(unsent, "The request to " + url + " could not be sent: its header line \"" + injected +
                         "\" is not a line \"Name: value\".");
 }
@@ -373,7 +360,7 @@ TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthoriti
     std::thread thread;
     url = "https://127.0.0.1:" + std::to_string(StartServing(server, "127.0.0.1", 0, thread)) + "/";
     std::string body;
-    const std::string failure = Failure([&] { body = HttpGet(url, {5, 5}).body; });
+    const std::string failure = test::ErrorText([&] { body = HttpGet(url, {5, 5}).body; });
     server.stop();
     thread.join();
     return failure.empty() ? body : failure;

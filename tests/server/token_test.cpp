@@ -9,9 +9,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "common/error.h"
+#include "support/server_loopback.h"
 #include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
@@ -20,12 +20,7 @@ namespace ent {
 namespace {
 
 std::string Refusal(const std::string& directory) {
-  try {
-    DbInUseToken::Create(directory);
-  } catch (const Error& e) {
-    return e.description();
-  }
-  return "";
+  return test::ErrorText([&] { DbInUseToken::Create(directory); });
 }
 
 TEST(TokenTest, PlantedLinksAndWritableByEveryoneAreRefused) {
@@ -39,9 +34,7 @@ TEST(TokenTest, PlantedLinksAndWritableByEveryoneAreRefused) {
   EXPECT_EQ(Refusal(token),
             "the token component cannot be created: " + token +
                 "/dbinuse is a symbolic link; the token must be a plain file (remove the link)");
-  std::stringstream text;
-  text << std::ifstream(dir.file("victim")).rdbuf();
-  EXPECT_EQ(text.str(), "precious");
+  EXPECT_EQ(test::FileText(dir.file("victim")), "precious");
   fs::remove(token + "/dbinuse");
 
   // Anyone could stop the server, or let it run during maintenance: refused, with the fix.
@@ -65,9 +58,7 @@ TEST(TokenTest, WritingTheTokenReplacesWhatItHeld) {
   DbInUseToken::Create(token)->SetdbInUse(1);
   std::ofstream(token + "/dbinuse") << "12 (maintenance until noon)\n";
   DbInUseToken::Create(token)->SetdbInUse(0);
-  std::stringstream text;
-  text << std::ifstream(token + "/dbinuse").rdbuf();
-  EXPECT_EQ(text.str(), "0\n");
+  EXPECT_EQ(test::FileText(token + "/dbinuse"), "0\n");
 }
 
 // The administrator sets the token as root; the server, running as its own user, must still be able
