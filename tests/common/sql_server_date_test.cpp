@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/data_errors.h"
+#include "support/error_text.h"
 
 namespace ent {
 namespace {

@@ -5,7 +5,7 @@
 #include "common/error.h"
 #include "common/value_helpers.h"
 #include "common/variant.h"
-#include "support/data_errors.h"
+#include "support/error_text.h"
 
 using ent::Currency;
 using ent::DateTime;

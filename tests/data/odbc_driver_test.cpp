@@ -14,7 +14,7 @@
 #include "job/cls_prebuilt_report.h"
 #include "job/result_document.h"
 #include "job/sendable.h"
-#include "support/data_errors.h"
+#include "support/error_text.h"
 #include "support/program.h"
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"

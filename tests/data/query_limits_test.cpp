@@ -16,7 +16,7 @@
 #include "data/recordset.h"
 #include "job/cls_prebuilt_report.h"
 #include "reports/cls_rs.h"
-#include "support/data_errors.h"
+#include "support/error_text.h"
 #include "support/test_db.h"
 
 namespace ent {

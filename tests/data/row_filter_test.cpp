@@ -7,7 +7,7 @@
 
 #include "common/error.h"
 #include "data/recordset.h"
-#include "support/data_errors.h"
+#include "support/error_text.h"
 
 using ent::Currency;
 using ent::DataType;

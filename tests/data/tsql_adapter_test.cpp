@@ -4,7 +4,7 @@
 
 #include "common/error.h"
 #include "data/recordset.h"
-#include "support/data_errors.h"
+#include "support/error_text.h"
 #include "support/rowset_text.h"
 #include "support/test_db.h"
 

@@ -21,6 +21,7 @@
 #include "server/host_server.h"
 #include "server/http_client.h"
 #include "server/token.h"
+#include "support/error_text.h"
 #include "support/server_loopback.h"
 #include "support/test_db.h"
 
@@ -199,9 +200,9 @@ TEST_F(HostileClientsTest, SigtermStopsServeWhileAQueryRunsAndTheFailureIsPosted
   // A text that runs for ever and returns nothing.
   std::thread caller([&] {
     try {
-      Post(SqlCall(
-               "7",
-               "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE x = 0"),
+      Post(SqlCall("7",
+                   "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c WHERE "
+                   "x = 0"),
            60);
     } catch (const Error&) {
     }

@@ -22,6 +22,7 @@
 
 #include "common/error.h"
 #include "server/http_serving.h"
+#include "support/error_text.h"
 #include "support/server_loopback.h"
 #include "support/temp_dir.h"
 

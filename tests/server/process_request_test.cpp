@@ -10,6 +10,7 @@
 #include "server/cls_process_request.h"
 #include "server/head_office.h"
 #include "server/token.h"
+#include "support/error_text.h"
 #include "support/server_loopback.h"
 #include "support/temp_dir.h"
 #include "support/test_db.h"

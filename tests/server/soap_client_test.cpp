@@ -9,6 +9,7 @@
 #include "server/head_office.h"
 #include "server/http_client.h"
 #include "server/http_serving.h"
+#include "support/error_text.h"
 #include "support/server_loopback.h"
 #include "support/temp_dir.h"
 

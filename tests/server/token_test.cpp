@@ -11,6 +11,7 @@
 #include <fstream>
 
 #include "common/error.h"
+#include "support/error_text.h"
 #include "support/server_loopback.h"
 #include "support/temp_dir.h"
 

@@ -10,15 +10,6 @@
 
 namespace ent::test {
 
-std::string ErrorText(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Error& e) {
-    return e.description();
-  }
-  return "";
-}
-
 std::string FileText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream out;

@@ -1,10 +1,9 @@
-// What the server tests share: a failure's text, a file's bytes, request documents, and the host
-// server on loopback posting to a stand-in head office.
+// What the server tests share: a file's bytes, request documents, and the host server on loopback
+// posting to a stand-in head office.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -16,9 +15,6 @@
 #include "support/temp_dir.h"
 
 namespace ent::test {
-
-// The description of the ent::Error that `action` raises; "" when it raises none.
-std::string ErrorText(const std::function<void()>& action);
 
 // A file's bytes ("" when it cannot be read).
 std::string FileText(const std::string& path);

@@ -1,4 +1,4 @@
-#include "support/data_errors.h"
+#include "support/error_text.h"
 
 #include "common/error.h"
 
