@@ -36,13 +36,6 @@ std::string Raw(const pugi::xml_node& node) {
   return out.str();
 }
 
-std::vector<std::string> ChildNames(const pugi::xml_node& node) {
-  std::vector<std::string> names;
-  for (pugi::xml_node child : node.children())
-    if (child.type() == pugi::node_element) names.push_back(child.name());
-  return names;
-}
-
 std::vector<std::string> AttributeNames(const pugi::xml_node& node) {
   std::vector<std::string> names;
   for (pugi::xml_attribute a : node.attributes()) names.push_back(a.name());
@@ -112,44 +105,18 @@ TEST_F(InvoiceDocumentTest, OneSampleInvoiceAsTheJobPostsIt) {
   EXPECT_EQ(posted.rfind("<RepairOrder", 0), 0u);
 }
 
-TEST_F(InvoiceDocumentTest, NormalInvoiceLinesPaymentsAndElementOrder) {
+TEST_F(InvoiceDocumentTest, NormalInvoiceLinesInOrderAndPayments) {
   // A second payment, by card, beside the sample's own.
   Exec(
       "insert into wopaymentadv (payid, id, trandate, type, payment) values (9001, 6, '2023-02-03 00:00:00', "
       "'cdMasterCard Business Plus', 1234.5)");
   const pugi::xml_document& doc = Load(100006, "");
-  pugi::xml_node root = doc.child("RepairOrder");
-
-  using Names = std::vector<std::string>;
-  EXPECT_EQ(ChildNames(doc), Names{"RepairOrder"});
-  EXPECT_EQ(ChildNames(root),
-            (Names{"CompanyInfo", "Customer", "Vehicle", "InvoiceAdmin", "Items", "Totals", "Messages"}));
-  EXPECT_EQ(ChildNames(root.child("CompanyInfo")),
-            (Names{"Name", "Address", "CityProv", "PostalCode", "TelNo", "FaxNo"}));
-  EXPECT_EQ(ChildNames(root.child("Customer")),
-            (Names{"Company", "FName", "LName", "Street", "City", "Prov", "Postal", "hTel", "bTel"}));
-  EXPECT_EQ(ChildNames(root.child("Vehicle")),
-            (Names{"Year", "Make", "Model", "Plate", "Odo", "VIN", "Unit", "Engine"}));
-  EXPECT_EQ(ChildNames(root.child("InvoiceAdmin")),
-            (Names{"RONum", "Date", "InvTime", "PO", "Reg", "Mech", "ServAdv", "WOID", "WODate", "WOTime"}));
-  EXPECT_EQ(AttributeNames(root.child("Items")), (Names{"dispOKNEEDSKIP", "dispPartNum"}));
-  EXPECT_EQ(ChildNames(root.child("Totals")),
-            (Names{"PartDiscount", "LabDiscount", "TotDiscount", "SubParts", "SubLab", "SubTot", "TX1", "TX2",
-                   "Deductible", "Total"}));
-  EXPECT_EQ(ChildNames(root.child("Messages")), (Names{"CustTX1Num", "CustTX2Num", "CustReq", "NoteToCust",
-                                                       "DefMsg", "PaidByMsg", "Disclaimer"}));
-  EXPECT_EQ(AttributeNames(root.child("Messages").child("Disclaimer")), (Names{"Display", "FontSize"}));
-
-  // Every line, in line-number order, each with its sixteen attributes in order.
-  const std::string lines = QueryValue("select count(*) from woparts where invoiceid = 100006");
+  // Every line, in line-number order (the elements and attributes are those of invoice 100002's).
   pugi::xpath_node_set items = doc.select_nodes("/RepairOrder/Items/item");
-  ASSERT_EQ(std::to_string(items.size()), lines);
-  ASSERT_EQ(lines, "10");
+  ASSERT_EQ(std::to_string(items.size()),
+            QueryValue("select count(*) from woparts where invoiceid = 100006"));
   for (size_t i = 0; i < items.size(); ++i) {
     pugi::xml_node item = items[i].node();
-    EXPECT_EQ(AttributeNames(item),
-              (Names{"Qty", "Hrs", "Desc", "PartNum", "PartsEa", "PartsTot", "Lab", "TX", "Total", "C", "OK",
-                     "Need", "Skip", "PresetPkgItem", "PresetHeader", "MiscID"}));
     const std::string line =
         "from woparts where invoiceid = 100006 order by linenum limit 1 offset " + std::to_string(i);
     EXPECT_EQ(item.attribute("Desc").value(), QueryValue("select description " + line));

@@ -2,12 +2,9 @@
 // section totals of the balance sheet and the profit and loss, and the payables and receivables
 // lines per party.
 #include <gtest/gtest.h>
-#include <sqlite3.h>
-
-#include <filesystem>
 
 #include "reports/untidy_figures.h"
-#include "support/temp_dir.h"
+#include "support/reports_shop_copy.h"
 
 namespace ent::test::untidy {
 namespace {
@@ -149,16 +146,9 @@ TEST(UntidyAccounts, ReceivablesLeaveOutAnInvoiceDatedAfterTheEndDay) {
           invoice);
   ASSERT_GT(owed, 0.01);
   TempDir dir;
-  const std::string copy = dir.file("later.db");
-  std::filesystem::copy_file(UntidySampleShop(), copy);
-  sqlite3* raw = nullptr;
-  ASSERT_EQ(sqlite3_open(copy.c_str(), &raw), SQLITE_OK);
-  std::unique_ptr<sqlite3, decltype(&sqlite3_close)> db(raw, sqlite3_close);
-  ASSERT_EQ(
-      sqlite3_exec(db.get(),
-                   ("update wo set latestdate = '2025-01-15 00:00:00' where invoiceid = " + invoice).c_str(),
-                   nullptr, nullptr, nullptr),
-      SQLITE_OK);
+  const std::string copy =
+      ChangedCopy(UntidySampleShop(), dir,
+                  "update wo set latestdate = '2025-01-15 00:00:00' where invoiceid = " + invoice);
   const ReportRun before = Report("AR01", {"12/31/2024"});
   const ReportRun after = RunReportOn(copy, "AR01", {"12/31/2024"});
   ASSERT_EQ(after.status, "0");

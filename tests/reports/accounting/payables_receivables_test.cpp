@@ -43,7 +43,6 @@ TEST(Payables, SuppliersWithABalanceAndBothTaxLines) {
       {"Zed Supply", "", "320.00"}, {"[b]TOTAL", "", "504.00"},
   };
   EXPECT_EQ(test::Cells(rs.get()), expected);
-  EXPECT_EQ(rs->fields()[1].name, "Contact");
 
   // No supplier owed anything: the two tax lines still come back.
   end = "1/1/2024";
@@ -87,9 +86,6 @@ TEST(Receivables, BranchesDatesAndRoundingLimits) {
   auto rs = engine.getAPARSummary(type, status, end);
   ASSERT_EQ(status, "0");
   ASSERT_TRUE(rs);
-  std::vector<std::string> names;
-  for (const auto& f : rs->fields()) names.push_back(f.name);
-  EXPECT_EQ(names, (std::vector<std::string>{"Company", "FirstName", "LastName", "Balance"}));
   const Rows expected = {
       {"Alpha", "Al", "Ames", "0.02"},
       {"Eps", "Ed", "East", "80"},

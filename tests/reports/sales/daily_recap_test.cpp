@@ -9,8 +9,9 @@ namespace {
 using V = std::vector<std::string>;
 using Row = std::map<std::string, std::string>;
 
-// Units, sales, cost and margin of one period of a row ("", "_MTD", "_YTD").
-V Period(Row& row, const std::string& suffix) {
+// Units, sales, cost and margin of one period ("", "_MTD", "_YTD") of the row labelled `label`.
+V Period(Recordset& rs, const std::string& label, const std::string& suffix) {
+  Row row = test::RowOf(rs, label);
   return {row["Units" + suffix], row["Sales" + suffix], row["Cost" + suffix], row["Margin" + suffix]};
 }
 
@@ -54,31 +55,25 @@ TEST_F(DailyRecap, NewYearsDayIsItsOwnMonthAndYear) {
   ASSERT_TRUE(rs);
   EXPECT_EQ(rs->fields().size(), 13u);
   EXPECT_EQ(rs->RecordCount(), 6u);  // five classes and the total line, no summary
-  Row oil = test::RowOf(*rs, "OIL");
   for (const char* period : {"", "_MTD", "_YTD"}) {
     SCOPED_TRACE(period);
-    EXPECT_EQ(Period(oil, period), (V{"3.00", "25.00", "13.00", "48.00"}));
+    EXPECT_EQ(Period(*rs, "OIL", period), (V{"3.00", "25.00", "13.00", "48.00"}));
   }
-  Row unclassified = test::RowOf(*rs, "Unclassified");
-  EXPECT_EQ(Period(unclassified, "_YTD"), (V{"1.50", "90.00", "30.00", "66.67"}));
-  Row tire = test::RowOf(*rs, "GDYR PASS");
-  EXPECT_EQ(Period(tire, ""), (V{"1.00", "0.00", "15.00", "0.00"}));  // no sales, no margin
-  Row total = test::RowOf(*rs, "[b]TOTAL");
-  EXPECT_EQ(Period(total, ""), (V{"7.50", "165.00", "58.00", "64.85"}));
-  EXPECT_EQ(Period(total, "_YTD"), (V{"7.50", "165.00", "58.00", "64.85"}));
+  EXPECT_EQ(Period(*rs, "Unclassified", "_YTD"), (V{"1.50", "90.00", "30.00", "66.67"}));
+  EXPECT_EQ(Period(*rs, "GDYR PASS", ""), (V{"1.00", "0.00", "15.00", "0.00"}));  // no sales, no margin
+  EXPECT_EQ(Period(*rs, "[b]TOTAL", ""), (V{"7.50", "165.00", "58.00", "64.85"}));
+  EXPECT_EQ(Period(*rs, "[b]TOTAL", "_YTD"), (V{"7.50", "165.00", "58.00", "64.85"}));
   EXPECT_EQ(test::Column(*rs, "Sales_Class").back(), "[b]TOTAL");
 }
 
 TEST_F(DailyRecap, MonthAndYearToDate) {
   auto rs = Run("3/15/2024", false);
   ASSERT_TRUE(rs);
-  Row oil = test::RowOf(*rs, "OIL");
-  EXPECT_EQ(Period(oil, ""), (V{"1.00", "10.00", "4.00", "60.00"}));
-  EXPECT_EQ(Period(oil, "_MTD"), (V{"2.00", "20.00", "8.00", "60.00"}));
-  EXPECT_EQ(Period(oil, "_YTD"), (V{"6.00", "55.00", "25.00", "54.55"}));
-  Row labour = test::RowOf(*rs, " tire labour ");
-  EXPECT_EQ(Period(labour, ""), (V{"0.00", "0.00", "0.00", "0.00"}));
-  EXPECT_EQ(Period(labour, "_YTD"), (V{"1.00", "40.00", "0.00", "100.00"}));
+  EXPECT_EQ(Period(*rs, "OIL", ""), (V{"1.00", "10.00", "4.00", "60.00"}));
+  EXPECT_EQ(Period(*rs, "OIL", "_MTD"), (V{"2.00", "20.00", "8.00", "60.00"}));
+  EXPECT_EQ(Period(*rs, "OIL", "_YTD"), (V{"6.00", "55.00", "25.00", "54.55"}));
+  EXPECT_EQ(Period(*rs, " tire labour ", ""), (V{"0.00", "0.00", "0.00", "0.00"}));
+  EXPECT_EQ(Period(*rs, " tire labour ", "_YTD"), (V{"1.00", "40.00", "0.00", "100.00"}));
 }
 
 TEST_F(DailyRecap, FinalSummaryByCategory) {
@@ -88,21 +83,15 @@ TEST_F(DailyRecap, FinalSummaryByCategory) {
   ASSERT_EQ(labels.size(), 14u);
   EXPECT_EQ(V(labels.begin() + 5, labels.end()), (V{"[b]TOTAL", "", "[b]FINAL SUMMARY", "TIRES", "PARTS",
                                                     "LABOUR", "WHEELS", "OTHER", "[b]GRAND TOTAL"}));
-  Row blank = test::RowOf(*rs, "");
-  EXPECT_EQ(Period(blank, ""), (V{"", "", "", ""}));
+  EXPECT_EQ(Period(*rs, "", ""), (V{"", "", "", ""}));
 
-  Row tires = test::RowOf(*rs, "TIRES");
-  EXPECT_EQ(Period(tires, ""), (V{"1.00", "0.00", "15.00", "0.00"}));
-  Row parts = test::RowOf(*rs, "PARTS");
-  EXPECT_EQ(Period(parts, "_MTD"), (V{"3.00", "25.00", "13.00", "48.00"}));
+  EXPECT_EQ(Period(*rs, "TIRES", ""), (V{"1.00", "0.00", "15.00", "0.00"}));
+  EXPECT_EQ(Period(*rs, "PARTS", "_MTD"), (V{"3.00", "25.00", "13.00", "48.00"}));
   // " tire labour " is tire labour; "TIRE LABOUR." is not.
-  Row labour = test::RowOf(*rs, "LABOUR");
-  EXPECT_EQ(Period(labour, ""), (V{"1.00", "40.00", "0.00", "100.00"}));
-  Row other = test::RowOf(*rs, "OTHER");
-  EXPECT_EQ(Period(other, ""), (V{"2.50", "100.00", "30.00", "70.00"}));
-  Row grand = test::RowOf(*rs, "[b]GRAND TOTAL");
+  EXPECT_EQ(Period(*rs, "LABOUR", ""), (V{"1.00", "40.00", "0.00", "100.00"}));
+  EXPECT_EQ(Period(*rs, "OTHER", ""), (V{"2.50", "100.00", "30.00", "70.00"}));
   for (const char* period : {"", "_MTD", "_YTD"})
-    EXPECT_EQ(Period(grand, period), (V{"7.50", "165.00", "58.00", "64.85"}));
+    EXPECT_EQ(Period(*rs, "[b]GRAND TOTAL", period), (V{"7.50", "165.00", "58.00", "64.85"}));
 }
 
 TEST(DailyRecapEdges, EmptyPricingTableAndUnreadableDay) {

@@ -7,8 +7,9 @@ namespace {
 
 using Row = std::map<std::string, std::string>;
 
-// Sold, cost, profit, margin of one group of a row.
-std::vector<std::string> Group(Row& row, const std::string& prefix) {
+// Sold, cost, profit, margin of one group of the row labelled `label`.
+std::vector<std::string> Group(Recordset& rs, const std::string& label, const std::string& prefix) {
+  Row row = test::RowOf(rs, label);
   return {row[prefix + "_Sold"], row[prefix + "_Cost"], row[prefix + "_Profit"], row[prefix + "_Margin"]};
 }
 using V = std::vector<std::string>;
@@ -57,45 +58,37 @@ TEST_F(SalesClassReport, WithoutTechnicianCostsLabourIsAllProfit) {
   EXPECT_EQ(test::Column(*rs, "Sales_Class"),
             (V{"BRAKE PARTS", "OIL", "TOWING", "UNCLASSIFIED", "[b]TOTAL"}));
 
-  Row brakes = test::RowOf(*rs, "BRAKE PARTS");
-  EXPECT_EQ(Group(brakes, "Parts"), (V{"100.00", "120.00", "-20.00", "0.00"}));  // a loss shows no margin
+  // A loss shows no margin.
+  EXPECT_EQ(Group(*rs, "BRAKE PARTS", "Parts"), (V{"100.00", "120.00", "-20.00", "0.00"}));
 
-  Row oil = test::RowOf(*rs, "OIL");
-  EXPECT_EQ(Group(oil, "Parts"), (V{"45.00", "20.00", "25.00", "55.56"}));
-  EXPECT_EQ(Group(oil, "Labor"), (V{"250.00", "0.00", "250.00", "100.00"}));
-  EXPECT_EQ(Group(oil, "Other_Charge"), (V{"10.00", "4.00", "6.00", "60.00"}));
-  EXPECT_EQ(Group(oil, "Total"), (V{"305.00", "24.00", "281.00", "92.13"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Parts"), (V{"45.00", "20.00", "25.00", "55.56"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Labor"), (V{"250.00", "0.00", "250.00", "100.00"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Other_Charge"), (V{"10.00", "4.00", "6.00", "60.00"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Total"), (V{"305.00", "24.00", "281.00", "92.13"}));
 
-  Row unclassified = test::RowOf(*rs, "UNCLASSIFIED");  // the lines without a sales class
-  EXPECT_EQ(Group(unclassified, "Labor"), (V{"80.00", "0.00", "80.00", "100.00"}));
+  // The lines without a sales class, and a class without lines.
+  EXPECT_EQ(Group(*rs, "UNCLASSIFIED", "Labor"), (V{"80.00", "0.00", "80.00", "100.00"}));
+  EXPECT_EQ(Group(*rs, "TOWING", "Total"), (V{"0.00", "0.00", "0.00", "0.00"}));
 
-  Row towing = test::RowOf(*rs, "TOWING");  // no lines
-  EXPECT_EQ(Group(towing, "Total"), (V{"0.00", "0.00", "0.00", "0.00"}));
-
-  Row total = test::RowOf(*rs, "[b]TOTAL");
-  EXPECT_EQ(Group(total, "Parts"), (V{"145.00", "140.00", "5.00", "<null>"}));
-  EXPECT_EQ(Group(total, "Labor"), (V{"330.00", "0.00", "330.00", "<null>"}));
-  EXPECT_EQ(Group(total, "Total"), (V{"485.00", "144.00", "341.00", "<null>"}));
+  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Parts"), (V{"145.00", "140.00", "5.00", "<null>"}));
+  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Labor"), (V{"330.00", "0.00", "330.00", "<null>"}));
+  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Total"), (V{"485.00", "144.00", "341.00", "<null>"}));
 }
 
 TEST_F(SalesClassReport, WithTechnicianCostsTheStoredLabourMarginIsTheProfit) {
   auto rs = Run(true);
   ASSERT_TRUE(rs);
-  Row brakes = test::RowOf(*rs, "BRAKE PARTS");
-  EXPECT_EQ(Group(brakes, "Parts"), (V{"100.00", "125.00", "-25.00", "0.00"}));
+  EXPECT_EQ(Group(*rs, "BRAKE PARTS", "Parts"), (V{"100.00", "125.00", "-25.00", "0.00"}));
 
-  Row oil = test::RowOf(*rs, "OIL");
-  EXPECT_EQ(Group(oil, "Parts"), (V{"45.00", "22.00", "23.00", "51.11"}));
-  EXPECT_EQ(Group(oil, "Labor"), (V{"250.00", "100.00", "150.00", "60.00"}));
-  EXPECT_EQ(Group(oil, "Total"), (V{"305.00", "126.00", "179.00", "58.69"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Parts"), (V{"45.00", "22.00", "23.00", "51.11"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Labor"), (V{"250.00", "100.00", "150.00", "60.00"}));
+  EXPECT_EQ(Group(*rs, "OIL", "Total"), (V{"305.00", "126.00", "179.00", "58.69"}));
 
   // No stored labour margin: all of the labour is cost.
-  Row unclassified = test::RowOf(*rs, "UNCLASSIFIED");
-  EXPECT_EQ(Group(unclassified, "Labor"), (V{"80.00", "80.00", "0.00", "0.00"}));
+  EXPECT_EQ(Group(*rs, "UNCLASSIFIED", "Labor"), (V{"80.00", "80.00", "0.00", "0.00"}));
 
-  Row total = test::RowOf(*rs, "[b]TOTAL");
-  EXPECT_EQ(Group(total, "Labor"), (V{"330.00", "180.00", "150.00", "<null>"}));
-  EXPECT_EQ(Group(total, "Total"), (V{"485.00", "331.00", "154.00", "<null>"}));
+  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Labor"), (V{"330.00", "180.00", "150.00", "<null>"}));
+  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Total"), (V{"485.00", "331.00", "154.00", "<null>"}));
 }
 
 }  // namespace
