@@ -16,6 +16,7 @@
 #include "data/recordset.h"
 #include "job/cls_prebuilt_report.h"
 #include "reports/cls_rs.h"
+#include "support/data_queries.h"
 #include "support/error_text.h"
 #include "support/test_db.h"
 
@@ -131,20 +132,18 @@ TEST_F(QueryLimitsTest, AFreeSqlRequestPostsTheLimitAsItsStatus) {
   EXPECT_EQ(status.rfind("The query's result grew beyond", 0), 0u) << status;
 }
 
-TEST(ReadOnlyMode, ModeReadRefusesWritesAndKeepsTheDatabase) {
+// Mode=Read refuses writes and keeps the database; the query command opens it so unless told to
+// write.
+TEST(ReadOnlyMode, ModeReadAndTheQueryCommandRefuseWritesUnlessToldTo) {
   test::TestDb db;
   db.Exec("create table t (x int)");
   std::shared_ptr<Connection> reader = OpenConnection(db.connection_string() + ";Mode=Read");
   EXPECT_THROW(reader->Execute("insert into t values (1)"), Error);
   EXPECT_THROW(reader->Query("delete from t; select 1 as one"), Error);
-  EXPECT_EQ(reader->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "0");
+  EXPECT_EQ(test::FirstValue(*reader, "select count(*) as n from t"), "0");
   OpenConnection(db.connection_string() + ";Mode=ReadWrite")->Execute("insert into t values (1)");
-  EXPECT_EQ(reader->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "1");
-}
+  EXPECT_EQ(test::FirstValue(*reader, "select count(*) as n from t"), "1");
 
-TEST(ReadOnlyMode, TheQueryCommandWritesOnlyWhenToldTo) {
-  test::TestDb db;
-  db.Exec("create table t (x int)");
   auto run = [&](const std::string& extra) {
     const std::string command =
         std::string(ENTPRCREQ_BINARY) + " query --connection '" + db.connection_string() +
@@ -152,9 +151,9 @@ TEST(ReadOnlyMode, TheQueryCommandWritesOnlyWhenToldTo) {
     return WEXITSTATUS(std::system(command.c_str()));
   };
   EXPECT_EQ(run(""), 1);
-  EXPECT_EQ(db.Connect()->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "0");
+  EXPECT_EQ(test::FirstValue(*reader, "select count(*) as n from t"), "1");
   EXPECT_EQ(run(" --write"), 0);
-  EXPECT_EQ(db.Connect()->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "1");
+  EXPECT_EQ(test::FirstValue(*reader, "select count(*) as n from t"), "2");
 }
 
 TEST(LongParameters, APaddedParameterFailsAtOnceNamingIt) {
@@ -173,8 +172,7 @@ TEST(SqlFormatFunction, APatternItRefusesFailsTheStatementInsteadOfTheProcess) {
   std::shared_ptr<Connection> connection = db.Connect();
   EXPECT_THROW(
       connection->Query("select format('2024-02-29 13:05:09', '12.5O#,##0.00;(#,##0.00);zero') as f"), Error);
-  EXPECT_EQ(connection->Query("select format(1234.5, '#,##0.00') as f").rows.at(0).at(0).ToText(),
-            "1,234.50");
+  EXPECT_EQ(test::FirstValue(*connection, "select format(1234.5, '#,##0.00') as f"), "1,234.50");
 }
 
 }  // namespace

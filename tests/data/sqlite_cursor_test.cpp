@@ -9,6 +9,7 @@
 #include "common/error.h"
 #include "data/connection.h"
 #include "data/query_limits.h"
+#include "support/data_queries.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -22,11 +23,6 @@ void FillNumbers(const test::TestDb& db, int count) {
           ") INSERT INTO numbers SELECT n, CASE WHEN n % 997 = 0 THEN printf('%.*c', 400000, 'x') "
           "ELSE substr('" +
           std::string(49, 'a') + "', 1, n % 50) || n END FROM c");
-}
-
-// The first value a query returns, as text.
-std::string Value(Connection& connection, const std::string& sql) {
-  return connection.Query(sql).rows.at(0).at(0).ToText();
 }
 
 std::string ExpectedLabel(int n) {
@@ -47,15 +43,16 @@ TEST(SqliteCursor, RowsArriveWholeAndInOrderWhileTheConnectionAnswersOtherQuerie
     ASSERT_EQ(row[1].ToText(), ExpectedLabel(n)) << "row " << n;
     // A report looks things up on the same connection while its rows are read.
     if (n % 250 == 0) {
-      ASSERT_EQ(Value(*connection, "select count(*) as c from numbers where n <= " + std::to_string(n)),
-                std::to_string(n));
+      ASSERT_EQ(
+          test::FirstValue(*connection, "select count(*) as c from numbers where n <= " + std::to_string(n)),
+          std::to_string(n));
     }
   }
   EXPECT_EQ(n, 6000);
   EXPECT_FALSE(cursor->Next(row));
   // The statement is done with: the table can be changed at once.
   connection->Execute("DELETE FROM numbers WHERE n > 10");
-  EXPECT_EQ(Value(*connection, "select count(*) as c from numbers"), "10");
+  EXPECT_EQ(test::FirstValue(*connection, "select count(*) as c from numbers"), "10");
 }
 
 // Look-ups made while rows are read ahead answer as the connection itself would: they see its temp
@@ -64,7 +61,7 @@ TEST(SqliteCursor, LookUpsWhileReadingAheadSeeWhatTheConnectionSees) {
   test::TestDb db;
   FillNumbers(db, 2000);
   std::shared_ptr<Connection> connection = db.Connect();
-  auto value = [&](const std::string& sql) { return Value(*connection, sql); };
+  auto value = [&](const std::string& sql) { return test::FirstValue(*connection, sql); };
   connection->Execute("CREATE TEMP TABLE seen (n INT)");
   connection->Execute("INSERT INTO seen VALUES (7)");
   std::vector<Variant> row;
@@ -113,7 +110,7 @@ TEST(SqliteCursor, AFailureWhileReadingAheadComesAfterTheRowsBeforeIt) {
   // Four 400 KB labels fit, the fifth (row 4985) does not: every row before it arrives.
   EXPECT_EQ(n, 4984);
   cursor.reset();
-  EXPECT_EQ(Value(*connection, "select count(*) as c from numbers"), "6000");
+  EXPECT_EQ(test::FirstValue(*connection, "select count(*) as c from numbers"), "6000");
 }
 
 TEST(SqliteCursor, ACursorLeftEarlyOrOutlivingItsConnectionHoldsNothingBack) {

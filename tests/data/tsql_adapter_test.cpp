@@ -4,6 +4,7 @@
 
 #include "common/error.h"
 #include "data/recordset.h"
+#include "support/data_queries.h"
 #include "support/error_text.h"
 #include "support/rowset_text.h"
 #include "support/test_db.h"
@@ -160,13 +161,7 @@ TEST(TsqlAdapter, DateTextsCompareAsDates) {
       "insert into posting values (2, '10/1/2024 2:30 PM');"
       "insert into posting values (3, '2024-10-02');"
       "insert into posting values (4, '1/1/1900')");
-  auto ids = [&](const std::string& where) {
-    auto rs =
-        Recordset::OpenQuery(db.Connect(), "select id from posting where " + where + " order by id", false);
-    std::string out;
-    for (; !rs->IsEof(); rs->MoveNext()) out += rs->Get("id").ToText();
-    return out;
-  };
+  auto ids = [&](const std::string& where) { return test::IdsWhere(db, "posting", where); };
   EXPECT_EQ(ids("transdate >= '9/30/2024' and transdate <= '10/1/2024'"), "1");
   EXPECT_EQ(ids("transdate >= '9/30/2024' and transdate <= '10/2/2024'"), "123");
   EXPECT_EQ(ids("(transdate <= '10/01/2024 11:59 PM')and (transdate > '12/30/1899')"), "124");
