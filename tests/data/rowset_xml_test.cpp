@@ -323,28 +323,19 @@ TEST(RowsetXml, NumbersDatesAndMismatchedKinds) {
 // Doubles: the ends of the range and random ones.
 TEST(RowsetXml, DoublesMatchPrintfG17) {
   std::mt19937_64 random(20240615);
-  std::vector<std::vector<Variant>> rows;
-  std::vector<std::string> expected;
-  const double ends[] = {0.0, 123456789.5, 5.325, DBL_MAX, 4.9406564584124654e-324, 1e17};
-  for (int i = -6; i < 3000; ++i) {
+  std::vector<Variant> values = {0.0, 123456789.5, 5.325, DBL_MAX, 4.9406564584124654e-324, 1e17};
+  std::string expected;
+  for (int i = 0; i < 3000; ++i) {
     uint64_t bits = random();
     double v;
     std::memcpy(&v, &bits, sizeof v);
     if (i % 3 == 0) v = static_cast<double>(static_cast<int64_t>(bits % 2000000) - 1000000) / 1000;
-    if (i < 0) v = ends[i + 6];
-    if (!std::isfinite(v)) continue;
+    if (std::isfinite(v)) values.emplace_back(v);
+  }
+  for (const Variant& v : values) {
     char buf[64];
-    std::snprintf(buf, sizeof buf, "%.17G", v);
-    expected.push_back(buf);
-    rows.push_back({v});
+    std::snprintf(buf, sizeof buf, "%.17G", v.floating());
+    expected += (expected.empty() ? "" : "|") + std::string(buf);
   }
-  pugi::xml_document doc;
-  pugi::xml_node data = ParsedData(doc, Write({QueryColumn("V", DataType::kDouble)}, rows));
-  size_t i = 0;
-  for (pugi::xml_node row : data.children("z:row")) {
-    ASSERT_LT(i, expected.size());
-    EXPECT_EQ(row.attribute("V").value(), expected[i]) << i;
-    ++i;
-  }
-  EXPECT_EQ(i, expected.size());
+  EXPECT_EQ(ValueTexts(QueryColumn("V", DataType::kDouble), values), expected);
 }
