@@ -122,10 +122,11 @@ TEST(LongValues, NamesAtTheirColumnsFullWidthsReachEveryReport) {
     ASSERT_GT(run.rows.size(), 1u) << c.code;
     EXPECT_GT(LongestIn(run, c.long_column), 50u) << c.code << " " << c.long_column;
     ExpectValuesFitTheirColumns(run, c.code);
+    // Every supplier's purchases keep their full names too.
+    if (c.code == "PARTGP01") {
+      EXPECT_EQ(LongestIn(run, "Supplier_Name"), 60u);
+    }
   }
-  // Every supplier's purchases keep their full names too.
-  test::ReportRun parts = test::RunReportOn(shop.path(), "PARTGP01", {"1/1/2024", "12/31/2024"});
-  EXPECT_EQ(LongestIn(parts, "Supplier_Name"), 60u);
 }
 
 }  // namespace

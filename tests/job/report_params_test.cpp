@@ -14,7 +14,8 @@ namespace {
 
 using test::RunReport;
 
-TEST(ReportParams, AParameterThatDoesNotConvertIsPostedWithItsNameValueAndType) {
+// Run on a shop without tables, where any query would fail with "no such table".
+TEST(ReportParams, AParameterThatDoesNotConvertIsPostedBeforeAnySqlRuns) {
   struct Case {
     std::string code;
     std::vector<std::string> params;
@@ -37,25 +38,21 @@ TEST(ReportParams, AParameterThatDoesNotConvertIsPostedWithItsNameValueAndType) 
       {"ar01", {"junk"}, "Parameter p0 (dtEnd) of AR01 is not a date: 'junk'"},
       {"PROFALOSS01", {"1/1/2024", "junk"}, "Parameter p1 (dtEnd) of PROFALOSS01 is not a date: 'junk'"},
       {"ENTINVOICE", {"x1"}, "Parameter p0 (lInvoiceId) of ENTINVOICE is not a whole number: 'x1'"},
+      {"BL01", {"6/31/2024"}, "Parameter p0 (dtAsOf) of BL01 is not a date: '6/31/2024'"},
+      {"TECHCOST01",
+       {"1/1/2024", "1/31/2024", "false", "0", "maybe"},
+       "Parameter p4 (chkHours) of TECHCOST01 is not true or false: 'maybe'"},
       // The first failing parameter in order p0, p1, ... is the one posted.
       {"SALESCOMP01",
        {"1/1/2024", "2/30/2024", "junk"},
        "Parameter p1 (EndDate) of SALESCOMP01 is not a date: '2/30/2024'"},
   };
+  test::TestDb empty;
   for (const Case& c : cases) {
-    test::ReportRun run = RunReport(c.code, c.params);
+    test::ReportRun run = test::RunReportOn(empty.path(), c.code, c.params);
     EXPECT_EQ(run.status, c.status) << c.code;
     EXPECT_FALSE(run.has_document) << c.code;
   }
-}
-
-TEST(ReportParams, ParametersAreCheckedBeforeAnySqlRuns) {
-  test::TestDb empty;  // no tables: any query would fail with "no such table"
-  EXPECT_EQ(test::RunReportOn(empty.path(), "BL01", {"6/31/2024"}).status,
-            "Parameter p0 (dtAsOf) of BL01 is not a date: '6/31/2024'");
-  EXPECT_EQ(
-      test::RunReportOn(empty.path(), "TECHCOST01", {"1/1/2024", "1/31/2024", "false", "0", "maybe"}).status,
-      "Parameter p4 (chkHours) of TECHCOST01 is not true or false: 'maybe'");
   const std::string query_failure = test::RunReportOn(empty.path(), "AR01", {"6/30/2024"}).status;
   EXPECT_NE(query_failure.find("no such table"), std::string::npos) << query_failure;
 }

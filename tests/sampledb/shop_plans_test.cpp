@@ -47,16 +47,15 @@ std::vector<std::string> StatementsOf(const std::string& code, const std::vector
 }
 
 TEST(ShopPlans, TheSampleShopKeepsStatisticsAndIndexesForThePlaceholderKeys) {
-  const std::vector<std::string> analysed = Column("select distinct tbl from sqlite_stat1");
-  for (const char* table : {"wo", "woparts", "customer", "vehicle"})
-    EXPECT_NE(std::find(analysed.begin(), analysed.end(), table), analysed.end()) << table;
+  EXPECT_EQ(test::QueryCount("select count(distinct tbl) from sqlite_stat1 where tbl in ('wo', 'woparts', "
+                             "'customer', 'vehicle')"),
+            4);
   // The partial indexes leave out the placeholder keys.
-  EXPECT_EQ(Column("select sql like '%WHERE invoiceid <> 0' from sqlite_master where name = "
-                   "'ix_woparts_invoice_set'"),
-            std::vector<std::string>{"1"});
-  EXPECT_EQ(Column("select sql like '%WHERE credid <> 0' from sqlite_master where name = "
-                   "'ix_woparts_credit_set'"),
-            std::vector<std::string>{"1"});
+  EXPECT_EQ(
+      test::QueryCount("select count(*) from sqlite_master where (name = 'ix_woparts_invoice_set' and sql "
+                       "like '%WHERE invoiceid <> 0') or (name = 'ix_woparts_credit_set' and sql like "
+                       "'%WHERE credid <> 0')"),
+      2);
 }
 
 TEST(ShopPlans, HeavyJoinsNeverLoopOverThePlaceholderKeys) {

@@ -8,21 +8,11 @@
 
 #include "common/error.h"
 #include "sampledb/embedded_sql.h"
+#include "support/sample_shop.h"
 #include "support/temp_dir.h"
 
 namespace ent::sampledb {
 namespace {
-
-std::string Scalar(Database& db, const std::string& sql) {
-  sqlite3_stmt* stmt = nullptr;
-  EXPECT_EQ(sqlite3_prepare_v2(db.handle(), sql.c_str(), -1, &stmt, nullptr), SQLITE_OK) << sql;
-  std::string value;
-  if (stmt && sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0)) {
-    value = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
-  }
-  sqlite3_finalize(stmt);
-  return value;
-}
 
 class ShopSchema : public ::testing::Test {
  protected:
@@ -30,6 +20,9 @@ class ShopSchema : public ::testing::Test {
     CreateShopTables(db_);
     CreateSupplierTable(db_, 12);
   }
+
+  // The first value of a query, read by SQLite on the file.
+  std::string Scalar(const std::string& sql) const { return test::QueryValueOn(dir_.file("shop.db"), sql); }
 
   test::TempDir dir_;
   Database db_;
@@ -49,11 +42,9 @@ TEST(SplitStatements, KeepsQuotedSemicolonsAndDropsComments) {
       "SELECT [odd;name], \"other;name\" FROM a -- trailing\n"
       ";\n"
       "  SELECT 1  ");
-  ASSERT_EQ(statements.size(), 4u);
-  EXPECT_EQ(statements[0], "CREATE TABLE a (x int)");
-  EXPECT_EQ(statements[1], "INSERT INTO a VALUES ('it''s; fine')");
-  EXPECT_EQ(statements[2], "SELECT [odd;name], \"other;name\" FROM a");
-  EXPECT_EQ(statements[3], "SELECT 1");
+  EXPECT_EQ(statements,
+            (std::vector<std::string>{"CREATE TABLE a (x int)", "INSERT INTO a VALUES ('it''s; fine')",
+                                      "SELECT [odd;name], \"other;name\" FROM a", "SELECT 1"}));
   EXPECT_TRUE(SplitStatements("  -- nothing\n ; ").empty());
 }
 
@@ -62,18 +53,17 @@ TEST_F(ShopSchema, KeepsValuesTheWayTheReportsCompareThem) {
   db_.Exec(
       "INSERT INTO suph12 (purchid, purchdate, refnum, purchase) VALUES (1, '2024-03-05 00:00:00', 'si-1', "
       "12)");
-  EXPECT_EQ(Scalar(db_, "SELECT typeof(purchase) FROM suph12"), "real");
-  EXPECT_EQ(Scalar(db_, "SELECT count(*) FROM suph12 WHERE refnum = 'SI-1'"), "1");
-  EXPECT_EQ(Scalar(db_, "SELECT count(*) FROM suph12 WHERE purchdate <= '2024-03-05 00:00:00'"), "1");
+  EXPECT_EQ(Scalar("SELECT typeof(purchase) FROM suph12"), "real");
+  EXPECT_EQ(Scalar("SELECT count(*) FROM suph12 WHERE refnum = 'SI-1'"), "1");
+  EXPECT_EQ(Scalar("SELECT count(*) FROM suph12 WHERE purchdate <= '2024-03-05 00:00:00'"), "1");
   db_.Exec("INSERT INTO customer (cusid, company, chksolicit) VALUES (1, 'Cash Sale', 1)");
-  EXPECT_EQ(Scalar(db_, "SELECT count(*) FROM customer WHERE company = 'CASH SALE' AND chksolicit = 1"), "1");
-  EXPECT_EQ(Scalar(db_, "SELECT typeof(chksolicit) FROM customer"), "integer");
+  EXPECT_EQ(Scalar("SELECT count(*) FROM customer WHERE company = 'CASH SALE' AND chksolicit = 1"), "1");
+  EXPECT_EQ(Scalar("SELECT typeof(chksolicit) FROM customer"), "integer");
 
-  EXPECT_EQ(Scalar(db_, "SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'ix_%'"), "0");
+  EXPECT_EQ(Scalar("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'ix_%'"), "0");
   CreateShopIndexes(db_);
-  EXPECT_GT(
-      std::stoi(Scalar(db_, "SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'ix_%'")),
-      10);
+  EXPECT_GT(std::stoi(Scalar("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'ix_%'")),
+            10);
 }
 
 }  // namespace
