@@ -53,26 +53,30 @@ TEST(UntidySales, InvoiceListsAndAveragesCountCreditsWithTheirSign) {
       " from wopaymentadv inner join wo on wopaymentadv.id = wo.woid where trandate between "
       "'2024-03-01 00:00:00' and '2024-09-30 00:00:00'";
   EXPECT_EQ(payments.rows.size(), Count("select count(*)" + paid) + 1);
-  for (const auto& [column, type] : std::vector<std::pair<std::string, std::string>>{
-           {"Cash", "cdCASH"}, {"VISA", "cdVISA"}, {"AR", "A/R"}}) {
+  // Each method in its own column; dates as MM/dd/yyyy.
+  for (const auto& [column, type] :
+       std::vector<std::pair<std::string, std::string>>{{"Cash", "cdCASH"},
+                                                        {"Cheque", "cdCheque"},
+                                                        {"VISA", "cdVISA"},
+                                                        {"Master_Card", "cdMasterCard"},
+                                                        {"AMEX", "cdAmex"},
+                                                        {"Other_Card", "cdOtherCard"},
+                                                        {"Debit_Card", "cdDebitCard"},
+                                                        {"AR", "A/R"}}) {
     EXPECT_NEAR(TotalOf(payments, column), Sum("select sum(payment)" + paid + " and type = '" + type + "'"),
                 0.005)
         << column;
   }
+  EXPECT_EQ(Cell(payments.rows.front(), "Payment_Date").size(), 10u);
 }
 
-TEST(UntidySales, CarCountKindsAreCountsOfTheirInvoices) {
-  const ReportRun run = Report("CARCOUNT01", kPeriod);
-  ASSERT_EQ(run.status, "0");
-  auto count = [&](const std::string& kind) {
+// The kinds of the car count are the hand-made shop's test; here, what only untidy data shows.
+TEST(UntidySales, CarCountNewEmissionsAndCreditsOnBothRangeEnds) {
+  auto count = [](const ReportRun& run, const std::string& kind) {
     const std::vector<Row> rows = RowsWhere(run, "Invoice_Type", kind);
     EXPECT_EQ(rows.size(), 1u) << kind;
     return rows.empty() ? std::string() : Cell(rows[0], "Count");
   };
-  EXPECT_EQ(run.rows.size(), 8u);
-  EXPECT_EQ(count("Invoices"),
-            Value("select count(*) from wo where wodeleted <> 1 and invoiceid > 0 and" + kRange));
-  EXPECT_EQ(count("Credit Invoices"), Value("select count(*) from wo where credid <> 0 and" + kRange));
   // Lines of emission tests, each invoice once in the new count.
   const std::string emission =
       " from woparts inner join wo on woparts.invoiceid = wo.invoiceid where wo.invoiceid "
@@ -80,22 +84,14 @@ TEST(UntidySales, CarCountKindsAreCountsOfTheirInvoices) {
       "wodeleted <> 1 and" +
       kRange;
   EXPECT_GT(Count("select count(*)" + emission), 0u);
-  EXPECT_EQ(count("Emissions Test"), Value("select count(*)" + emission));
-  EXPECT_EQ(count("Emissions Test New"), Value("select count(distinct wo.invoiceid)" + emission));
-  EXPECT_EQ(count("Drive Clean"),
-            Value("select count(*) from woparts inner join wo on (wo.invoiceid = woparts.invoiceid and "
-                  "woparts.invoiceid <> 0) or (wo.credid = woparts.credid and woparts.credid <> 0) where "
-                  "description like '%DRIVE_CLEAN%' and wodeleted <> 1 and skip <> 'Yes' and" +
-                  kRange));
+  EXPECT_EQ(count(Report("CARCOUNT01", kPeriod), "Emissions Test New"),
+            Value("select count(distinct wo.invoiceid)" + emission));
 
   // Credit invoices on the first and the last day of a range both count.
-  const ReportRun edges = Report("CARCOUNT01", {"4/16/2024", "4/26/2024"});
-  const std::vector<Row> credits = RowsWhere(edges, "Invoice_Type", "Credit Invoices");
-  ASSERT_EQ(credits.size(), 1u);
   EXPECT_EQ(Count("select count(*) from wo where credid <> 0 and latestdate in ('2024-04-16 00:00:00', "
                   "'2024-04-26 00:00:00')"),
             2u);
-  EXPECT_EQ(Cell(credits[0], "Count"),
+  EXPECT_EQ(count(Report("CARCOUNT01", {"4/16/2024", "4/26/2024"}), "Credit Invoices"),
             Value("select count(*) from wo where credid <> 0 and latestdate between "
                   "'2024-04-16' and '2024-04-26 00:00:00'"));
 }
