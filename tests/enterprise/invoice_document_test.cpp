@@ -46,8 +46,16 @@ std::string Text(const pugi::xml_document& doc, const char* path) {
   return doc.select_node(path).node().text().get();
 }
 
-std::string Attr(const pugi::xml_document& doc, const char* path, const char* name) {
-  return doc.select_node(path).node().attribute(name).value();
+// The document's values at the paths (relative to RepairOrder) that `expected` names, one
+// "path=value" a line, written as `expected` is: one comparison checks them all.
+std::string ValuesAt(const pugi::xml_document& doc, const std::string& expected) {
+  std::istringstream lines(expected);
+  std::string line, values;
+  while (std::getline(lines, line)) {
+    const std::string path = line.substr(0, line.find('='));
+    values += path + "=" + pugi::xpath_query(path.c_str()).evaluate_string(doc.child("RepairOrder")) + "\n";
+  }
+  return values;
 }
 
 // The invoice document as clsRS hands it back, with its status.
@@ -139,15 +147,12 @@ TEST_F(InvoiceDocumentTest, CreditInvoiceNegatesLinesAndHasNoWorkOrderOrPayments
   // A credit with labour hours, so that every negated column is seen with a value.
   const std::string credit = QueryValue("select min(credid) from woparts where credid > 0 and hrs <> 0");
   const pugi::xml_document& doc = Load(std::stoi(credit), "Cr");
-  EXPECT_EQ(Attr(doc, "/RepairOrder", "InvoiceType"), "Cr");
-  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/RONum"), credit);
-  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WOID"), "0");
-  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WODate"), "");
-  EXPECT_EQ(Text(doc, "/RepairOrder/InvoiceAdmin/WOTime"), "");
-  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustReq"), "");
-  EXPECT_TRUE(doc.select_node("/RepairOrder/Messages/PaidByMsg").node().child("PayDetails").empty());
-  EXPECT_EQ(Text(doc, "/RepairOrder/Totals/Total"),
-            QueryValue("select screentotal from wo where credid = " + credit));
+  const std::string expected =
+      "@InvoiceType=Cr\nInvoiceAdmin/RONum=" + credit +
+      "\nInvoiceAdmin/WOID=0\nInvoiceAdmin/WODate=\nInvoiceAdmin/WOTime=\nMessages/CustReq=\n"
+      "count(Messages/PaidByMsg/PayDetails)=0\nTotals/Total=" +
+      QueryValue("select screentotal from wo where credid = " + credit) + "\n";
+  EXPECT_EQ(ValuesAt(doc, expected), expected);
 
   pugi::xpath_node_set items = doc.select_nodes("/RepairOrder/Items/item");
   ASSERT_EQ(std::to_string(items.size()),
@@ -204,32 +209,23 @@ TEST_F(InvoiceDocumentTest, DisplayFlagsAndShopSettings) {
   Exec("update GlobalVars2 set COMPaHtel = ' ', COMPhTel = null");
   Exec("update customer set tx1exempt = 'EX-1', tx2exempt = 'EX-2' where cusid = 6");
   Exec("delete from machine");
-  const pugi::xml_document& doc = Load(100002, "");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustTX1Num", "Display"), "True");
-  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustTX1Num"), "EX-1");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustTX2Num", "Display"), "False");
-  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/CustTX2Num"), "EX-2");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/InvoiceAdmin/InvTime", "Display"), "True");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Items", "dispPartNum"), "True");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/DefMsg", "Display"), "False");
-  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/DefMsg"), ".");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/CustReq", "Display"), "False");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/NoteToCust", "Display"), "true");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/PaidByMsg", "Display"), "true");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/Disclaimer", "Display"), "False");
-  EXPECT_EQ(Attr(doc, "/RepairOrder/Messages/Disclaimer", "FontSize"), "10");
-  EXPECT_EQ(Text(doc, "/RepairOrder/CompanyInfo/TelNo"), "");
-  EXPECT_EQ(Text(doc, "/RepairOrder/CompanyInfo/FaxNo"), "Fax.#: () 555-0100");
-  EXPECT_EQ(Text(doc, "/RepairOrder/CompanyInfo/Name"), "");
+  const std::string expected =
+      "Messages/CustTX1Num/@Display=True\nMessages/CustTX1Num=EX-1\nMessages/CustTX2Num/@Display=False\n"
+      "Messages/CustTX2Num=EX-2\nInvoiceAdmin/InvTime/@Display=True\nItems/@dispPartNum=True\n"
+      "Messages/DefMsg/@Display=False\nMessages/DefMsg=.\nMessages/CustReq/@Display=False\n"
+      "Messages/NoteToCust/@Display=true\nMessages/PaidByMsg/@Display=true\nMessages/Disclaimer/"
+      "@Display=False\n"
+      "Messages/Disclaimer/@FontSize=10\nCompanyInfo/TelNo=\nCompanyInfo/FaxNo=Fax.#: () 555-0100\n"
+      "CompanyInfo/Name=\n";
+  EXPECT_EQ(ValuesAt(Load(100002, ""), expected), expected);
 
   // Without settings rows the document still comes, with empty texts and every flag off.
   Exec("delete from globalvars");
   Exec("delete from GlobalVars2");
-  const pugi::xml_document& bare = Load(100002, "");
-  EXPECT_EQ(Attr(bare, "/RepairOrder/InvoiceAdmin/InvTime", "Display"), "False");
-  EXPECT_EQ(Attr(bare, "/RepairOrder/Messages/Disclaimer", "FontSize"), "0");
-  EXPECT_EQ(Text(bare, "/RepairOrder/Messages/DefMsg"), "");
-  EXPECT_EQ(Text(bare, "/RepairOrder/CompanyInfo/Address"), "");
+  const std::string bare =
+      "InvoiceAdmin/InvTime/@Display=False\nMessages/Disclaimer/@FontSize=0\nMessages/DefMsg=\n"
+      "CompanyInfo/Address=\n";
+  EXPECT_EQ(ValuesAt(Load(100002, ""), bare), bare);
 }
 
 TEST_F(InvoiceDocumentTest, UnknownInvoiceNumberGivesNumberedErrorAndNoDocument) {

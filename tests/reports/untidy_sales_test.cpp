@@ -53,26 +53,30 @@ TEST(UntidySales, InvoiceListsAndAveragesCountCreditsWithTheirSign) {
       " from wopaymentadv inner join wo on wopaymentadv.id = wo.woid where trandate between "
       "'2024-03-01 00:00:00' and '2024-09-30 00:00:00'";
   EXPECT_EQ(payments.rows.size(), Count("select count(*)" + paid) + 1);
-  for (const auto& [column, type] : std::vector<std::pair<std::string, std::string>>{
-           {"Cash", "cdCASH"}, {"VISA", "cdVISA"}, {"AR", "A/R"}}) {
+  // Each method in its own column; dates as MM/dd/yyyy.
+  for (const auto& [column, type] :
+       std::vector<std::pair<std::string, std::string>>{{"Cash", "cdCASH"},
+                                                        {"Cheque", "cdCheque"},
+                                                        {"VISA", "cdVISA"},
+                                                        {"Master_Card", "cdMasterCard"},
+                                                        {"AMEX", "cdAmex"},
+                                                        {"Other_Card", "cdOtherCard"},
+                                                        {"Debit_Card", "cdDebitCard"},
+                                                        {"AR", "A/R"}}) {
     EXPECT_NEAR(TotalOf(payments, column), Sum("select sum(payment)" + paid + " and type = '" + type + "'"),
                 0.005)
         << column;
   }
+  EXPECT_EQ(Cell(payments.rows.front(), "Payment_Date").size(), 10u);
 }
 
-TEST(UntidySales, CarCountKindsAreCountsOfTheirInvoices) {
-  const ReportRun run = Report("CARCOUNT01", kPeriod);
-  ASSERT_EQ(run.status, "0");
-  auto count = [&](const std::string& kind) {
+// The kinds of the car count are the hand-made shop's test; here, what only untidy data shows.
+TEST(UntidySales, CarCountNewEmissionsAndCreditsOnBothRangeEnds) {
+  auto count = [](const ReportRun& run, const std::string& kind) {
     const std::vector<Row> rows = RowsWhere(run, "Invoice_Type", kind);
     EXPECT_EQ(rows.size(), 1u) << kind;
     return rows.empty() ? std::string() : Cell(rows[0], "Count");
   };
-  EXPECT_EQ(run.rows.size(), 8u);
-  EXPECT_EQ(count("Invoices"),
-            Value("select count(*) from wo where wodeleted <> 1 and invoiceid > 0 and" + kRange));
-  EXPECT_EQ(count("Credit Invoices"), Value("select count(*) from wo where credid <> 0 and" + kRange));
   // Lines of emission tests, each invoice once in the new count.
   const std::string emission =
       " from woparts inner join wo on woparts.invoiceid = wo.invoiceid where wo.invoiceid "
@@ -80,22 +84,14 @@ TEST(UntidySales, CarCountKindsAreCountsOfTheirInvoices) {
       "wodeleted <> 1 and" +
       kRange;
   EXPECT_GT(Count("select count(*)" + emission), 0u);
-  EXPECT_EQ(count("Emissions Test"), Value("select count(*)" + emission));
-  EXPECT_EQ(count("Emissions Test New"), Value("select count(distinct wo.invoiceid)" + emission));
-  EXPECT_EQ(count("Drive Clean"),
-            Value("select count(*) from woparts inner join wo on (wo.invoiceid = woparts.invoiceid and "
-                  "woparts.invoiceid <> 0) or (wo.credid = woparts.credid and woparts.credid <> 0) where "
-                  "description like '%DRIVE_CLEAN%' and wodeleted <> 1 and skip <> 'Yes' and" +
-                  kRange));
+  EXPECT_EQ(count(Report("CARCOUNT01", kPeriod), "Emissions Test New"),
+            Value("select count(distinct wo.invoiceid)" + emission));
 
   // Credit invoices on the first and the last day of a range both count.
-  const ReportRun edges = Report("CARCOUNT01", {"4/16/2024", "4/26/2024"});
-  const std::vector<Row> credits = RowsWhere(edges, "Invoice_Type", "Credit Invoices");
-  ASSERT_EQ(credits.size(), 1u);
   EXPECT_EQ(Count("select count(*) from wo where credid <> 0 and latestdate in ('2024-04-16 00:00:00', "
                   "'2024-04-26 00:00:00')"),
             2u);
-  EXPECT_EQ(Cell(credits[0], "Count"),
+  EXPECT_EQ(count(Report("CARCOUNT01", {"4/16/2024", "4/26/2024"}), "Credit Invoices"),
             Value("select count(*) from wo where credid <> 0 and latestdate between "
                   "'2024-04-16' and '2024-04-26 00:00:00'"));
 }
@@ -132,6 +128,7 @@ TEST(UntidySales, SalesByClassAddUpTheLinesOfEachClass) {
   }
 }
 
+// Margins, the order and the makes' ranking are the hand-made shop's tests; here, which invoices count.
 TEST(UntidySales, MarginsOfTheInvoicesAndOfTheMakes) {
   const ReportRun general = Report("GENMARG01", kPeriod);
   ASSERT_EQ(general.status, "0");
@@ -139,12 +136,6 @@ TEST(UntidySales, MarginsOfTheInvoicesAndOfTheMakes) {
   EXPECT_EQ(general.rows.size(), Count("select count(*)" + invoices) + 1);
   const double sales = Sum("select sum(screensubtotal)" + invoices);
   EXPECT_NEAR(TotalOf(general, "Total"), sales, 0.005);
-  // What the invoices cost, by the margin each one stored.
-  const double cost = Sum(
-      "select sum((screensubtotal - screenlevy) * (1 - ifnull(txtTotalPERmargin, 0) / 100.0))" + invoices);
-  EXPECT_NEAR(TotalOf(general, "Total_Margin"), 100 - cost / sales * 100, 0.01);
-  EXPECT_EQ(Cell(general.rows.front(), "Repair_Order"), Value("select ifnull(stateandnumber, '')" + invoices +
-                                                              " order by latestdate, invoiceid, credid"));
 
   const ReportRun makes = Report("PROFBYVEH01", kPeriod);
   ASSERT_EQ(makes.status, "0");
@@ -154,48 +145,25 @@ TEST(UntidySales, MarginsOfTheInvoicesAndOfTheMakes) {
       kRange;
   EXPECT_EQ(makes.rows.size(), Count("select count(*) from (select 1" + vehicles + " group by make)") + 1);
   EXPECT_NEAR(TotalOf(makes, "Sub_Total"), Sum("select sum(screensubtotal)" + vehicles), 0.005);
-  EXPECT_NEAR(TotalOf(makes, "Profit"), Sum("select sum(txtTotalDolMargin)" + vehicles), 0.005);
-  // The make with the best margin first.
-  EXPECT_EQ(Cell(makes.rows.front(), "Make"),
-            Value("select ifnull(make, '')" + vehicles +
-                  " group by make order by iif(sum(screensubtotal) = 0, 0, "
-                  "sum(txtTotalDolMargin) / sum(screensubtotal)) desc limit 1"));
 }
 
+// The thresholds, deleted invoices and old credits are the hand-made shop's test; here, the model
+// year of a vehicle that passes the other thresholds: that vehicle is not newer.
 TEST(UntidySales, LoyalCustomersPerVehicleOverTheirThresholds) {
   // Per vehicle: its owner's invoices of the range that are not deleted, and every credit invoice.
-  auto per_vehicle = [](const std::string& range) {
-    return "select wo.vehid, count(*) as n, sum(screensubtotal) as s, sum(screentotal) as t, vehicle.year as "
-           "y from "
-           "customer inner join wo on customer.cusid = wo.cusid inner join vehicle on wo.vehid = "
-           "vehicle.vehid and "
-           "wo.cusid = vehicle.cusid where (latestdate between " +
-           range +
-           " and wodeleted <> 1 and invoiceid > 0) or "
-           "credid <> 0 group by wo.vehid";
-  };
-  const std::string period = "'2024-03-01' and '2024-09-30 00:00:00'";
-  // The model year of one vehicle that passes the other thresholds: that vehicle is not newer.
-  const std::string year =
-      Value("select min(y) from (" + per_vehicle(period) + ") where n >= 2 and s >= 150");
+  const std::string per_vehicle =
+      "select wo.vehid, count(*) as n, sum(screensubtotal) as s, sum(screentotal) as t, vehicle.year as y "
+      "from customer inner join wo on customer.cusid = wo.cusid inner join vehicle on wo.vehid = "
+      "vehicle.vehid and wo.cusid = vehicle.cusid where (" +
+      kRange + " and wodeleted <> 1 and invoiceid > 0) or credid <> 0 group by wo.vehid";
+  const std::string year = Value("select min(y) from (" + per_vehicle + ") where n >= 2 and s >= 150");
   ASSERT_FALSE(year.empty());
-  struct Case {
-    std::vector<std::string> params;
-    std::string range;
-  };
-  const std::vector<Case> cases = {
-      {{"1/1/2023", "12/31/2025", "1", "0", "0"}, "'2023-01-01' and '2025-12-31 00:00:00'"},
-      {{kPeriod[0], kPeriod[1], "2", "150", year}, period},
-  };
-  for (const Case& c : cases) {
-    const ReportRun run = Report("LOYAL01", c.params);
-    ASSERT_EQ(run.status, "0");
-    const std::string loyal = " from (" + per_vehicle(c.range) + ") where n >= " + c.params[2] +
-                              " and s >= " + c.params[3] + " and y > " + c.params[4];
-    EXPECT_GT(Count("select count(*)" + loyal), 0u) << c.range;
-    EXPECT_EQ(run.rows.size(), Count("select count(*)" + loyal) + 1) << c.range;
-    EXPECT_NEAR(TotalOf(run, "Total"), Sum("select sum(t)" + loyal), 0.005) << c.range;
-  }
+  const ReportRun run = Report("LOYAL01", {kPeriod[0], kPeriod[1], "2", "150", year});
+  ASSERT_EQ(run.status, "0");
+  const std::string loyal = " from (" + per_vehicle + ") where n >= 2 and s >= 150 and y > " + year;
+  EXPECT_GT(Count("select count(*)" + loyal), 0u);
+  EXPECT_EQ(run.rows.size(), Count("select count(*)" + loyal) + 1);
+  EXPECT_NEAR(TotalOf(run, "Total"), Sum("select sum(t)" + loyal), 0.005);
 }
 
 // The oil-change job codes.
@@ -204,6 +172,7 @@ const std::string kOilChange =
     "'LUBSUM-HO', 'LUBFAL-HO', 'LUBWIN-HO', 'LUBSPR-HO', 'LUBE-HO', 'VIP1-HO', 'VIP2-HO', 'VIP3-HO', "
     "'VIP4-HO')";
 
+// The oil-change reminders are the hand-made shop's test; here, the postcards without an oil change.
 TEST(UntidySales, PostcardsGoToSolicitedCustomersWhoDidNotComeBack) {
   const std::vector<std::string> params = {"1/1/2024", "12/31/2024", "1/1/2025", "6/30/2025"};
   const std::string first = " wo.latestdate between '2024-01-01' and '2024-12-31 00:00:00'";
@@ -213,22 +182,6 @@ TEST(UntidySales, PostcardsGoToSolicitedCustomersWhoDidNotComeBack) {
       "on woparts.presetjobid = jobheader.jobid where wo.invoiceid <> 0 and wodeleted <> 1 "
       "and" +
       kOilChange;
-  const std::string came_back_for_oil = "select wo.vehid" + oil_lines + " and" + second;
-  ASSERT_GT(Count("select count(*) from (" + came_back_for_oil + ")"), 0u);
-
-  const ReportRun oil = Report("POSTCARDLOF01", params);
-  ASSERT_EQ(oil.status, "0");
-  const std::string reminders =
-      "select distinct company, fname, lname, street, city, postal, year, make, model, wo.latestdate, "
-      "jobnum, "
-      "vehicle.vehid from customer inner join wo on customer.cusid = wo.cusid inner join woparts on "
-      "woparts.woid = "
-      "wo.woid inner join vehicle on wo.vehid = vehicle.vehid inner join jobheader on woparts.presetjobid = "
-      "jobheader.jobid where chksolicit = 1 and wo.invoiceid <> 0 and wodeleted <> 1 and" +
-      first + " and" + kOilChange + " and vehicle.vehid not in (" + came_back_for_oil + ")";
-  EXPECT_GT(Count("select count(*) from (" + reminders + ")"), 0u);
-  EXPECT_EQ(oil.rows.size(), Count("select count(*) from (" + reminders + ")"));
-
   const ReportRun other = Report("POSTCARDNONLOF01", params);
   ASSERT_EQ(other.status, "0");
   const std::string visits =

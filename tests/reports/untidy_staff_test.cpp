@@ -1,6 +1,6 @@
 // Purchases, technicians and the invoice look-ups on the untidy shop against queries of our own:
-// the supplier purchases of a year, each technician's lines, and one invoice and one credit
-// invoice as documents.
+// the supplier purchases of a year, each technician's lines (their cost is the hand-made shop's
+// test), and one invoice and one credit invoice as documents.
 #include <gtest/gtest.h>
 
 #include <pugixml.hpp>
@@ -12,19 +12,16 @@ namespace {
 
 const std::string kYear = " between '2024-01-01 00:00:00' and '2024-12-31 00:00:00'";
 
-TEST(UntidyStaff, SupplierPurchasesOfTheYearPerSupplier) {
+TEST(UntidyStaff, SupplierPurchasesOfTheYearInCompanyOrder) {
   const ReportRun run = Report("TOTALSUPPURCH01", {"1/1/2024", "12/31/2024"});
   ASSERT_EQ(run.status, "0");
-  const std::vector<std::string> ids = Values("select supid from supplier order by company");
-  ASSERT_EQ(run.rows.size(), ids.size() + 1);
+  std::vector<std::string> suppliers = ColumnOf(run, "Supplier");
+  ASSERT_FALSE(suppliers.empty());
+  suppliers.pop_back();  // the total line
+  EXPECT_EQ(suppliers, Values("select ifnull(company, '') from supplier order by company"));
   double total = 0;
-  for (size_t i = 0; i < ids.size(); ++i) {
-    const double bought = Sum("select sum(purchase) from suph" + ids[i] + " where purchdate" + kYear);
-    total += bought;
-    EXPECT_EQ(Cell(run.rows[i], "Supplier"),
-              Value("select ifnull(company, '') from supplier where supid = " + ids[i]));
-    EXPECT_NEAR(Amount(Cell(run.rows[i], "Total_Purchases")), bought, 0.005) << ids[i];
-  }
+  for (const std::string& id : Values("select supid from supplier"))
+    total += Sum("select sum(purchase) from suph" + id + " where purchdate" + kYear);
   EXPECT_GT(total, 0);
   EXPECT_NEAR(TotalOf(run, "Total_Purchases"), total, 0.005);
 }
@@ -64,53 +61,15 @@ TEST(UntidyStaff, TechnicianPerformanceSumsEachTechniciansLines) {
                               " and mechuserid = ";
     double total = 0;
     for (size_t i = 0; i < ids.size(); ++i) {
-      const std::string own = lines + "'" + ids[i] + "'";
-      const double parts = Sum("select sum(totparts)" + own);
       const double figure =
-          Sum("select sum(levyItemAmount + totparts + labour + otherchgdo - disclab - discpart)" + own);
+          Sum("select sum(levyItemAmount + totparts + labour + otherchgdo - disclab - discpart)" + lines +
+              "'" + ids[i] + "'");
       total += figure;
-      EXPECT_NEAR(Amount(Cell(run.rows[i], "Total_Parts")), parts, 0.005) << ids[i];
       EXPECT_NEAR(Amount(Cell(run.rows[i], "Total")), figure, 0.005) << ids[i];
     }
     EXPECT_GT(total, 0);
     EXPECT_NEAR(TotalOf(run, "Total"), total, 0.005) << c.pending;
   }
-}
-
-TEST(UntidyStaff, TechnicianCostFromTheLinesAndFromTheClock) {
-  const std::vector<std::string> ids = Values(kTechnicians);
-  const std::string lines =
-      " from woparts, wo where wo.invoiceid = woparts.invoiceid and wo.credid = "
-      "woparts.credid and (woparts.invoiceid <> 0 or woparts.credid <> 0) and (presetpkg = 0 or "
-      "(presetpkg = 1 and presetheader = 1)) and wodeleted <> 1 and skip <> 'Yes' and latestdate" +
-      kYear + " and mechuserid = ";
-  const std::string pay = "sum(mechflatrateTot) + sum(MECHHOURLYTOT) + sum(mechlabtot) + sum(mechpartstot)";
-  const ReportRun from_lines = Report("TECHCOST01", {"1/1/2024", "12/31/2024", "false", "false", "false"});
-  const ReportRun from_clock = Report("TECHCOST01", {"1/1/2024", "12/31/2024", "false", "false", "true"});
-  ASSERT_EQ(from_lines.status, "0");
-  ASSERT_EQ(from_clock.status, "0");
-  ASSERT_EQ(from_lines.rows.size(), ids.size() + 1);
-  ASSERT_EQ(from_clock.rows.size(), ids.size() + 1);
-  double clocked_total = 0;
-  for (size_t i = 0; i < ids.size(); ++i) {
-    const std::string own = lines + "'" + ids[i] + "'";
-    EXPECT_NEAR(Amount(Cell(from_lines.rows[i], "Total_Hours")), Sum("select sum(hrs)" + own), 0.005)
-        << ids[i];
-    EXPECT_NEAR(Amount(Cell(from_lines.rows[i], "Total")), Sum("select " + pay + own), 0.005) << ids[i];
-    // The clock's hours on invoices of the year (never credit invoices, voided or deleted orders).
-    const std::string clocked =
-        " from wo inner join timeclock on wo.woid = timeclock.woid where chkvoid <> 1 and "
-        "invoiceid <> 0 and credid = 0 and wodeleted <> 1 and timeclock.userid = '" +
-        ids[i] + "' and latestdate" + kYear;
-    const double clock_pay = Sum("select sum(hrs * thehourlyrate)" + clocked);
-    clocked_total += clock_pay;
-    EXPECT_NEAR(Amount(Cell(from_clock.rows[i], "Total_Hours")), Sum("select sum(hrs)" + clocked), 0.005)
-        << ids[i];
-    EXPECT_NEAR(Amount(Cell(from_clock.rows[i], "Total")),
-                Sum("select " + pay + own) - Sum("select sum(MECHHOURLYTOT)" + own) + clock_pay, 0.005)
-        << ids[i];
-  }
-  EXPECT_GT(clocked_total, 0);
 }
 
 // One invoice's document: its lines (a credit's shown with the sign turned), totals and customer.
