@@ -123,12 +123,6 @@ TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
   EXPECT_EQ(Outcome(RecordOf("F2")), "NOSUCH | Prebuilt report not found. | refused 200 | failed");
   EXPECT_EQ(RecordOf("F2").post_detail, "False");
 
-  // Nobody listening: no HTTP status at all.
-  no.Stop();
-  Process(no_port, test::CodeRequest("AVGINV01", {"1/1/2024", "12/31/2024"}), "F3");
-  EXPECT_EQ(Outcome(RecordOf("F3")), "AVGINV01 | 0 | failed 0 | failed");
-  EXPECT_FALSE(RecordOf("F3").post_detail.empty());
-
   // The token cannot be created: nothing ran or was posted, and the record says why.
   std::ofstream(dir_.file("blocked")) << "a file where the token folder should be";
   run = Process(port, test::CodeRequest("AVGINV01"), "F4", {"--token-dir", dir_.file("blocked")});
