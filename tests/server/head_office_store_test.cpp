@@ -199,19 +199,16 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
   office.Start("127.0.0.1", 0);
   const std::string document(3 << 20, 'x');  // past the memory limit before the text breaks off
 
-  std::string cut = Envelope(document);
+  std::string cut = Envelope(document), other = Envelope(document);
   cut.resize(cut.size() - 40);
-  HttpResponse broken = PostTo(office, cut);
-  EXPECT_EQ(broken.status, 500);
-  EXPECT_NE(broken.body.find("The request is not an XML document."), std::string::npos) << broken.body;
-
-  std::string other = Envelope(document);
   other.replace(other.find("http://tempuri.org/\">"), 19, "urn:other");
-  HttpResponse wrong = PostTo(office, other);
-  EXPECT_EQ(wrong.status, 500);
-  EXPECT_NE(wrong.body.find("does not call sendReport in http://tempuri.org/"), std::string::npos)
-      << wrong.body;
-
+  for (const auto& [envelope, fault] :
+       {std::pair{cut, "The request is not an XML document."},
+        std::pair{other, "does not call sendReport in http://tempuri.org/"}}) {
+    const HttpResponse answer = PostTo(office, envelope);
+    EXPECT_EQ(answer.status, 500);
+    EXPECT_NE(answer.body.find(fault), std::string::npos) << answer.body;
+  }
   EXPECT_TRUE(office.Posts().empty());
   EXPECT_TRUE(test::FileNames(dir.file("posts")).empty());
 

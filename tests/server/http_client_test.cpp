@@ -345,39 +345,33 @@ TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthoriti
   const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
   WritePem(dir.file("service.key"), nullptr, key.get());
 
-  // GET / from a service with `certificate`: its body, or the failure.
-  auto fetch = [&](X509* certificate, std::string& url) {
-    WritePem(dir.file("service.pem"), certificate, nullptr);
+  // GET / from a service with `certificate`: its body, or why the service cannot be reached.
+  auto fetch = [&](const Certificate& certificate) {
+    WritePem(dir.file("service.pem"), certificate.get(), nullptr);
     httplib::SSLServer server(dir.file("service.pem").c_str(), dir.file("service.key").c_str());
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
       response.set_content("hello", "text/plain");
     });
     std::thread thread;
-    url = "https://127.0.0.1:" + std::to_string(StartServing(server, "127.0.0.1", 0, thread)) + "/";
+    const std::string url =
+        "https://127.0.0.1:" + std::to_string(StartServing(server, "127.0.0.1", 0, thread)) + "/";
     std::string body;
     const std::string failure = test::ErrorText([&] { body = HttpGet(url, {5, 5}).body; });
     server.stop();
     thread.join();
-    return failure.empty() ? body : failure;
+    const std::string unreachable = "The service at " + url + " cannot be reached: ";
+    return failure.rfind(unreachable, 0) == 0 ? failure.substr(unreachable.size()) : failure + body;
   };
-  std::string url;
-  const Certificate good = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}},
-                                 authority.get(), authority_key.get());
-  EXPECT_EQ(fetch(good.get(), url), "hello");
-
-  const Certificate own = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}});
-  const std::string self_signed = fetch(own.get(), url);
-  EXPECT_EQ(self_signed, "The service at " + url +
-                             " cannot be reached: its certificate is not trusted for 127.0.0.1 "
-                             "(self-signed certificate)");
-
+  const std::string untrusted = "its certificate is not trusted for 127.0.0.1 ";
+  EXPECT_EQ(fetch(Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}}, authority.get(),
+                        authority_key.get())),
+            "hello");
+  EXPECT_EQ(fetch(Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}})),
+            untrusted + "(self-signed certificate)");
   // The common name is the host, the alternative names are not: the certificate is not the host's.
-  const Certificate other = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "DNS:other.example"}},
-                                  authority.get(), authority_key.get());
-  const std::string misnamed = fetch(other.get(), url);
-  EXPECT_EQ(misnamed, "The service at " + url +
-                          " cannot be reached: its certificate is not trusted for 127.0.0.1 "
-                          "(IP address mismatch)");
+  EXPECT_EQ(fetch(Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "DNS:other.example"}},
+                        authority.get(), authority_key.get())),
+            untrusted + "(IP address mismatch)");
   unsetenv("SSL_CERT_FILE");
 }
 
