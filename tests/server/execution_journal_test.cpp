@@ -61,50 +61,35 @@ class ExecutionJournalTest : public ::testing::Test {
 };
 
 TEST_F(ExecutionJournalTest, EachRunLeavesOneRecordOfWhatWasPostedWithoutDebug) {
-  HeadOffice office(HeadOfficeOptions{});
+  HeadOfficeOptions storing;
+  storing.out_dir = dir_.file("posts");
+  HeadOffice office(storing);
   const int port = office.Start("127.0.0.1", 0);
   const auto before = std::chrono::system_clock::now();
   const std::vector<std::string> params = {"1/1/2024", "12/31/2024", "true", "true", "false"};
   const test::ProgramRun run = Process(port, test::CodeRequest("INVSUM01", params), "A1");
   ASSERT_EQ(run.exit_code, 0) << run.err;
   ASSERT_EQ(office.Posts().size(), 1u);
-  const std::string posted = office.Posts()[0].arguments.at(5).second;
 
   const ExecutionRecord r = RecordOf("A1");
   EXPECT_EQ(Outcome(r), "INVSUM01 | 0 | accepted 200");
   EXPECT_EQ(r.client, "12");
   EXPECT_EQ(r.params, params);
-  // The head office's XML parser turns the document's CR LF into LF, so it reads fewer bytes.
-  EXPECT_GE(r.document_bytes, static_cast<int64_t>(posted.size()));
-  // Rows: the z:row elements of the posted document.
-  size_t rows = 0;
-  for (size_t at = posted.find("<z:row"); at != std::string::npos; at = posted.find("<z:row", at + 1)) ++rows;
-  EXPECT_GT(rows, 0u);
-  EXPECT_EQ(r.rows, static_cast<int64_t>(rows));
+  EXPECT_EQ(r.document_bytes, static_cast<int64_t>(test::FileText(dir_.file("posts/0001.xml")).size()));
+  EXPECT_GT(r.rows, 0);
+  EXPECT_EQ(r.rows, office.Posts()[0].rows);
   const int64_t before_ms =
       std::chrono::duration_cast<std::chrono::milliseconds>(before.time_since_epoch()).count();
   EXPECT_GE(r.start_ms, before_ms);
   EXPECT_LT(r.start_ms, before_ms + 60000);
-  EXPECT_GT(r.read_ms, 0);
-  EXPECT_GT(r.build_ms, 0);
-  EXPECT_GT(r.post_ms, 0);
+  EXPECT_TRUE(r.read_ms > 0 && r.build_ms > 0 && r.post_ms > 0)
+      << r.read_ms << " " << r.build_ms << " " << r.post_ms;
   EXPECT_LE(r.read_ms + r.build_ms + r.post_ms, r.total_ms);
   // No debug log was written, and the program said what happened in one line.
   EXPECT_FALSE(std::filesystem::exists(dir_.file("log/A1.txt")));
   EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1) << run.out;
   EXPECT_NE(run.out.find("INVSUM01"), std::string::npos);
   EXPECT_NE(run.out.find("post=accepted http=200"), std::string::npos) << run.out;
-
-  // The bytes are those of the document text, as 'query' prints it for the same free SQL.
-  const std::string sql = "select top 30 cusid, company, city from customer order by cusid";
-  ASSERT_EQ(Process(port, test::SqlRequest(sql), "A3", {"--quiet"}).exit_code, 0);
-  const test::ProgramRun query = test::RunProgram(
-      {"query", "--connection", "Provider=SQLite;Data Source=" + test::SmallSampleShop(), "--sql", sql},
-      dir_.path().string());
-  const ExecutionRecord custom = RecordOf("A3");
-  EXPECT_EQ(custom.code, "custom");
-  EXPECT_EQ(custom.rows, 30);
-  EXPECT_EQ(custom.document_bytes, static_cast<int64_t>(query.out.size()));
 
   // No rows is an answer, not a failure (and a type written "2.0" is free SQL too).
   std::string none = test::SqlRequest("select cusid from customer where 1=0");
@@ -137,12 +122,6 @@ TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
   Process(no_port, test::CodeRequest("NOSUCH", {"x"}), "F2");
   EXPECT_EQ(Outcome(RecordOf("F2")), "NOSUCH | Prebuilt report not found. | refused 200 | failed");
   EXPECT_EQ(RecordOf("F2").post_detail, "False");
-
-  // Nobody listening: no HTTP status at all.
-  no.Stop();
-  Process(no_port, test::CodeRequest("AVGINV01", {"1/1/2024", "12/31/2024"}), "F3");
-  EXPECT_EQ(Outcome(RecordOf("F3")), "AVGINV01 | 0 | failed 0 | failed");
-  EXPECT_FALSE(RecordOf("F3").post_detail.empty());
 
   // The token cannot be created: nothing ran or was posted, and the record says why.
   std::ofstream(dir_.file("blocked")) << "a file where the token folder should be";
@@ -218,49 +197,37 @@ TEST_F(ExecutionJournalTest, TheJournalCommandFiltersAndOrders) {
   EXPECT_NE(none.err.find("no journal at"), std::string::npos);
 }
 
-TEST_F(ExecutionJournalTest, OldRecordsAgeOutAndAnUnwritableJournalIsReported) {
+TEST_F(ExecutionJournalTest, OldRecordsAgeOutTheLogStaysShortAndAnUnwritableJournalIsReported) {
   const int64_t now = std::chrono::duration_cast<std::chrono::milliseconds>(
                           std::chrono::system_clock::now().time_since_epoch())
                           .count();
   SetJournalPath(dir_.file("log/journal.db"));
   SetJournalRetentionDays(2);
-  ExecutionRecord old_one, recent, fresh;
-  old_one.start_ms = now - 3 * 86400000LL;
-  old_one.session = "old";
-  recent.start_ms = now - 1 * 86400000LL;
-  recent.session = "recent";
-  fresh.start_ms = now;
-  fresh.session = "fresh";
-  RecordExecution(old_one);
-  RecordExecution(recent);
-  RecordExecution(fresh);
+  ExecutionRecord record;
+  for (const auto& [session, days_ago] : {std::pair{"old", 3}, {"recent", 1}, {"fresh", 0}}) {
+    record.start_ms = now - days_ago * 86400000LL;
+    record.session = session;
+    RecordExecution(record);
+  }
   std::vector<std::string> kept;
   for (const ExecutionRecord& r : Records()) kept.push_back(r.session);
   EXPECT_EQ(kept, (std::vector<std::string>{"fresh", "recent"}));
 
-  // A journal that cannot be written loses the record but never fails the caller.
-  SetJournalPath(dir_.file("no-such-folder/journal.db"));
-  EXPECT_NO_THROW(RecordExecution(fresh));
-  SetJournalPath("");
-  SetJournalRetentionDays(30);
-}
-
-// Every process reads the whole log when it opens the journal, so the log must not grow to
-// SQLite's thousand pages between two copies into the file.
-TEST_F(ExecutionJournalTest, TheLogStaysShortAcrossManyRecords) {
-  SetJournalPath(dir_.file("log/journal.db"));
-  ExecutionRecord record;
-  record.start_ms = std::chrono::duration_cast<std::chrono::milliseconds>(
-                        std::chrono::system_clock::now().time_since_epoch())
-                        .count();
+  // Every process reads the whole log when it opens the journal, so the log must not grow to
+  // SQLite's thousand pages between two copies into the file.
   record.status = std::string(300, 's');
   for (int i = 0; i < 400; ++i) {
     record.session = std::to_string(i);
     RecordExecution(record);
   }
-  SetJournalPath("");
   EXPECT_EQ(Records().size(), 100u);
   EXPECT_LT(std::filesystem::file_size(dir_.file("log/journal.db-wal")), 600u * 1024);
+
+  // A journal that cannot be written loses the record but never fails the caller.
+  SetJournalPath(dir_.file("no-such-folder/journal.db"));
+  EXPECT_NO_THROW(RecordExecution(record));
+  SetJournalPath("");
+  SetJournalRetentionDays(30);
 }
 
 }  // namespace

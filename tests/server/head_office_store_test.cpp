@@ -44,15 +44,14 @@ std::string AsPugixmlReadsIt(const std::string& envelope) {
   return log;
 }
 
-std::string ReadInPieces(const std::string& envelope, size_t piece, bool& ok, std::string& error) {
+// What the reader reports of `envelope` fed in pieces of `piece` bytes, or "refused: " and why.
+std::string ReadInPieces(const std::string& envelope, size_t piece) {
   Recorder sink;
   SoapCallReader reader(sink);
-  ok = true;
+  bool ok = true;
   for (size_t at = 0; at < envelope.size() && ok; at += piece)
     ok = reader.Feed(std::string_view(envelope).substr(at, piece));
-  ok = ok && reader.Finish();
-  error = reader.error();
-  return sink.log;
+  return ok && reader.Finish() ? sink.log : "refused: " + reader.error();
 }
 
 TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
@@ -77,28 +76,18 @@ TEST(SoapCallReaderTest, ReadsWhatAnXmlParserReadsHoweverTheTextIsCut) {
       "</sendReport></Body><Body><other><b>2</b></other></Body></Envelope>";
   for (const std::string& text : {envelope, scoped, "\xEF\xBB\xBF" + scoped}) {
     const std::string expected = AsPugixmlReadsIt(text);
-    for (size_t piece : {text.size(), size_t{1}, size_t{2}, size_t{3}, size_t{7}, size_t{64}}) {
-      bool ok = false;
-      std::string error;
-      EXPECT_EQ(ReadInPieces(text, piece, ok, error), expected) << "pieces of " << piece;
-      EXPECT_TRUE(ok) << "pieces of " << piece << ": " << error;
-    }
+    for (size_t piece : {text.size(), size_t{1}, size_t{2}, size_t{3}, size_t{7}, size_t{64}})
+      EXPECT_EQ(ReadInPieces(text, piece), expected) << "pieces of " << piece;
   }
   // A first Body without a call means no call, whatever a later Body holds.
-  bool ok = false;
-  std::string error;
-  EXPECT_EQ(ReadInPieces("<Envelope><Body/><Body><sendReport><a>1</a></sendReport></Body></Envelope>", 8, ok,
-                         error),
+  EXPECT_EQ(ReadInPieces("<Envelope><Body/><Body><sendReport><a>1</a></sendReport></Body></Envelope>", 8),
             "");
-  EXPECT_TRUE(ok) << error;
 }
 
 TEST(SoapCallReaderTest, RefusesWhatIsNoWellFormedDocument) {
   const std::string call = "<s:Envelope xmlns:s='e'><s:Body><c xmlns='t'><a>x</a></c></s:Body></s:Envelope>";
-  bool ok = true;
-  std::string error;
-  ReadInPieces(call, 5, ok, error);
-  EXPECT_TRUE(ok) << error;
+  std::string deep;
+  for (int i = 0; i < 65; ++i) deep += "<d>";
   const std::pair<std::string, std::string> refused[] = {
       {"<!DOCTYPE x [<!ENTITY a 'b'>]>" + call, "document type"},
       {call.substr(0, call.size() - 5), "ends inside markup"},
@@ -111,18 +100,13 @@ TEST(SoapCallReaderTest, RefusesWhatIsNoWellFormedDocument) {
       {"<a b='1></a>", "ends inside markup"},
       {"", "no root element"},
       {"<a><![CDATA[never ends</a>", "inside a CDATA section"},
+      {deep, "nested deeper than 64"},
   };
   for (const auto& [text, why] : refused) {
-    ReadInPieces(text, 4, ok, error);
-    EXPECT_FALSE(ok) << text;
-    EXPECT_NE(error.find(why), std::string::npos) << text << " -> " << error;
+    const std::string read = ReadInPieces(text, 4);
+    EXPECT_TRUE(read.rfind("refused: ", 0) == 0 && read.find(why) != std::string::npos)
+        << text << " -> " << read;
   }
-
-  std::string deep;
-  for (int i = 0; i < 65; ++i) deep += "<d>";
-  ReadInPieces(deep, 4096, ok, error);
-  EXPECT_FALSE(ok);
-  EXPECT_NE(error.find("nested deeper than 64"), std::string::npos) << error;
 
   Recorder sink;
   SoapCallReader small_markup(sink, 64, 100);
@@ -194,8 +178,6 @@ TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
   EXPECT_EQ(PostTo(kept, envelope).status, 200);
 
   EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), document);
-  EXPECT_EQ(test::FileNames(dir.file("posts")),
-            (std::vector<std::string>{"0001.json", "0001.xml", "posts.txt"}));
   EXPECT_EQ(test::FileText(dir.file("posts/posts.txt")),
             "0001\ts9\t4\t0\t" + std::to_string(rows) + "\txml\n");
   EXPECT_NE(
@@ -203,12 +185,10 @@ TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
       std::string::npos);
   ASSERT_EQ(stored.Posts().size(), 1u);
   EXPECT_EQ(stored.Posts()[0].arguments.back().second, "");  // not also kept in memory
-  EXPECT_EQ(stored.Posts()[0].rows, rows);
 
   ASSERT_EQ(kept.Posts().size(), 1u);
   EXPECT_EQ(kept.Posts()[0].arguments.back().second, document);
   EXPECT_EQ(kept.Posts()[0].rows, rows);
-  EXPECT_EQ(kept.Posts()[0].arguments[2].second, "s9");
 }
 
 TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
@@ -219,19 +199,16 @@ TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
   office.Start("127.0.0.1", 0);
   const std::string document(3 << 20, 'x');  // past the memory limit before the text breaks off
 
-  std::string cut = Envelope(document);
+  std::string cut = Envelope(document), other = Envelope(document);
   cut.resize(cut.size() - 40);
-  HttpResponse broken = PostTo(office, cut);
-  EXPECT_EQ(broken.status, 500);
-  EXPECT_NE(broken.body.find("The request is not an XML document."), std::string::npos) << broken.body;
-
-  std::string other = Envelope(document);
   other.replace(other.find("http://tempuri.org/\">"), 19, "urn:other");
-  HttpResponse wrong = PostTo(office, other);
-  EXPECT_EQ(wrong.status, 500);
-  EXPECT_NE(wrong.body.find("does not call sendReport in http://tempuri.org/"), std::string::npos)
-      << wrong.body;
-
+  for (const auto& [envelope, fault] :
+       {std::pair{cut, "The request is not an XML document."},
+        std::pair{other, "does not call sendReport in http://tempuri.org/"}}) {
+    const HttpResponse answer = PostTo(office, envelope);
+    EXPECT_EQ(answer.status, 500);
+    EXPECT_NE(answer.body.find(fault), std::string::npos) << answer.body;
+  }
   EXPECT_TRUE(office.Posts().empty());
   EXPECT_TRUE(test::FileNames(dir.file("posts")).empty());
 

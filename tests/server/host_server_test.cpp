@@ -152,13 +152,11 @@ TEST_F(HostServerTest, BeyondTheQueueCallsAreTurnedAway) {
 }
 
 TEST_F(HostServerTest, ASecretGuardsEveryCallAndRemoteListeningNeedsOne) {
+  // Calls without the secret and with it are in ServeProcessTest.
   Serve(Settings(2, 2, "s3cret"));
-  EXPECT_EQ(HttpGet(Url("/health"), {5, 5}).status, 401);
   EXPECT_EQ(Post(Call("1", ""), 10, {"Authorization: Bearer wrong!"}).status, 401);
   EXPECT_EQ(HttpPost(Url("/health"), {"Authorization: Bearer s3cret"}, "", {5, 5}).status, 404);
-  EXPECT_EQ(Post(Call("1", test::SqlRequest("select 1 as one")), 10, {"Authorization: Bearer s3cret"}).status,
-            200);
-  EXPECT_EQ(office_.Posts().size(), 1u);
+  EXPECT_TRUE(office_.Posts().empty());
 
   EXPECT_THROW(HostServer(Settings(1, 1, "secret")).Start("0.0.0.0", 0), Error);
   EXPECT_THROW(HostServer(Settings(1, 1, "", true)).Start("0.0.0.0", 0), Error);

@@ -21,6 +21,7 @@
 #include <thread>
 
 #include "common/error.h"
+#include "common/version.h"
 #include "server/http_serving.h"
 #include "support/error_text.h"
 #include "support/server_loopback.h"
@@ -118,6 +119,12 @@ std::string Summary(const HttpResponse& answer) {
   return std::to_string(answer.status) + " " + answer.content_type + " " + answer.body;
 }
 
+// The head of a request the client sends to 127.0.0.1:`port`, with `lines` between its own.
+std::string Head(const std::string& line, int port, const std::string& lines = "") {
+  return line + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) + "\r\nUser-Agent: entprcreq/" +
+         ProgramVersion() + "\r\n" + lines + "Connection: close\r\n\r\n";
+}
+
 // Why a GET of `url` failed ("" when it did not).
 std::string GetFailure(const std::string& url, const HttpTimeouts& timeouts) {
   return test::ErrorText([&] { HttpGet(url, timeouts); });
@@ -157,11 +164,8 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
   const std::string at = "127.0.0.1:" + std::to_string(service.port());
   EXPECT_EQ(HttpGet("Http://" + at + "/a/b?x=1+2&y=%20#part", {5, 5}).status, 204);
   EXPECT_EQ(HttpGet("http://" + at + "?wsdl", {5, 5}).status, 204);
-  const std::vector<std::string> requests = service.requests();
-  ASSERT_EQ(requests.size(), 2u);
-  EXPECT_EQ(requests[0].rfind("GET /a/b?x=1+2&y=%20 HTTP/1.1\r\n", 0), 0u) << requests[0];
-  EXPECT_NE(requests[0].find("\r\nHost: " + at + "\r\n"), std::string::npos) << requests[0];
-  EXPECT_EQ(requests[1].rfind("GET /?wsdl HTTP/1.1\r\n", 0), 0u) << requests[1];
+  EXPECT_EQ(service.requests(), (std::vector<std::string>{Head("GET /a/b?x=1+2&y=%20", service.port()),
+                                                          Head("GET /?wsdl", service.port())}));
 }
 
 // A service that sends a little now and then keeps every read short of its own timeout; the whole
@@ -278,14 +282,10 @@ TEST(HttpClientTest, AStreamedBodyGoesWithItsLengthOrTheRequestFails) {
   PieceBody whole(300000, UINT64_MAX);
   EXPECT_EQ(HttpPostStream(url, {"Content-Type: text/xml"}, whole, {5, 10}).body, "ok");
   ASSERT_EQ(service.requests().size(), 1u);
-  const std::string request = service.requests()[0];
-  const std::string head = request.substr(0, request.find("\r\n\r\n") + 4);
-  EXPECT_NE(head.find("\r\nContent-Length: 300000\r\n"), std::string::npos) << head;
-  EXPECT_EQ(head.find("Transfer-Encoding"), std::string::npos) << head;
-  EXPECT_EQ(head.find("Expect"), std::string::npos) << head;
-  std::string sent(300000, ' ');
-  for (size_t i = 0; i < sent.size(); ++i) sent[i] = static_cast<char>('a' + i % 26);
-  EXPECT_TRUE(request.substr(head.size()) == sent);
+  std::string sent =
+      Head("POST /post", service.port(), "Content-Type: text/xml\r\nContent-Length: 300000\r\n");
+  for (size_t i = 0; i < 300000; ++i) sent += static_cast<char>('a' + i % 26);
+  EXPECT_TRUE(service.requests()[0] == sent) << service.requests()[0].substr(0, 300);
 
   PieceBody failing(300000, 100000);
   const std::string unread = test::ErrorText([&] { HttpPostStream(url, {}, failing, {5, 10}); });
@@ -296,14 +296,8 @@ TEST(HttpClientTest, AStreamedBodyGoesWithItsLengthOrTheRequestFails) {
                         "\" is not a line \"Name: value\".");
 }
 
-struct KeyFree {
-  void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-};
-struct CertificateFree {
-  void operator()(X509* certificate) const { X509_free(certificate); }
-};
-using Key = std::unique_ptr<EVP_PKEY, KeyFree>;
-using Certificate = std::unique_ptr<X509, CertificateFree>;
+using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
 
 // A certificate for `key` with the common name `name` and the extensions given, signed by the
 // authority `issuer` (with `issuer_key`), or by itself when there is none.
@@ -311,7 +305,7 @@ Certificate Issue(EVP_PKEY* key, const std::string& name,
                   const std::vector<std::pair<int, std::string>>& extensions, X509* issuer = nullptr,
                   EVP_PKEY* issuer_key = nullptr) {
   static long serial = 0;
-  Certificate made(X509_new());
+  Certificate made(X509_new(), X509_free);
   X509* c = made.get();
   X509_set_version(c, 2);
   ASN1_INTEGER_set(X509_get_serialNumber(c), ++serial);
@@ -341,49 +335,43 @@ void WritePem(const std::string& path, X509* certificate, EVP_PKEY* key) {
 
 TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthorities) {
   test::TempDir dir;
-  const Key authority_key(EVP_EC_gen("P-256"));
+  const Key authority_key(EVP_EC_gen("P-256"), EVP_PKEY_free);
   const Certificate authority =
       Issue(authority_key.get(), "Test Authority",
             {{NID_basic_constraints, "critical,CA:TRUE"}, {NID_key_usage, "keyCertSign"}});
   WritePem(dir.file("authorities.pem"), authority.get(), nullptr);
   // OpenSSL's default place for the system's authorities, moved to the test's own.
   setenv("SSL_CERT_FILE", dir.file("authorities.pem").c_str(), 1);
-  const Key key(EVP_EC_gen("P-256"));
+  const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
   WritePem(dir.file("service.key"), nullptr, key.get());
 
-  // GET / from a service with `certificate`: its body, or the failure.
-  auto fetch = [&](X509* certificate, std::string& url) {
-    WritePem(dir.file("service.pem"), certificate, nullptr);
+  // GET / from a service with `certificate`: its body, or why the service cannot be reached.
+  auto fetch = [&](const Certificate& certificate) {
+    WritePem(dir.file("service.pem"), certificate.get(), nullptr);
     httplib::SSLServer server(dir.file("service.pem").c_str(), dir.file("service.key").c_str());
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
       response.set_content("hello", "text/plain");
     });
     std::thread thread;
-    url = "https://127.0.0.1:" + std::to_string(StartServing(server, "127.0.0.1", 0, thread)) + "/";
+    const std::string url =
+        "https://127.0.0.1:" + std::to_string(StartServing(server, "127.0.0.1", 0, thread)) + "/";
     std::string body;
     const std::string failure = test::ErrorText([&] { body = HttpGet(url, {5, 5}).body; });
     server.stop();
     thread.join();
-    return failure.empty() ? body : failure;
+    const std::string unreachable = "The service at " + url + " cannot be reached: ";
+    return failure.rfind(unreachable, 0) == 0 ? failure.substr(unreachable.size()) : failure + body;
   };
-  std::string url;
-  const Certificate good = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}},
-                                 authority.get(), authority_key.get());
-  EXPECT_EQ(fetch(good.get(), url), "hello");
-
-  const Certificate own = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}});
-  const std::string self_signed = fetch(own.get(), url);
-  EXPECT_EQ(self_signed, "The service at " + url +
-                             " cannot be reached: its certificate is not trusted for 127.0.0.1 "
-                             "(self-signed certificate)");
-
+  const std::string untrusted = "its certificate is not trusted for 127.0.0.1 ";
+  EXPECT_EQ(fetch(Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}}, authority.get(),
+                        authority_key.get())),
+            "hello");
+  EXPECT_EQ(fetch(Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "IP:127.0.0.1"}})),
+            untrusted + "(self-signed certificate)");
   // The common name is the host, the alternative names are not: the certificate is not the host's.
-  const Certificate other = Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "DNS:other.example"}},
-                                  authority.get(), authority_key.get());
-  const std::string misnamed = fetch(other.get(), url);
-  EXPECT_EQ(misnamed, "The service at " + url +
-                          " cannot be reached: its certificate is not trusted for 127.0.0.1 "
-                          "(IP address mismatch)");
+  EXPECT_EQ(fetch(Issue(key.get(), "127.0.0.1", {{NID_subject_alt_name, "DNS:other.example"}},
+                        authority.get(), authority_key.get())),
+            untrusted + "(IP address mismatch)");
   unsetenv("SSL_CERT_FILE");
 }
 

@@ -5,12 +5,11 @@
 #include <fstream>
 #include <sstream>
 
-#include "common/error.h"
 #include "common/thread_values.h"
 #include "server/cls_process_request.h"
 #include "server/head_office.h"
 #include "server/token.h"
-#include "support/error_text.h"
+#include "support/program.h"
 #include "support/server_loopback.h"
 #include "support/temp_dir.h"
 #include "support/test_db.h"
@@ -20,7 +19,7 @@ namespace {
 
 std::string Request(const std::string& type, const std::string& name, const std::string& sql,
                     const std::string& extra = "") {
-  return "<report><type>" + type + "</type><clientid>12</clientid><sql>" + sql + "</sql><name>" + name +
+  return "<report><type>" + type + "</type><clientid>\n  12 </clientid><sql>" + sql + "</sql><name>" + name +
          "</name><params><reportItem/></params><sessionid>4711</sessionid>" + extra + "</report>";
 }
 
@@ -119,13 +118,15 @@ TEST_F(ProcessRequestTest, WhatReachesTheHeadOfficeInEachOutcome) {
   const std::string too_deep = "The request document is nested deeper than 256 elements.";
   const std::string not_xml = "The request document is not XML: ";
   const std::vector<Case> cases = {
-      {Request("2", "", "select * from customer where cusid = 0"), true, "No records found.", "4711"},
+      // Element texts are read without the white space around them.
+      {Request("\n 2\n", "", "\n  select * from customer where cusid = 0\n"), true, "No records found.",
+       "4711"},
       {Request("2", "", "select * from nosuch"), true, "no such table: nosuch", "4711"},
       // A long error text is cut to 250 characters.
       {Request("2", "", "select * from " + std::string(300, 't')), true,
        ("no such table: " + std::string(300, 't')).substr(0, 250), "4711"},
       {Request("1", "NOSUCHCODE", ""), true, "Prebuilt report not found.", "4711"},
-      {Request("1", "transreq", ""), true,
+      {Request("1", "\n  transreq\n", ""), true,
        "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.", "4711"},
       {Request("2", "", "select 1"), false, "Target location requires a database compact.", "99"},
       {Request("2", "", "select 1", "<DateProcessed>1/1/2020</DateProcessed>"), true, "", "99"},
@@ -154,29 +155,11 @@ TEST_F(ProcessRequestTest, WhatReachesTheHeadOfficeInEachOutcome) {
   EXPECT_EQ(Token(), 0);
 }
 
-TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEnd) {
-  Run(Request("2", "", "select cusid from customer"));
-  std::vector<std::string> log = Log("99");
-  ASSERT_FALSE(log.empty());
-  EXPECT_EQ(log.front(), "Start");
-  EXPECT_EQ(log.back(), "EXIT MAIN SUB");
-  EXPECT_NE(std::find(log.begin(), log.end(), "SOAP:RESP::True"), log.end());
-  EXPECT_NE(std::find(log.begin(), log.end(), "Dom Sent"), log.end());
-  // The post's own first line goes to the log of the request's session.
-  EXPECT_EQ(Log("4711"), std::vector<std::string>{"Starting: clsGenericReport"});
-
-  std::filesystem::remove(dir_.file("log/99.txt"));
-  Run("<report/>");
-  log = Log("99");
-  ASSERT_FALSE(log.empty());
-  EXPECT_EQ(log.back(), "ERROR: The request document has no //report/type element.");
-}
-
-TEST_F(ProcessRequestTest, FailedSendsAreLoggedAndTheRequestStillEnds) {
+// The host's session's log follows the request from start to end, whether the post went or failed.
+TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEndAndFailedSends) {
   auto contains = [](const std::vector<std::string>& log, const std::string& prefix) {
     return std::any_of(log.begin(), log.end(), [&](const std::string& l) { return l.rfind(prefix, 0) == 0; });
   };
-
   HeadOfficeOptions lower, refusing;
   lower.answer = "true";
   refusing.fault = "Unknown shop.";
@@ -186,18 +169,26 @@ TEST_F(ProcessRequestTest, FailedSendsAreLoggedAndTheRequestStillEnds) {
     HeadOffice gone{HeadOfficeOptions{}};
     closed_port = gone.Start("127.0.0.1", 0);
   }
-  for (const auto& [port, line] : std::vector<std::pair<int, std::string>>{
-           {lower_case.Start("127.0.0.1", 0), "SOAP:RESP::true"},
+  const std::string failed = "Report Sent Failed or Nothing to send";
+  for (const auto& [port, line, outcome] : std::vector<std::tuple<int, std::string, std::string>>{
+           {port_, "SOAP:RESP::True", "Dom Sent"},
+           {lower_case.Start("127.0.0.1", 0), "SOAP:RESP::true", failed},
            {faulting.Start("127.0.0.1", 0),
-            "SEND SOAP ERR:The service answered sendReport with a SOAP fault: Unknown shop."},
-           {closed_port, "SEND SOAP ERR:The service at http://127.0.0.1:" + std::to_string(closed_port)}}) {
+            "SEND SOAP ERR:The service answered sendReport with a SOAP fault: Unknown shop.", failed},
+           {closed_port, "SEND SOAP ERR:The service at http://127.0.0.1:" + std::to_string(closed_port),
+            failed}}) {
     Run(Request("2", "", "select 1 as one"), true, port);
     const std::vector<std::string> log = Log("99");
     std::filesystem::remove(dir_.file("log/99.txt"));
-    EXPECT_TRUE(contains(log, line)) << line;
-    EXPECT_TRUE(contains(log, "Report Sent Failed or Nothing to send")) << line;
-    EXPECT_EQ(log.back(), "EXIT MAIN SUB") << line;
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log.front() + " ... " + log.back(), "Start ... EXIT MAIN SUB") << line;
+    EXPECT_TRUE(contains(log, line) && contains(log, outcome)) << line << ", " << outcome;
   }
+  // The post's own first line goes to the log of the request's session, once for each run.
+  EXPECT_EQ(Log("4711"), std::vector<std::string>(4, "Starting: clsGenericReport"));
+
+  Run("<report/>");
+  EXPECT_EQ(Log("99").back(), "ERROR: The request document has no //report/type element.");
 }
 
 TEST_F(ProcessRequestTest, TheDatabaseInUseToken) {
@@ -207,49 +198,13 @@ TEST_F(ProcessRequestTest, TheDatabaseInUseToken) {
   EXPECT_EQ(args[4], "Database is in use by an administrator. Please try again later.");
   EXPECT_EQ(Token(), 1);
 
-  // Taken by the server and given back, on the normal path and on the failure path.
+  // Taken by the server and given back, on the failure path too.
   SetToken(0);
-  Run(Request("2", "", "select cusid from customer"));
-  EXPECT_EQ(Token(), 0);
   args = Values(Run("<report><type>2</type><clientid>1</clientid><sql>select 1</sql></report>"));
   EXPECT_EQ(args[4], "The request document has no //report/name element.");
   EXPECT_EQ(Token(), 0);
   const std::vector<std::string> log = Log("99");
   EXPECT_NE(std::find(log.begin(), log.end(), "Setting DB in use by server."), log.end());
-}
-
-TEST_F(ProcessRequestTest, ATokenThatCannotBeCreatedStopsEverything) {
-  std::ofstream(dir_.file("not-a-dir")) << "x";
-  clsProcessRequest request;
-  request.set_bDebug(true);
-  request.SessionID = "99";
-  request.HostAddress = "127.0.0.1";
-  request.HostPort = std::to_string(port_);
-  request.set_TokenDirectory(dir_.file("not-a-dir"));
-  request.setDomDocument(Request("2", "", "select 1"));
-  const std::string failure = test::ErrorText([&] { request.prepareDBReport(); });
-  EXPECT_EQ(failure.rfind("the token component cannot be created: ", 0), 0u) << failure;
-  EXPECT_FALSE(request.KillFlag);
-  EXPECT_TRUE(office_.Posts().empty());
-  EXPECT_FALSE(std::filesystem::exists(dir_.file("log/99.txt")));
-}
-
-TEST_F(ProcessRequestTest, ElementTextsAreReadWithoutTheWhiteSpaceAroundThem) {
-  const std::string request =
-      "<report>\n  <type>\n    2\n  </type>\n  <clientid> 12 </clientid>\n"
-      "  <sql>\n    select cusid from customer where cusid = 1\n  </sql>\n  <name>\n  </name>\n"
-      "  <params><reportItem/></params>\n  <sessionid>\n    4711\n  </sessionid>\n</report>\n";
-  std::vector<std::string> args = Values(Run(request));
-  ASSERT_EQ(args.size(), 6u);
-  EXPECT_EQ(args[2], "4711");
-  EXPECT_EQ(args[4], "0");
-
-  // A report code on a line of its own is still found (it fails later, on this database's tables).
-  args =
-      Values(Run("<report><type>1</type><clientid>1</clientid><name>\n  ENTCUSTSRCH\n</name>"
-                 "<params><reportItem/></params><sessionid>1</sessionid></report>"));
-  ASSERT_EQ(args.size(), 6u);
-  EXPECT_EQ(args[4].find("Prebuilt report not found."), std::string::npos) << args[4];
 }
 
 TEST_F(ProcessRequestTest, SessionIdentifiersAndPasswordsDoNotEscapeIntoTheFileSystemOrTheLog) {
@@ -268,6 +223,51 @@ TEST_F(ProcessRequestTest, SessionIdentifiersAndPasswordsDoNotEscapeIntoTheFileS
   const std::vector<std::string> log = Log("..%2Fhost");
   EXPECT_NE(std::find(log.begin(), log.end(), "Starting getCustomRS"), log.end());
   for (const std::string& line : log) EXPECT_EQ(line.find("hunter2"), std::string::npos) << line;
+}
+
+// The document of a free SQL text travels from the database to the head office as the writer wrote
+// it: what `entprcreq query` prints is what the head office stores, byte for byte.
+TEST_F(ProcessRequestTest, TheHeadOfficeStoresExactlyWhatQueryPrints) {
+  // Values that test every escape on the way: markup characters and quotes, CR LF inside a value,
+  // non-ASCII text, a null, money and dates, and rows long enough to wrap.
+  std::string rows =
+      "create table part (id int primary key, descr varchar(200), price money, sold datetime, note text);"
+      "insert into part values (1, 'Nuts & <bolts> \"M8\" O''Ring', 12.5, '2024-03-01 10:20:30', "
+      "'line one' || char(13) || char(10) || 'line two');"
+      "insert into part values (2, 'Bremsbeläge vorn', 0.1, null, null);";
+  for (int i = 3; i <= 1400; ++i)  // over 256 kB: read and sent in several pieces
+    rows += "insert into part values (" + std::to_string(i) + ", '" + std::string(120, 'x') + "', " +
+            std::to_string(i) + ".25, '2024-01-02', 'n" + std::to_string(i) + "');";
+  db_.Exec("begin;" + rows + "commit;");
+  HeadOfficeOptions storing;
+  storing.out_dir = dir_.file("posts");
+  HeadOffice office(storing);
+  const int port = office.Start("127.0.0.1", 0);
+
+  const std::string sql = "select * from part order by id";
+  const std::string printed =
+      test::RunProgram({"query", "--connection", db_.connection_string(), "--sql", sql}, dir_.path().string())
+          .out;
+  ASSERT_EQ(printed.rfind("<xml ", 0), 0u) << printed;
+  Run(Request("2", "", sql), true, port);
+  ASSERT_EQ(office.Posts().size(), 1u);
+  EXPECT_EQ(Values(office.Posts()[0])[4] + " " + std::to_string(office.Posts()[0].rows) + " " +
+                office.Posts()[0].document_root,
+            "0 1400 xml");
+  const std::string received = test::FileText(dir_.file("posts/0001.xml"));
+  EXPECT_TRUE(received == printed) << "the posted document differs from the printed one";
+  // The writer's own form came through: its escapes, the CR LF inside a value, non-ASCII as UTF-8.
+  for (const char* part : {"descr='Nuts &#x26; &#x3c;bolts&#x3e; &#x22;M8&#x22; O&#x27;Ring'",
+                           "note='line one\r\nline two'", "Bremsbeläge vorn",
+                           // A wrapped row: its continuation line starts with two tabs and a blank.
+                           "\r\n\t\t price='3.25'"})
+    EXPECT_NE(received.find(part), std::string::npos) << part;
+
+  // A failure from the database after many rows have been written is posted as the status.
+  Run(Request("2", "", "select * from part where id &lt; 300 or abs(-9223372036854775807 + 299 - id) &gt; 0"),
+      true, port);
+  ASSERT_EQ(office.Posts().size(), 2u);
+  EXPECT_EQ(Values(office.Posts()[1])[4], "integer overflow");
 }
 
 }  // namespace

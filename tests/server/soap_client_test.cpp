@@ -65,26 +65,19 @@ std::string Failure(SoapClient& client, const std::vector<std::string>& args = k
   return test::ErrorText([&] { client.Call(operation, args); });
 }
 
-TEST(SoapClientTest, PostsTheArgumentsInOrderAndStoresThem) {
+// Nothing is built in: a service with another namespace, address and parameter names is called
+// the way its WSDL describes it.
+TEST(SoapClientTest, CallsTheServiceTheWayItsWsdlDescribesIt) {
   test::TempDir dir;
   HeadOfficeOptions options;
   options.out_dir = dir.file("posts");
+  options.target_namespace = "urn:example:headoffice";
+  options.service_path = "/elsewhere/reports.svc";
+  options.parameters = {"shop", "secret", "session", "client", "status", "document"};
   HeadOffice office(options);
   office.Start("127.0.0.1", 0);
   SoapClient client({5, 10});
   client.Init(office.WsdlUrl());
-  EXPECT_EQ(client.Call("sendReport", kSix), "True");
-
-  auto posts = office.Posts();
-  ASSERT_EQ(posts.size(), 1u);
-  EXPECT_EQ(posts[0].soap_action, "http://tempuri.org/sendReport");
-  ASSERT_EQ(posts[0].arguments.size(), 6u);
-  for (size_t i = 0; i < 6; ++i) EXPECT_EQ(posts[0].arguments[i].first, options.parameters[i]);
-  for (size_t i = 0; i < 5; ++i) EXPECT_EQ(posts[0].arguments[i].second, kSix[i]);
-  EXPECT_EQ(posts[0].arguments[5].second, "");  // the document is in its file
-
-  EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), kSix[5]);
-  EXPECT_EQ(test::FileText(dir.file("posts/posts.txt")), "0001\tS1\t7\t0\t0\txml\n");
 
   // The document is escaped piece by piece into the sender's buffer: references that straddle two
   // pieces or two writes, CR LF, UTF-8 next to markup and runs of every length arrive as they were.
@@ -96,56 +89,19 @@ TEST(SoapClientTest, PostsTheArgumentsInOrderAndStoresThem) {
   std::vector<std::string> args = kSix;
   args.back() = document;
   EXPECT_EQ(client.Call("sendReport", args), "True");
-  EXPECT_TRUE(test::FileText(dir.file("posts/0002.xml")) == document) << "the stored document differs";
-}
-
-// Nothing is built in: a service with another namespace, address and parameter names is called
-// the way its WSDL describes it.
-TEST(SoapClientTest, FollowsWhatTheWsdlSays) {
-  HeadOfficeOptions options;
-  options.target_namespace = "urn:example:headoffice";
-  options.service_path = "/elsewhere/reports.svc";
-  options.parameters = {"shop", "secret", "session", "client", "status", "document"};
-  options.answer = "True";
-  HeadOffice office(options);
-  office.Start("127.0.0.1", 0);
-  SoapClient client({5, 10});
-  client.Init(office.WsdlUrl());
-  EXPECT_EQ(client.Call("sendReport", kSix), "True");
-  auto posts = office.Posts();
+  const auto posts = office.Posts();
   ASSERT_EQ(posts.size(), 1u);
-  EXPECT_EQ(posts[0].soap_action, "urn:example:headoffice/sendReport");
-  EXPECT_EQ(posts[0].arguments[0].first, "shop");
-  EXPECT_EQ(posts[0].arguments[5].second, kSix[5]);
-}
+  std::string arguments = posts[0].soap_action;
+  for (const auto& [name, value] : posts[0].arguments) arguments += " " + name + "=" + value;
+  EXPECT_EQ(arguments,
+            "urn:example:headoffice/sendReport shop=guid secret=code session=S1 client=7 status=0 "
+            "document=");  // the document is in its file
+  EXPECT_TRUE(test::FileText(dir.file("posts/0001.xml")) == document) << "the stored document differs";
 
-TEST(SoapClientTest, FailuresHaveClearDescriptions) {
-  HeadOfficeOptions faulty;
-  faulty.fault = "Shop is not registered.";
-  HeadOffice office(faulty);
-  office.Start("127.0.0.1", 0);
-  SoapClient client({5, 10});
-  client.Init(office.WsdlUrl());
-  EXPECT_EQ(Failure(client),
-            "The service answered sendReport with a SOAP fault: Shop is not registered. (soap:Server)");
   EXPECT_EQ(Failure(client, {"too", "few"}), "The operation sendReport takes 6 arguments; 2 were given.");
   EXPECT_NE(Failure(client, kSix, "deleteEverything").find("deleteEverything"), std::string::npos);
-
   SoapClient uninitialised({5, 10});
   EXPECT_EQ(Failure(uninitialised), "The SOAP client was not initialised from a WSDL.");
-
-  // A port where nothing listens any more.
-  std::string closed_url;
-  {
-    HeadOffice gone{HeadOfficeOptions{}};
-    gone.Start("127.0.0.1", 0);
-    closed_url = gone.WsdlUrl();
-  }
-  const std::string closed = InitFailure(closed_url, {2, 5});
-  EXPECT_EQ(closed.rfind("The service at " + closed_url + " cannot be reached: ", 0), 0u) << closed;
-  // A page that is not a WSDL.
-  EXPECT_NE(InitFailure(closed_url.substr(0, closed_url.find('?')), {2, 5}).find("cannot be"),
-            std::string::npos);
 }
 
 TEST(SoapClientTest, ASilentServiceTimesOut) {
@@ -168,9 +124,7 @@ TEST(SoapClientTest, PostsGoOnlyByHttpToTheHostTheWsdlCameFrom) {
   const std::string other_host = "posts go only to the configured host 127.0.0.1.";
   for (const auto& [address, reason] : std::vector<std::pair<std::string, std::string>>{
            {"gopher://" + at + "/_PING%0D%0A", any_scheme},
-           {"dict://" + at + "/info", any_scheme},
            {"file:///etc/passwd", any_scheme},
-           {"ftp://" + at + "/", any_scheme},
            {"httpx://" + at + "/EntHost/service.asmx", any_scheme},
            {"//" + at + "/EntHost/service.asmx", any_scheme},
            {"http://127.0.0.2:" + port + "/EntHost/service.asmx", other_host},
@@ -191,47 +145,20 @@ TEST(SoapClientTest, PostsGoOnlyByHttpToTheHostTheWsdlCameFrom) {
   client.Init(moved.Url());
   EXPECT_EQ(client.Call("sendReport", kSix), "True");
   EXPECT_EQ(office.Posts().size(), 1u);
-
-  // The WSDL itself is fetched by http(s) only.
-  test::TempDir dir;
-  std::ofstream(dir.file("service.wsdl"))
-      << WsdlWithAddress(office, "http://" + at + "/EntHost/service.asmx");
-  const std::string local = "file://" + dir.file("service.wsdl");
-  EXPECT_EQ(InitFailure(local),
-            "The address " + local + " is refused: only http:// and https:// addresses are used.");
 }
 
 TEST(SoapClientTest, AnswersLongerThanTheCapAreRefused) {
-  const size_t cap = SoapOptions{}.max_answer_bytes;
-  // A WSDL over the cap, announced with its length and sent in chunks without one.
-  HeadOfficeOptions huge_wsdl;
-  huge_wsdl.parameters.back() = std::string(cap, 'p');
-  HeadOffice office(huge_wsdl);
-  office.Start("127.0.0.1", 0);
-  EXPECT_EQ(InitFailure(office.WsdlUrl()), "The answer of the service at " + office.WsdlUrl() +
-                                               " is longer than " + std::to_string(cap) +
-                                               " bytes; it is refused.");
-  TextServer chunked(std::string(cap + 1, ' '));
-  EXPECT_EQ(InitFailure(chunked.Url()), "The answer of the service at " + chunked.Url() + " is longer than " +
-                                            std::to_string(cap) + " bytes; it is refused.");
-
-  // An answer to sendReport over the cap.
-  HeadOfficeOptions huge_answer;
-  huge_answer.answer = std::string(cap, 'T');
-  HeadOffice answering(huge_answer);
-  answering.Start("127.0.0.1", 0);
-  SoapClient client({5, 10});
-  client.Init(answering.WsdlUrl());
-  EXPECT_NE(Failure(client).find(" bytes; it is refused."), std::string::npos);
-
-  // The cap is the largest size taken, both ways of sending.
+  // The cap is the largest size taken, whether the answer is announced with its length or sent in
+  // chunks without one.
   HeadOffice plain{HeadOfficeOptions{}};
   plain.Start("127.0.0.1", 0);
   const std::string wsdl = HttpGet(plain.WsdlUrl(), {}).body;
   TextServer same(wsdl);
   for (const std::string& url : {plain.WsdlUrl(), same.Url()}) {
     EXPECT_EQ(InitFailure(url, {5, 10, wsdl.size()}), "") << url;
-    EXPECT_NE(InitFailure(url, {5, 10, wsdl.size() - 1}), "") << url;
+    EXPECT_EQ(InitFailure(url, {5, 10, wsdl.size() - 1}),
+              "The answer of the service at " + url + " is longer than " + std::to_string(wsdl.size() - 1) +
+                  " bytes; it is refused.");
   }
 }
 

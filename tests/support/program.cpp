@@ -105,6 +105,16 @@ int BackgroundProgram::Stop() {
   return code;
 }
 
+int BackgroundProgram::StopWithin(int seconds) {
+  kill(pid_, SIGTERM);
+  int status = 0;
+  pid_t ended = 0;
+  for (int i = 0; i <= seconds * 10 && (ended = waitpid(pid_, &status, WNOHANG)) == 0; ++i) usleep(100000);
+  if (ended != pid_) return -1;  // the destructor kills it
+  pid_ = -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 std::string ShellOutput(const std::string& command) {
   std::string out;
   std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);

@@ -33,6 +33,8 @@ class BackgroundProgram {
   std::string Err() const;
   // Sends SIGTERM and waits; returns the exit code.
   int Stop();
+  // The same, waiting at most `seconds`: a program still running then is killed, and -1 returned.
+  int StopWithin(int seconds);
 
  private:
   pid_t pid_ = -1;
