@@ -183,8 +183,12 @@ int HostServer::Start(const std::string& host, int port) {
     if (!s.Authorised(request, response)) return;
     response.set_content(ProcessMetrics().Text(s.admission.Counts()), "text/plain; version=0.0.4");
   });
-  s.server.set_logger([&s](const httplib::Request& request, const httplib::Response& response) {
+  // Counted before the answer is written, so a caller that reads /metrics after its answer sees it
+  // (the logger runs only once the answer has gone).
+  s.server.set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
     ProcessMetrics().ObserveHttpStatus(response.status);
+  });
+  s.server.set_logger([&s](const httplib::Request& request, const httplib::Response& response) {
     if (s.options.log_calls && response.status >= 400)
       std::cerr << "HTTP " << response.status << " " << request.method << " " << request.path << ": "
                 << response.body.substr(0, response.body.find('\n')) << std::endl;
