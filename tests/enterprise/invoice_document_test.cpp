@@ -36,12 +36,6 @@ std::string Raw(const pugi::xml_node& node) {
   return out.str();
 }
 
-std::vector<std::string> AttributeNames(const pugi::xml_node& node) {
-  std::vector<std::string> names;
-  for (pugi::xml_attribute a : node.attributes()) names.push_back(a.name());
-  return names;
-}
-
 std::string Text(const pugi::xml_document& doc, const char* path) {
   return doc.select_node(path).node().text().get();
 }
@@ -179,53 +173,6 @@ TEST_F(InvoiceDocumentTest, CreditInvoiceNegatesLinesAndHasNoWorkOrderOrPayments
 
   // Only "Cr" exactly asks for a credit: "cr" looks for an invoice number, which this is not.
   EXPECT_FALSE(Generate(std::stoi(credit), "cr").doc);
-}
-
-TEST_F(InvoiceDocumentTest, NoLinesUnknownCustomerAndNoVehicle) {
-  Exec("delete from woparts where invoiceid = 100002");
-  Exec("update wo set cusid = 99999, vehid = 0 where invoiceid = 100002");
-  Exec("delete from wopaymentadv where id = 2");
-  const pugi::xml_document& doc = Load(100002, "");
-  pugi::xml_node items = doc.select_node("/RepairOrder/Items").node();
-  EXPECT_EQ(AttributeNames(items), (std::vector<std::string>{"dispOKNEEDSKIP", "dispPartNum"}));
-  EXPECT_TRUE(items.first_child().empty());
-  for (pugi::xml_node field : doc.child("RepairOrder").child("Customer").children())
-    EXPECT_STREQ(field.text().get(), "") << field.name();
-  for (pugi::xml_node field : doc.child("RepairOrder").child("Vehicle").children()) {
-    if (std::string(field.name()) == "Odo") continue;
-    EXPECT_STREQ(field.text().get(), "") << field.name();
-  }
-  EXPECT_EQ(Text(doc, "/RepairOrder/Vehicle/Odo"), "27324");
-  EXPECT_TRUE(doc.select_node("/RepairOrder/Messages/PaidByMsg").node().child("PayDetails").empty());
-  EXPECT_EQ(Text(doc, "/RepairOrder/Messages/PaidByMsg"), "Paid By:...");
-}
-
-TEST_F(InvoiceDocumentTest, DisplayFlagsAndShopSettings) {
-  Exec(
-      "update globalvars set chkInvPrintCustTX1num = 1, chkInvPrintCustTX2num = -1, ChkPrintInvoiceTIme = 2, "
-      "chkINVPrintPartNumbers = 1, INVOICEchkdispcomments = 0, wochkprintcustomerrequests = 3, "
-      "INVOICEchkdispdisclaimer = 0, InvDisclaimerFontSize = 10, INVOICEdefnote = null, COMPaftel = null, "
-      "COMPftel = '555-0100'");
-  Exec("update GlobalVars2 set COMPaHtel = ' ', COMPhTel = null");
-  Exec("update customer set tx1exempt = 'EX-1', tx2exempt = 'EX-2' where cusid = 6");
-  Exec("delete from machine");
-  const std::string expected =
-      "Messages/CustTX1Num/@Display=True\nMessages/CustTX1Num=EX-1\nMessages/CustTX2Num/@Display=False\n"
-      "Messages/CustTX2Num=EX-2\nInvoiceAdmin/InvTime/@Display=True\nItems/@dispPartNum=True\n"
-      "Messages/DefMsg/@Display=False\nMessages/DefMsg=.\nMessages/CustReq/@Display=False\n"
-      "Messages/NoteToCust/@Display=true\nMessages/PaidByMsg/@Display=true\nMessages/Disclaimer/"
-      "@Display=False\n"
-      "Messages/Disclaimer/@FontSize=10\nCompanyInfo/TelNo=\nCompanyInfo/FaxNo=Fax.#: () 555-0100\n"
-      "CompanyInfo/Name=\n";
-  EXPECT_EQ(ValuesAt(Load(100002, ""), expected), expected);
-
-  // Without settings rows the document still comes, with empty texts and every flag off.
-  Exec("delete from globalvars");
-  Exec("delete from GlobalVars2");
-  const std::string bare =
-      "InvoiceAdmin/InvTime/@Display=False\nMessages/Disclaimer/@FontSize=0\nMessages/DefMsg=\n"
-      "CompanyInfo/Address=\n";
-  EXPECT_EQ(ValuesAt(Load(100002, ""), bare), bare);
 }
 
 TEST_F(InvoiceDocumentTest, UnknownInvoiceNumberGivesNumberedErrorAndNoDocument) {

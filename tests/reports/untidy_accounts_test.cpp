@@ -46,14 +46,6 @@ TEST(UntidyAccounts, BalanceSheetSectionsAreTheLedgersSums) {
               -Sum("select sum(amt) from ChartOfAccountsGLPOSTINGTABLE where chid = 10 and " + as_of), 0.005);
 }
 
-// The payables' and receivables' figures are the hand-made books' tests; here, the untidy names.
-TEST(UntidyAccounts, PayablesListASupplierWithoutANameFirstAndAFullWidthNameWhole) {
-  const ReportRun run = Report("AP01", {"6/30/2023"});
-  ASSERT_EQ(run.status, "0");
-  EXPECT_EQ(Cell(run.rows.front(), "Company"), "");
-  EXPECT_EQ(RowsWhere(run, "Company", Value("select company from supplier where supid = 2")).size(), 1u);
-}
-
 TEST(UntidyAccounts, ReceivablesLeaveOutAnInvoiceDatedAfterTheEndDay) {
   // The invoice still owed at the end of 2024 that owes the most, dated into the next year on a copy.
   const std::string invoice = Value(

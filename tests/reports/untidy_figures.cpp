@@ -70,10 +70,4 @@ std::vector<Row> RowsWhere(const ReportRun& run, const std::string& column, cons
   return rows;
 }
 
-double SumAbove(const ReportRun& run, const std::string& column) {
-  double sum = 0;
-  for (size_t i = 0; i + 1 < run.rows.size(); ++i) sum += Amount(Cell(run.rows[i], column));
-  return sum;
-}
-
 }  // namespace ent::test::untidy

@@ -31,7 +31,5 @@ std::string Cell(const Row& row, const std::string& column);
 double TotalOf(const ReportRun& run, const std::string& column);
 // The rows whose `column` reads `value`.
 std::vector<Row> RowsWhere(const ReportRun& run, const std::string& column, const std::string& value);
-// The sum of the amounts of a column over the rows before the last (the total line).
-double SumAbove(const ReportRun& run, const std::string& column);
 
 }  // namespace ent::test::untidy

@@ -11,37 +11,6 @@
 namespace ent::test::untidy {
 namespace {
 
-TEST(UntidyShop, HoldsTheUntidinessItPromises) {
-  for (const char* rows : {"customer where company is null", "customer where length(company) = 60",
-                           "inventory where description is null", "inventory where length(description) = 100",
-                           "wo where length(summary) = 255 and invoiceid <> 0",
-                           "SalesClassInventoryIndexPricing where salesclass = 'UNCLASSIFIED'",
-                           "woparts where salesclass = '' and (invoiceid <> 0 or credid <> 0)",
-                           "wo where credid <> 0", "wo where wodeleted = 1 and invoiceid <> 0",
-                           "wo where invoiceid <> 0 and latestdate like '%23:59:59'"})
-    EXPECT_GT(Count(std::string("select count(*) from ") + rows), 0u) << rows;
-  EXPECT_EQ(Count("select count(*) from SalesClassInventoryIndexPricing where salesclass is null"), 1u);
-  EXPECT_EQ(Value("select sum(qty) from woparts inner join inventory on invinvid = invid where partnum = "
-                  "'RETURNED-IN-FULL'"),
-            "0.0");
-}
-
-TEST(UntidyShop, NullsReadAsEmptyTextInPartsGrossProfit) {
-  const ReportRun gross = Report("PARTGP01", {"1/1/2024", "12/31/2024"});
-  ASSERT_EQ(gross.status, "0");
-  const std::string lines =
-      " from woparts inner join wo on woparts.credid = wo.credid and woparts.woid = wo.woid where "
-      "wo.latestdate between '2024-01-01 00:00:00' and '2024-12-31 00:00:00' and woparts.skip <> 'Yes' and "
-      "not "
-      "(presetpkg = 1 and presetheader = 0) and ((wo.invoiceid <> 0 and woparts.invcost > 0) or wo.credid <> "
-      "0)";
-  ASSERT_EQ(gross.rows.size(), Count("select count(*)" + lines) + 1);
-  EXPECT_NEAR(Amount(gross.rows.back().at("Total_Parts")), Sum("select sum(totparts)" + lines), 0.005);
-  const auto descriptions = ColumnOf(gross, "Part_Description");
-  EXPECT_EQ(static_cast<size_t>(std::count(descriptions.begin(), descriptions.end() - 1, "")),
-            Count("select count(*)" + lines + " and woparts.description is null"));
-}
-
 // The parts sales performance of a range agrees with our own sums: rows, revenue and cost.
 void ExpectPartsSalesFigures(const ReportRun& run, const std::string& from, const std::string& to,
                              const std::string& description) {

@@ -35,14 +35,6 @@ std::unique_ptr<Recordset> Held(std::unique_ptr<Recordset> rs) {
   return held;
 }
 
-std::vector<std::vector<std::string>> RowsLabelled(const std::vector<std::vector<std::string>>& cells,
-                                                   const std::string& label) {
-  std::vector<std::vector<std::string>> found;
-  for (const auto& row : cells)
-    if (!row.empty() && row[0] == label) found.push_back(row);
-  return found;
-}
-
 std::vector<std::string> Column(Recordset& rs, const std::string& name) {
   std::vector<std::string> out;
   for (rs.MoveFirst(); !rs.IsEof(); rs.MoveNext()) out.push_back(TextOf(rs.Get(name), "<null>"));

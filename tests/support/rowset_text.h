@@ -14,10 +14,6 @@ namespace ent::test {
 // empty rowset.
 std::vector<std::vector<std::string>> Cells(Recordset* rs);
 
-// The rows of `cells` whose first cell is `label`.
-std::vector<std::vector<std::string>> RowsLabelled(const std::vector<std::vector<std::string>>& cells,
-                                                   const std::string& label);
-
 // A static copy of a rowset's rows from its current one, to be read as often as a test needs (a
 // forward-only rowset can be read once).
 std::unique_ptr<Recordset> Held(std::unique_ptr<Recordset> rs);

@@ -12,7 +12,6 @@
 #include "server/head_office.h"
 #include "support/sample_shop.h"
 #include "support/temp_dir.h"
-#include "support/test_db.h"
 
 namespace ent {
 namespace {
@@ -69,26 +68,6 @@ TEST(WorkTableGuard, OnSqlServerAnExclusiveApplicationLockBelongsToTheTransactio
     EXPECT_NE(lock.failure().find("Lock request time out"), std::string::npos) << lock.failure();
   }
   EXPECT_EQ(server.sent.size(), 1u);
-}
-
-TEST(WorkTableGuard, OnSqliteTheStatementHoldsTheOnlyWriteTransaction) {
-  test::TestDb db;
-  db.Exec("create table t (x int)");
-  std::shared_ptr<Connection> statement = db.Connect();
-  {
-    accounting::WorkTableLock lock(db.connection_string(), statement.get());
-    ASSERT_TRUE(lock.failure().empty());
-    statement->Execute("insert into t values (1)");
-    // Another connection can read what was there before, but not write.
-    std::shared_ptr<Connection> other = db.Connect();
-    EXPECT_EQ(other->Query("select count(*) as n from t").rows.at(0).at(0).ToText(), "0");
-    lock.Commit();
-  }
-  {
-    accounting::WorkTableLock lock(db.connection_string(), statement.get());
-    statement->Execute("insert into t values (2)");
-  }  // rolled back
-  EXPECT_EQ(db.Connect()->Query("select sum(x) as n from t").rows.at(0).at(0).ToText(), "1");
 }
 
 // Runs `entprcreq process` for one request file; returns its process id.

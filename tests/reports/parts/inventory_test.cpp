@@ -2,8 +2,6 @@
 // by hand, with figures worked out on paper.
 #include <gtest/gtest.h>
 
-#include "common/error.h"
-#include "sampledb/embedded_sql.h"
 #include "support/empty_shop.h"
 #include "support/rowset_text.h"
 
@@ -29,40 +27,9 @@ class InventoryReportsTest : public ::testing::Test {
                 {"1, 1, 2, 10, 1.5", "2, 1, 3, 9, 0", "3, 1, -1, 10, 0", "4, 2, 10, 3, 0", "5, 3, -2, 2, 0",
                  "6, 3, 0, 2, 0"});
   }
-  void Purchases(int supplier, const std::vector<std::string>& rows) {
-    std::string ddl(sampledb::EmbeddedSql("supplier_purchases.sql"));
-    for (size_t at = ddl.find("{supid}"); at != std::string::npos; at = ddl.find("{supid}"))
-      ddl.replace(at, 7, std::to_string(supplier));
-    shop.Exec(ddl);
-    shop.Insert("suph" + std::to_string(supplier), "purchid, purchdate, purchase", rows);
-  }
 
   test::EmptyShop shop;
 };
-
-TEST_F(InventoryReportsTest, InventoryValueCountsOnlyStockBroughtIn) {
-  std::string part, desc, category, err;
-  auto rs = shop.engine().getInvValue(part, desc, category, err);
-  ASSERT_TRUE(rs) << err;
-  EXPECT_EQ(err, "0");
-  EXPECT_EQ(part, "%");  // empty filters are rewritten in place
-  EXPECT_EQ(test::Cells(rs.get()),
-            (Rows{{"A-100", "Brake pad", "Brakes", "4.00", "25.00", "10.00", "50.00", "100.00"},
-                  {"B-200", "Oil filter", "Filters", "10.00", "8.00", "3.00", "30.00", "80.00"},
-                  {"[b]TOTAL", "", "", "14.00", "33.00", "13.00", "80.00", "180.00"}}));
-
-  std::string underscore = "B-2_0", none;
-  auto filtered = shop.engine().getInvValue(underscore, none, category, err);
-  ASSERT_TRUE(filtered);
-  EXPECT_EQ(test::Column(*filtered, "Part_Number"), (std::vector<std::string>{"B-200", "[b]TOTAL"}));
-
-  // Nothing matching: the columns without rows and without total line.
-  std::string missing = "Z%";
-  auto empty = shop.engine().getInvValue(missing, none, category, err);
-  ASSERT_TRUE(empty);
-  EXPECT_EQ(empty->fields().size(), 8u);
-  EXPECT_EQ(empty->RecordCount(), 0u);
-}
 
 TEST_F(InventoryReportsTest, InventoryListFiltersOnLocationAndNeedsASupplier) {
   std::string part, desc, category, supplier, location = "A%", err;
@@ -111,26 +78,6 @@ TEST_F(InventoryReportsTest, PartsSalesAverageTheMarginsAndCountVoidedOrdersOnRe
             (Rows{{"A-100", "Brake pad", "2.00", "11.00", "25.00", "20.00", "50.00", "56.00", "Acme Parts"},
                   {"B-200", "Oil filter", "8.00", "3.00", "5.00", "24.00", "40.00", "40.00", "Best Filters"},
                   {"[b]TOTAL", "", "", "", "", "44.00", "90.00", "48.00", ""}}));
-}
-
-TEST_F(InventoryReportsTest, SupplierPurchasesOverTheRangeWithZeroForTheQuietOnes) {
-  Purchases(1, {"1, '2024-03-01', 100", "2, '2024-03-31', 50.25", "3, '2024-04-01', 999"});
-  Purchases(2, {"1, '2024-03-15', 1200"});
-  Purchases(3, {"1, '2023-12-31', 70"});
-  std::string err;
-  auto rs = shop.engine().GetSupplierExpenseSummary("3/1/2024", "3/31/2024", err);
-  ASSERT_TRUE(rs);
-  EXPECT_EQ(err, "0");
-  EXPECT_EQ(test::Cells(rs.get()), (Rows{{"Acme Parts", "150.25"},
-                                         {"Best Filters", "1,200.00"},
-                                         {"Zed Supply", "0.00"},
-                                         {"[b]TOTAL", "1,350.25"}}));
-
-  // A supplier whose purchase table is missing stops the report with the database's text.
-  shop.Insert("supplier", "supid, company", {"4, 'No Table Co'"});
-  std::string status;
-  EXPECT_THROW(shop.engine().GetSupplierExpenseSummary("3/1/2024", "3/31/2024", status), Error);
-  EXPECT_NE(status.find("suph4"), std::string::npos) << status;
 }
 
 }  // namespace

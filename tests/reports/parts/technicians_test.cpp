@@ -2,9 +2,6 @@
 // and the time clock in place of the lines' hourly pay.
 #include <gtest/gtest.h>
 
-#include <map>
-
-#include "common/error.h"
 #include "support/empty_shop.h"
 #include "support/rowset_text.h"
 
@@ -45,28 +42,6 @@ class TechniciansTest : public ::testing::Test {
 
   test::EmptyShop shop;
 };
-
-TEST_F(TechniciansTest, PerformanceCountsTheLinesEachSwitchAdds) {
-  // Invoice lines: parts 103 (the package header's 3 included), labour 50, other 10, levy 5,
-  // discounts 20 and 5; the voided order adds parts 30, the estimate parts 7.
-  const std::pair<std::string, std::string> parts_and_total[2][2] = {
-      {{"103.00", "143.00"}, {"133.00", "173.00"}}, {{"110.00", "150.00"}, {"140.00", "180.00"}}};
-  for (bool not_pending : {false, true}) {
-    for (bool voided : {false, true}) {
-      const auto& [parts, total] = parts_and_total[not_pending][voided];
-      std::string err;
-      auto rs = shop.engine().getTechPerf("5/1/2024", "5/31/2024", not_pending, voided, err);
-      ASSERT_TRUE(rs) << err;
-      EXPECT_EQ(err, "0");
-      // By last name; a technician without lines shows 0.00 throughout.
-      EXPECT_EQ(test::Cells(rs.get()),
-                (std::vector<Row>{{"Carl", "Adams", "0.00", "0.00", "0.00", "0.00", "0.00", "0.00", "0.00"},
-                                  {"Ann", "Baker", parts, "50.00", "10.00", "5.00", "20.00", "5.00", total},
-                                  {"[b]TOTAL", "", parts, "50.00", "10.00", "5.00", "20.00", "5.00", total}}))
-          << not_pending << voided;
-    }
-  }
-}
 
 TEST_F(TechniciansTest, CostFromTheLinesOrFromTheTimeClock) {
   // Ann: 3 h at 25 on the invoice, clocked before the range (the invoice date counts); 2 h at 30 on
@@ -118,30 +93,6 @@ TEST_F(TechniciansTest, CostFromTheLinesOrFromTheTimeClock) {
       EXPECT_DOUBLE_EQ(std::stod(rows[2][column]),
                        std::stod(ann[column]) + (c.carl[column].empty() ? 0 : std::stod(c.carl[column])));
   }
-}
-
-TEST(TechniciansWithoutStaffTest, AnEmptyListGivesTheColumnsWithoutRows) {
-  test::EmptyShop shop;
-  std::string err;
-  auto perf = shop.engine().getTechPerf("5/1/2024", "5/31/2024", true, true, err);
-  ASSERT_TRUE(perf);
-  EXPECT_EQ(err, "0");
-  EXPECT_EQ(perf->fields().size(), 9u);
-  EXPECT_EQ(perf->RecordCount(), 0u);
-  auto cost = shop.engine().getTechCost("5/1/2024", "5/31/2024", true, true, true, err);
-  ASSERT_TRUE(cost);
-  EXPECT_EQ(err, "0");
-  EXPECT_EQ(cost->fields().size(), 8u);
-  EXPECT_EQ(cost->RecordCount(), 0u);
-
-  // A list that cannot be read: the performance report answers with the failure, the cost report
-  // raises it.
-  shop.Exec("drop table mechanic");
-  EXPECT_FALSE(shop.engine().getTechPerf("5/1/2024", "5/31/2024", false, false, err));
-  EXPECT_NE(err.find("mechanic"), std::string::npos) << err;
-  std::string status;
-  EXPECT_THROW(shop.engine().getTechCost("5/1/2024", "5/31/2024", false, false, false, status), Error);
-  EXPECT_NE(status.find("mechanic"), std::string::npos) << status;
 }
 
 }  // namespace

@@ -45,21 +45,6 @@ TEST(GeneralMargin, TotalLineMarginsAreWeightedByTheAmounts) {
   EXPECT_EQ(test::Column(*rs, "Total_Margin"), (V{"10.00", "40.00", "26.39"}));
 }
 
-TEST(GeneralMargin, EmptyRangesAndZeroTotals) {
-  test::SalesShop shop;
-  shop.WorkOrder(1, 101, 0, "3/5/2024", {{"txtTotalPERmargin", "40"}});
-  std::string status;
-  auto rs = shop.engine().getGenMargReport("1/1/2020", "1/31/2020", status);
-  EXPECT_EQ(status, "0");
-  ASSERT_TRUE(rs);
-  EXPECT_EQ(rs->fields().size(), 12u);
-  EXPECT_EQ(rs->RecordCount(), 0u);
-
-  rs = shop.engine().getGenMargReport("3/1/2024", "3/31/2024", status);
-  ASSERT_TRUE(rs);
-  EXPECT_EQ(test::Column(*rs, "Total_Margin"), (V{"40.00", "0.00"}));
-}
-
 TEST(MarginByMake, MakesRankedByProfitMargin) {
   test::SalesShop shop;
   int vehicle = 1;

@@ -51,30 +51,6 @@ class SalesClassReport : public ::testing::Test {
   test::SalesShop shop_;
 };
 
-TEST_F(SalesClassReport, WithoutTechnicianCostsLabourIsAllProfit) {
-  auto rs = Run(false);
-  ASSERT_TRUE(rs);
-  EXPECT_EQ(rs->fields().size(), 17u);
-  EXPECT_EQ(test::Column(*rs, "Sales_Class"),
-            (V{"BRAKE PARTS", "OIL", "TOWING", "UNCLASSIFIED", "[b]TOTAL"}));
-
-  // A loss shows no margin.
-  EXPECT_EQ(Group(*rs, "BRAKE PARTS", "Parts"), (V{"100.00", "120.00", "-20.00", "0.00"}));
-
-  EXPECT_EQ(Group(*rs, "OIL", "Parts"), (V{"45.00", "20.00", "25.00", "55.56"}));
-  EXPECT_EQ(Group(*rs, "OIL", "Labor"), (V{"250.00", "0.00", "250.00", "100.00"}));
-  EXPECT_EQ(Group(*rs, "OIL", "Other_Charge"), (V{"10.00", "4.00", "6.00", "60.00"}));
-  EXPECT_EQ(Group(*rs, "OIL", "Total"), (V{"305.00", "24.00", "281.00", "92.13"}));
-
-  // The lines without a sales class, and a class without lines.
-  EXPECT_EQ(Group(*rs, "UNCLASSIFIED", "Labor"), (V{"80.00", "0.00", "80.00", "100.00"}));
-  EXPECT_EQ(Group(*rs, "TOWING", "Total"), (V{"0.00", "0.00", "0.00", "0.00"}));
-
-  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Parts"), (V{"145.00", "140.00", "5.00", "<null>"}));
-  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Labor"), (V{"330.00", "0.00", "330.00", "<null>"}));
-  EXPECT_EQ(Group(*rs, "[b]TOTAL", "Total"), (V{"485.00", "144.00", "341.00", "<null>"}));
-}
-
 TEST_F(SalesClassReport, WithTechnicianCostsTheStoredLabourMarginIsTheProfit) {
   auto rs = Run(true);
   ASSERT_TRUE(rs);
