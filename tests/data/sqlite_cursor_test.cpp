@@ -25,36 +25,6 @@ void FillNumbers(const test::TestDb& db, int count) {
           std::string(49, 'a') + "', 1, n % 50) || n END FROM c");
 }
 
-std::string ExpectedLabel(int n) {
-  return n % 997 == 0 ? std::string(400000, 'x') : std::string(n % 50, 'a') + std::to_string(n);
-}
-
-TEST(SqliteCursor, RowsArriveWholeAndInOrderWhileTheConnectionAnswersOtherQueries) {
-  test::TestDb db;
-  FillNumbers(db, 6000);
-  std::shared_ptr<Connection> connection = db.Connect();
-  std::unique_ptr<RowCursor> cursor = connection->OpenCursor("select n, label from numbers order by n", {});
-  std::vector<Variant> row;
-  int n = 0;
-  while (cursor->Next(row)) {
-    ++n;
-    ASSERT_EQ(row.size(), 2u);
-    ASSERT_EQ(row[0].ToLong(), n);
-    ASSERT_EQ(row[1].ToText(), ExpectedLabel(n)) << "row " << n;
-    // A report looks things up on the same connection while its rows are read.
-    if (n % 250 == 0) {
-      ASSERT_EQ(
-          test::FirstValue(*connection, "select count(*) as c from numbers where n <= " + std::to_string(n)),
-          std::to_string(n));
-    }
-  }
-  EXPECT_EQ(n, 6000);
-  EXPECT_FALSE(cursor->Next(row));
-  // The statement is done with: the table can be changed at once.
-  connection->Execute("DELETE FROM numbers WHERE n > 10");
-  EXPECT_EQ(test::FirstValue(*connection, "select count(*) as c from numbers"), "10");
-}
-
 // Look-ups made while rows are read ahead answer as the connection itself would: they see its temp
 // tables, what it has written and not committed, and what a look-up text itself writes.
 TEST(SqliteCursor, LookUpsWhileReadingAheadSeeWhatTheConnectionSees) {

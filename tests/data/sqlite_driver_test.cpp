@@ -1,15 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-
 #include "common/error.h"
 #include "data/column_values.h"
 #include "data/recordset.h"
 #include "support/error_text.h"
 #include "support/rowset_text.h"
-#include "support/temp_dir.h"
 #include "support/test_db.h"
 
 namespace ent {
@@ -64,19 +59,6 @@ TEST(ColumnTyping, WholeFloatsInIntColumnsBecomeInts) {
   }
 }
 
-// Computed money keeps its decimals; format() behaves as SQL Server's. (The adapter's rewriting of
-// texts is checked in tsql_adapter_test.cpp.)
-TEST_F(SqliteDriverTest, ComputedMoneyAndFormat) {
-  auto rs = Recordset::OpenQuery(
-      db_.Connect(),
-      "select sum(screentotal) / count(*) as A, format(sum(screentotal), '###,###,##0.00') "
-      "as F, format(max(latestdate), 'MM/dd/yyyy') as D, format(null, '0.00') as Z from wo",
-      false);
-  EXPECT_TRUE(rs->Get("Z").IsNull());
-  EXPECT_EQ(test::Cells(rs.get()),
-            (std::vector<std::vector<std::string>>{{"51", "153.00", "03/01/2024", ""}}));
-}
-
 TEST_F(SqliteDriverTest, FailuresCarryTheReferenceNumbersAndSqliteMessages) {
   EXPECT_EQ(ErrorNumberOf("select * from nosuchtable"), static_cast<int32_t>(0x80040E37));
   EXPECT_EQ(ErrorNumberOf("selec * from wo"), static_cast<int32_t>(0x80040E14));
@@ -87,52 +69,6 @@ TEST_F(SqliteDriverTest, FailuresCarryTheReferenceNumbersAndSqliteMessages) {
             }).rfind("Cannot open the shop database", 0),
             0u);
   EXPECT_THROW(OpenConnection("Provider=Jet;Data Source=x.mdb"), Error);
-}
-
-TEST_F(SqliteDriverTest, EditableRowsetsInsertIntoTheirTableOnUpdate) {
-  db_.Exec("create table entAPAR (Company varchar(100), Contact varchar(100), cAmt float)");
-  auto conn = db_.Connect();
-  auto rs = Recordset::OpenQuery(conn, "select * FROM entAPAR", true);
-  EXPECT_TRUE(rs->IsEof());
-  rs->AddNew();
-  rs->Set("company", "O'Brien Supply");
-  rs->Set("Contact", "");
-  rs->Set("cAmt", Variant(Currency::FromDecimalText("150.25")));
-  rs->Update();
-  auto back = Recordset::OpenQuery(conn, "select Company, Contact, cAmt from entAPAR", false);
-  ASSERT_EQ(back->RecordCount(), 1u);
-  EXPECT_EQ(back->Get("Company").text(), "O'Brien Supply");
-  EXPECT_EQ(back->Get("cAmt").floating(), 150.25);
-  // A read-only rowset refuses edits.
-  EXPECT_THROW(back->Set("Company", "x"), Error);
-}
-
-TEST(FreeStandingRowset, AppendAddSetAndNavigate) {
-  Recordset rs;
-  rs.AppendField(AppendedField("Sales_Class"));
-  rs.AppendField(AppendedField("Parts_Sold"));
-  rs.Open();
-  EXPECT_TRUE(rs.IsBof());
-  EXPECT_TRUE(rs.IsEof());
-  rs.AddNew();
-  rs.Set("sales_class", "OIL");
-  rs.Set(1, Variant(12.5));
-  rs.Update();
-  rs.AddNew();
-  rs.Set("Sales_Class", "TIRES");
-  EXPECT_EQ(rs.RecordCount(), 2u);
-  EXPECT_THROW(rs.Set("Sales_Class", std::string(51, 'x')), Error);  // fixed 50 characters
-  rs.Set("Sales_Class", std::string(50, 'x'));
-  EXPECT_THROW(rs.Get("Nope"), Error);
-  rs.MoveFirst();
-  EXPECT_EQ(rs.Get(0).text(), "OIL");
-  EXPECT_EQ(rs.Get("Parts_Sold").text(), "12.5");
-  rs.MoveNext();
-  rs.MoveNext();
-  EXPECT_TRUE(rs.IsEof());
-  EXPECT_THROW(rs.Get(0), Error);
-  rs.MoveLast();
-  EXPECT_TRUE(rs.Get("Parts_Sold").IsNull());
 }
 
 // Text set by position is moved into the rowset rather than copied; it is checked all the same.
@@ -153,35 +89,6 @@ TEST(FreeStandingRowset, TextMovedInIsCheckedAndWidensItsColumn) {
   EXPECT_EQ(rs.Get(1).text(), long_text);
   rs.Set(1, Variant(std::string("short")));
   EXPECT_EQ(rs.fields()[1].defined_size, 80);  // a column never narrows
-}
-
-TEST_F(SqliteDriverTest, TheSqlLogIsAScriptOfWhatRanWithItsValues) {
-  test::TempDir dir;
-  const std::string log = dir.file("sql.log");
-  setenv("ENTPRCREQ_SQL_LOG", log.c_str(), 1);
-  {
-    auto connection = db_.Connect();
-    connection->InsertRow("wo", {"woid", "Summary"}, {Variant(9), Variant(std::string("it's"))});
-    connection->Query("select top 1 woid from wo where latestdate >= '1/1/2024'");
-  }
-  unsetenv("ENTPRCREQ_SQL_LOG");
-  std::ifstream in(log);
-  std::stringstream text;
-  text << in.rdbuf();
-  // Adapted for SQLite, bound values written in, one statement per line: sqlite3 replays it as is.
-  // The driver's own reads of the schema (for the adapter) are left out here.
-  std::string ran;
-  for (std::string line; std::getline(text, line);)
-    if ((line.rfind("INSERT", 0) == 0 || line.rfind("select", 0) == 0) &&
-        line.find("sqlite_master") == std::string::npos)
-      ran += line + "\n";
-  EXPECT_EQ(ran,
-            "INSERT INTO [wo] ([woid], [Summary]) VALUES (9, 'it''s');\n"
-            "select woid AS [woid] from wo where latestdate >= '2024-01-01 00:00:00' LIMIT 1;\n");
-  auto quiet = db_.Connect();
-  quiet->Query("select 1");
-  EXPECT_EQ(std::ifstream(log).rdbuf()->pubseekoff(0, std::ios::end), text.str().size())
-      << "logged without the variable";
 }
 
 }  // namespace

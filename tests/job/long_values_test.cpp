@@ -44,34 +44,6 @@ size_t LongestIn(const test::ReportRun& run, const std::string& column) {
   return longest;
 }
 
-int WidthOf(const test::ReportRun& run, const std::string& column) {
-  for (size_t c = 0; c < run.columns.size(); ++c)
-    if (run.columns[c] == column) return run.widths[c];
-  return 0;
-}
-
-TEST(LongValues, SampleShopSummariesOf52CharactersArriveWhole) {
-  test::ReportRun invoices = RunReport("INVSUM01", {"1/1/2023", "12/31/2025", "false", "false", "true"});
-  ASSERT_EQ(invoices.status, "0");
-  const std::string invoiced = QueryValue(
-      "select count(*) from wo where wodeleted <> 1 and (invoiceid <> 0 or credid <> 0) and "
-      "latestdate between '2023-01-01 00:00:00' and '2025-12-31 00:00:00'");
-  EXPECT_EQ(invoices.rows.size(), std::stoul(invoiced) + 1);  // and the total line
-  size_t whole = 0;
-  for (const auto& row : invoices.rows) whole += row.count("Summary") && row.at("Summary") == kLongSummary;
-  EXPECT_EQ(whole, 3u);
-  EXPECT_EQ(WidthOf(invoices, "Summary"), 52);
-  EXPECT_EQ(WidthOf(invoices, "Parts"), 50);  // short columns keep the least width
-  ExpectValuesFitTheirColumns(invoices, "INVSUM01");
-
-  const std::string customer =
-      QueryValue("select cusid from wo where summary = '" + std::string(kLongSummary) + "' order by woid");
-  test::ReportRun list = RunReport("ENTCUSTINVOICES", {"", customer});
-  ASSERT_EQ(list.status, "0");
-  EXPECT_EQ(LongestIn(list, "JobDesc"), 52u);
-  ExpectValuesFitTheirColumns(list, "ENTCUSTINVOICES");
-}
-
 // A copy of the sample shop whose customer, supplier and part names fill their columns (60, 30, 100).
 class FullWidthShop {
  public:

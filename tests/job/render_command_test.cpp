@@ -4,12 +4,9 @@
 
 #include <array>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 #include "support/sample_shop.h"
-#include "support/temp_dir.h"
 
 namespace ent {
 namespace {
@@ -44,22 +41,6 @@ TEST(RenderCommandTest, QueryShowsItsDocumentInEachFormat) {
   const Outcome wrong = Entprcreq(query + " --format pdf");
   EXPECT_EQ(wrong.code, 2);
   EXPECT_NE(wrong.out.find("--format takes text, html or csv, not 'pdf'"), std::string::npos) << wrong.out;
-}
-
-TEST(RenderCommandTest, RenderWritesTheFileOrSaysWhyNot) {
-  test::TempDir dir;
-  const std::string invoice = std::string(ENTPRCREQ_SOURCE_DIR) + "/tests/enterprise/invoice_100002.xml";
-  EXPECT_EQ(Entprcreq("render --format html --out " + dir.file("i.html") + " " + invoice).code, 0);
-  std::ifstream page(dir.file("i.html"));
-  const std::string html((std::istreambuf_iterator<char>(page)), std::istreambuf_iterator<char>());
-  EXPECT_NE(html.find("<caption>Items (dispOKNEEDSKIP=False"), std::string::npos);
-
-  std::ofstream(dir.file("broken.xml")) << "<xml";
-  const Outcome broken = Entprcreq("render " + dir.file("broken.xml"));
-  EXPECT_EQ(broken.code, 1);
-  EXPECT_NE(broken.out.find("broken.xml is not an XML document"), std::string::npos) << broken.out;
-  EXPECT_EQ(Entprcreq("render").code, 2);
-  EXPECT_EQ(Entprcreq("render --format pdf " + invoice).code, 2);
 }
 
 }  // namespace

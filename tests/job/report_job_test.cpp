@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "common/error.h"
 #include "common/thread_values.h"
 #include "job/cls_prebuilt_report.h"
 #include "job/result_document.h"
@@ -94,58 +93,6 @@ TEST_F(ReportJobTest, AddedRowsStandDirectlyUnderRsData) {
   EXPECT_NE(mixed.find("\t<z:row company='Acme'/>\r\n\t<rs:insert>\r\n\t\t<z:row company='Added'/>"),
             std::string::npos)
       << mixed;
-}
-
-TEST_F(ReportJobTest, FreeSqlRowsetReadsForwardOnly) {
-  const std::string sql = "select cusid, company, fname, cusid * 2 as twice from customer order by cusid";
-  clsRS engine;
-  std::string status;
-  auto rs = engine.getCustomRS(sql, status);
-  ASSERT_EQ(status, "0");
-  EXPECT_EQ(rs->Get("company").text(), "O'Brien Auto");
-  EXPECT_THROW(rs->MovePrevious(), Error);
-  // Saving writes the current row and every later one, then stands at the end.
-  rs->MoveNext();
-  const std::string rest = rs->SaveToString();
-  EXPECT_TRUE(rs->IsEof());
-  EXPECT_EQ(rest.find("O&#x27;Brien"), std::string::npos);
-  EXPECT_NE(rest.find("<z:row cusid='2' company='Acme' twice='4'/>"), std::string::npos) << rest;
-
-  // The same text as a rowset holding every row, for declared and computed columns alike.
-  db_.Exec(
-      "create table visit (id int, at datetime, paid money);"
-      "insert into visit values (1, '2024-03-01 10:20:30', 0.1);");
-  for (const std::string& declared : {sql, std::string("select * from visit")})
-    EXPECT_EQ(engine.getCustomRS(declared, status)->SaveToString(),
-              Recordset::OpenQuery(db_.Connect(), declared, false)->SaveToString());
-  EXPECT_NE(engine.getCustomRS("select * from visit", status)
-                ->SaveToString()
-                .find("at='2024-03-01T10:20:30' paid='0.1'"),
-            std::string::npos);
-
-  auto passed = engine.getCustomRS("select cusid from customer", status);
-  passed->MoveNext();
-  passed->MoveNext();
-  EXPECT_TRUE(passed->IsEof());
-  EXPECT_THROW(passed->MoveNext(), Error);
-}
-
-TEST_F(ReportJobTest, CatalogueCodesNoticesAndParameters) {
-  auto run = [](const std::string& code, std::vector<std::string> params = {}) {
-    clsPrebuiltReport job;
-    job.reportName = code;
-    for (size_t i = 0; i < params.size(); ++i) job.addParam("p" + std::to_string(i), params[i]);
-    const auto [status, xml] = Posted(job);
-    return status + (xml.empty() ? "" : " and a document");
-  };
-  EXPECT_EQ(run("NOSUCH01"), "Prebuilt report not found.");
-  EXPECT_EQ(run("transreq"), "Prebuilt report not found. Please Run Version 4 of the Enterprise Client.");
-  EXPECT_EQ(run("entcustsrch", {"", "O'Brien%"}), "0 and a document");
-
-  clsPrebuiltReport job;
-  job.addParam("p0", "x");
-  EXPECT_THROW(job.addParam("p0", "y"), Error);
-  EXPECT_EQ(job.getParam("p9"), "");
 }
 
 TEST_F(ReportJobTest, ConnectionFailureBecomesTheStatus) {

@@ -1,7 +1,6 @@
 // Report rows written as they are read must give the document the copied rowset gives.
 #include <gtest/gtest.h>
 
-#include "common/error.h"
 #include "common/format.h"
 #include "common/thread_values.h"
 #include "job/result_document.h"
@@ -93,36 +92,6 @@ TEST_F(StreamedReportTest, AmountsHeldAsNumbersGiveWhatTheirTextsGive) {
   EXPECT_NE(text.find("Id='[b]TOTAL' M='900,000,000,000,003.67' N='121,309,305,362.00' F='2.51'"),
             std::string::npos)
       << text;
-}
-
-TEST_F(StreamedReportTest, ComputedColumnsTypedByNameAndEmptyResults) {
-  auto connection = db_.Connect();
-  // Typed as named, a computed column is read row by row; money keeps four decimals.
-  auto typed = connection->OpenCursor("select a / 3 as third from line where id = 1", {{"THIRD", "money"}});
-  std::vector<Variant> row;
-  ASSERT_TRUE(typed->Next(row));
-  EXPECT_EQ(row[0].kind(), Variant::Kind::kCurrency);
-  EXPECT_EQ(row[0].ToText(), "3.3333");
-  auto inferred = connection->OpenCursor("select a / 3 as third from line where id = 1", {});
-  ASSERT_TRUE(inferred->Next(row));
-  EXPECT_EQ(row[0].kind(), Variant::Kind::kDouble);
-
-  // No rows: no total line, and the job reports that nothing was found.
-  std::string status;
-  ReportRowSteps steps;
-  steps.totals = {"Amt"};
-  auto none =
-      StreamReportRows(connection, "select amt as Amt from line where id > 9", {}, std::move(steps), status);
-  ASSERT_TRUE(none);
-  EXPECT_TRUE(none->IsEof());
-
-  // A query that fails gives its text as the status and no rowset; so does a total on no column.
-  EXPECT_FALSE(StreamReportRows(connection, "select nothing from line", {}, {}, status));
-  EXPECT_NE(status.find("nothing"), std::string::npos) << status;
-  ReportRowSteps wrong;
-  wrong.totals = {"Missing"};
-  EXPECT_FALSE(StreamReportRows(connection, "select amt from line", {}, std::move(wrong), status));
-  EXPECT_NE(status.find("Item cannot be found"), std::string::npos) << status;
 }
 
 }  // namespace

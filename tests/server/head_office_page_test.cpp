@@ -106,14 +106,6 @@ TEST_F(HeadOfficePageTest, OnePostsPageAndWhatItRefuses) {
   EXPECT_EQ(Get("/posts/1234567")->status, 404);
 }
 
-TEST(HeadOfficePageWithoutFolderTest, SaysThatPostsAreNotKept) {
-  HeadOffice office{HeadOfficeOptions{}};
-  const HttpResponse page =
-      HttpGet("http://127.0.0.1:" + std::to_string(office.Start("127.0.0.1", 0)) + "/", {5, 5});
-  EXPECT_EQ(page.status, 200);
-  EXPECT_NE(page.body.find("does not keep its posts"), std::string::npos);
-}
-
 // Headless Chromium opens the list page and reports, from the computed styles, what a person sees.
 // The page forbids scripts by its HTTP policy, so the test's probe runs on a copy of the page's HTML
 // in a file, with the probe appended; any script the document smuggled in would run there too.
