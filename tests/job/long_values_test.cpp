@@ -11,11 +11,6 @@
 namespace ent {
 namespace {
 
-using test::QueryValue;
-using test::RunReport;
-
-const char kLongSummary[] = "SAFETY INSPECTION, WIPER BLADES, AIR FILTER, EXHAUST";  // 52 characters
-
 size_t Characters(const std::string& s) {
   size_t n = 0;
   for (unsigned char c : s) n += (c & 0xC0) != 0x80;
