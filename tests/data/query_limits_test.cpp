@@ -16,7 +16,6 @@
 #include "data/recordset.h"
 #include "job/cls_prebuilt_report.h"
 #include "reports/cls_rs.h"
-#include "support/data_queries.h"
 #include "support/error_text.h"
 #include "support/test_db.h"
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "data/recordset.h"
-#include "support/data_queries.h"
 #include "support/test_db.h"
 
 namespace ent {

@@ -9,7 +9,6 @@
 #include "common/error.h"
 #include "data/connection.h"
 #include "data/query_limits.h"
-#include "support/data_queries.h"
 #include "support/test_db.h"
 
 namespace ent {

@@ -4,7 +4,6 @@
 
 #include "common/error.h"
 #include "data/recordset.h"
-#include "support/data_queries.h"
 #include "support/error_text.h"
 #include "support/rowset_text.h"
 #include "support/test_db.h"

@@ -25,4 +25,10 @@ class TestDb {
   std::string path_;
 };
 
+// The first value a query returns on `connection`, as text.
+std::string FirstValue(Connection& connection, const std::string& sql);
+// The ids of the rows of `table` that `where` lets through, in order and run together ("124"),
+// read as a request's text on a new connection to `db`.
+std::string IdsWhere(const TestDb& db, const std::string& table, const std::string& where);
+
 }  // namespace ent::test
