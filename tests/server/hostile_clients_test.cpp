@@ -190,7 +190,7 @@ TEST_F(HostileClientsTest, SigtermStopsServeWhileAQueryRunsAndTheFailureIsPosted
     }
   });
   for (int i = 0; i < 100 && running() != 1; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_EQ(running(), 1);
+  EXPECT_EQ(running(), 1) << serve.Err();
   EXPECT_EQ(serve.StopWithin(20), 0) << "serve did not stop within 20 seconds of SIGTERM";
   caller.join();
   ASSERT_EQ(office_.Posts().size(), 1u);
