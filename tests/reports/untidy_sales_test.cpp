@@ -178,18 +178,15 @@ TEST(UntidySales, PostcardsGoToSolicitedCustomersWhoDidNotComeBack) {
   const std::string first = " wo.latestdate between '2024-01-01' and '2024-12-31 00:00:00'";
   const std::string second = " wo.latestdate between '2025-01-01' and '2025-06-30 00:00:00'";
   const std::string oil_lines =
-      " from wo inner join woparts on woparts.invoiceid = wo.invoiceid inner join jobheader "
-      "on woparts.presetjobid = jobheader.jobid where wo.invoiceid <> 0 and wodeleted <> 1 "
-      "and" +
+      " from wo inner join woparts on woparts.invoiceid = wo.invoiceid inner join jobheader on "
+      "woparts.presetjobid = jobheader.jobid where wo.invoiceid <> 0 and wodeleted <> 1 and" +
       kOilChange;
   const ReportRun other = Report("POSTCARDNONLOF01", params);
   ASSERT_EQ(other.status, "0");
   const std::string visits =
       "select distinct company, fname, lname, street, city, postal, year, make, model, wo.latestdate, "
-      "wo.vehid, "
-      "wo.invoiceid from customer inner join wo on customer.cusid = wo.cusid inner join vehicle on wo.vehid "
-      "= "
-      "vehicle.vehid where chksolicit = 1 and wo.invoiceid <> 0 and wodeleted <> 1 and" +
+      "wo.vehid, wo.invoiceid from customer inner join wo on customer.cusid = wo.cusid inner join vehicle "
+      "on wo.vehid = vehicle.vehid where chksolicit = 1 and wo.invoiceid <> 0 and wodeleted <> 1 and" +
       first + " and wo.invoiceid not in (select wo.invoiceid" + oil_lines + " and" + first +
       ") and wo.vehid not in (select vehid from wo where invoiceid <> 0 and wodeleted <> 1 and" + second +
       ")";

@@ -24,59 +24,41 @@ TEST(UntidySearches, EachFilterFindsWhatItsColumnMatches) {
       "not null and lname not like '%''%' limit 1");
   const std::string area = Value("select ahtel from customer where ahtel <> '' limit 1");
   const std::string supplier = Value("select substr(company, 1, 4) || '%' from supplier where supid = 1");
-  struct Case {
-    std::string code;
-    std::vector<std::string> params;
-    std::string rows;  // what our own count runs over
-    size_t total_lines;
+  // The report finds the rows our own count runs over, and a total line when it has one.
+  auto expect_rows = [](const std::string& code, const std::vector<std::string>& params,
+                        const std::string& rows, size_t total_lines = 0) {
+    const size_t expected = Count("select count(*) from " + rows);
+    EXPECT_GT(expected, 0u) << rows;
+    const ReportRun run = Report(code, params);
+    EXPECT_EQ(run.status, "0") << rows;
+    EXPECT_EQ(run.rows.size(), expected + total_lines) << code << " over " << rows;
   };
-  const std::vector<Case> cases = {
-      {"ENTCUSTSRCH", {"", "", "", "", "100000", "", ""}, "customer", 0},
-      {"ENTCUSTSRCH",
-       {"", "O'Reilly%", "", "", "100000", "", ""},
-       "customer where company like 'O''Reilly%'",
-       0},
-      {"ENTCUSTSRCH", {"", "", "Max%", "", "100000", "", ""}, "customer where fname like 'Max%'", 0},
-      {"ENTCUSTSRCH", {"", "", "", "Feather%", "100000", "", ""}, "customer where lname like 'Feather%'", 0},
-      {"ENTCUSTSRCH", {"", "", "", last, "", "", ""}, "customer where lname like '" + last + "'", 0},
-      {"ENTCUSTSRCH", {"", "", "", "", "100000", area, ""}, "customer where ahtel like '" + area + "'", 0},
-      {"ENTINVSRCH", {"", "", "", "", "100000", "", "false"}, "inventory", 0},
-      {"ENTINVSRCH", {"", "", "", "", "100000", "", "true"}, "inventory where qoh > 0", 0},
-      {"ENTINVSRCH",
-       {"", part, "", "", "100000", "", "false"},
-       "inventory where partnum like '" + part + "'",
-       0},
-      {"ENTINVSRCH",
-       {"", "", "HEAVY DUTY%", "", "100000", "", "false"},
-       "inventory where description like 'HEAVY DUTY%'",
-       0},
-      {"ENTINVSRCH",
-       {"", "", "", "BRAKE%", "100000", "", "false"},
-       "inventory where category like 'BRAKE%'",
-       0},
-      {"ENTINVSRCH",
-       {"", "", "", "", "100000", "AFTERMARKET%", "false"},
-       "inventory where manufacturer like 'AFTERMARKET%'",
-       0},
-      {"INVVAL01", {}, "(select 1" + kStocked + kStockedParts + ")", 1},
-      {"INVVAL01",
-       {"", "", "BRAKE%"},
-       "(select 1" + kStocked + " and category like 'BRAKE%'" + kStockedParts + ")",
-       1},
-      {"INVLIST01", {"", "", "", "", ""}, kListed, 1},
-      {"INVLIST01", {"", "", "", "", "A%"}, kListed + " where location like 'A%'", 1},
-      {"INVLIST01",
-       {"", "", "", supplier, ""},
-       kListed + " where supplier.company like '" + supplier + "'",
-       1},
-  };
-  for (const Case& c : cases) {
-    const size_t expected = Count("select count(*) from " + c.rows);
-    EXPECT_GT(expected, 0u) << c.rows;
-    const ReportRun run = Report(c.code, c.params);
-    EXPECT_EQ(run.status, "0") << c.rows;
-    EXPECT_EQ(run.rows.size(), expected + c.total_lines) << c.code << " over " << c.rows;
-  }
+  expect_rows("ENTCUSTSRCH", {"", "", "", "", "100000", "", ""}, "customer");
+  expect_rows("ENTCUSTSRCH", {"", "O'Reilly%", "", "", "100000", "", ""},
+              "customer where company like 'O''Reilly%'");
+  expect_rows("ENTCUSTSRCH", {"", "", "Max%", "", "100000", "", ""}, "customer where fname like 'Max%'");
+  expect_rows("ENTCUSTSRCH", {"", "", "", "Feather%", "100000", "", ""},
+              "customer where lname like 'Feather%'");
+  expect_rows("ENTCUSTSRCH", {"", "", "", last, "", "", ""}, "customer where lname like '" + last + "'");
+  expect_rows("ENTCUSTSRCH", {"", "", "", "", "100000", area, ""},
+              "customer where ahtel like '" + area + "'");
+  expect_rows("ENTINVSRCH", {"", "", "", "", "100000", "", "false"}, "inventory");
+  expect_rows("ENTINVSRCH", {"", "", "", "", "100000", "", "true"}, "inventory where qoh > 0");
+  expect_rows("ENTINVSRCH", {"", part, "", "", "100000", "", "false"},
+              "inventory where partnum like '" + part + "'");
+  expect_rows("ENTINVSRCH", {"", "", "HEAVY DUTY%", "", "100000", "", "false"},
+              "inventory where description like 'HEAVY DUTY%'");
+  expect_rows("ENTINVSRCH", {"", "", "", "BRAKE%", "100000", "", "false"},
+              "inventory where category like 'BRAKE%'");
+  expect_rows("ENTINVSRCH", {"", "", "", "", "100000", "AFTERMARKET%", "false"},
+              "inventory where manufacturer like 'AFTERMARKET%'");
+  expect_rows("INVVAL01", {}, "(select 1" + kStocked + kStockedParts + ")", 1);
+  expect_rows("INVVAL01", {"", "", "BRAKE%"},
+              "(select 1" + kStocked + " and category like 'BRAKE%'" + kStockedParts + ")", 1);
+  expect_rows("INVLIST01", {"", "", "", "", ""}, kListed, 1);
+  expect_rows("INVLIST01", {"", "", "", "", "A%"}, kListed + " where location like 'A%'", 1);
+  expect_rows("INVLIST01", {"", "", "", supplier, ""},
+              kListed + " where supplier.company like '" + supplier + "'", 1);
 }
 
 TEST(UntidySearches, DefaultOrdersAndTheInventoryValue) {

@@ -19,15 +19,12 @@ void ExpectPartsSalesFigures(const ReportRun& run, const std::string& from, cons
       " from woparts inner join wo on (woparts.invoiceid = wo.invoiceid and woparts.invoiceid <> 0) or "
       "(woparts.credid = wo.credid and wo.credid <> 0) inner join inventory on woparts.invinvid = "
       "inventory.invid "
-      "inner join supplier on inventory.supid = supplier.supid where wodeleted = 0 and invcost <> 0 and skip "
-      "<> "
-      "'Yes' and qty <> 0 and latestdate between '" +
+      "inner join supplier on inventory.supid = supplier.supid where wodeleted = 0 and invcost <> 0 and "
+      "skip <> 'Yes' and qty <> 0 and latestdate between '" +
       from + " 00:00:00' and '" + to + " 00:00:00'" +
       (description.empty() ? "" : " and inventory.description like '" + description + "'");
-  EXPECT_EQ(run.rows.size(), Count("select count(*) from (select 1" + lines +
-                                   " group by partnum, inventory.description, "
-                                   "supplier.company)") +
-                                 1);
+  const std::string parts = " group by partnum, inventory.description, supplier.company";
+  EXPECT_EQ(run.rows.size(), Count("select count(*) from (select 1" + lines + parts + ")") + 1);
   EXPECT_NEAR(Amount(run.rows.back().at("Total_Revenue")), Sum("select sum(totparts - discpart)" + lines),
               0.005);
   EXPECT_NEAR(Amount(run.rows.back().at("Total_Cost")), Sum("select sum(invcost)" + lines), 0.005);
@@ -79,9 +76,9 @@ TEST(UntidyShop, DailyRecapCountsLinesWithoutAClassOnce) {
   EXPECT_EQ(std::count(classes.begin(), classes.end(), "UNCLASSIFIED"), 1);
   auto sales_from = [](const std::string& from) {
     const std::string lines =
-        " from woparts inner join wo on woparts.woid = wo.woid where woparts.skip <> 'Yes' and (wo.invoiceid "
-        "<> 0 "
-        "or wo.credid <> 0) and not (presetpkg = 1 and presetheader = 0) and latestdate between '" +
+        " from woparts inner join wo on woparts.woid = wo.woid where woparts.skip <> 'Yes' and "
+        "(wo.invoiceid <> 0 or wo.credid <> 0) and not (presetpkg = 1 and presetheader = 0) and "
+        "latestdate between '" +
         from +
         " 00:00:00' and '2024-05-31 00:00:00' and (salesclass = '' or salesclass in (select salesclass from "
         "SalesClassInventoryIndexPricing where salesclass <> 'UNCLASSIFIED'))";

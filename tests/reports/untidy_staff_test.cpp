@@ -45,10 +45,8 @@ TEST(UntidyStaff, TechnicianPerformanceSumsEachTechniciansLines) {
        "(woparts.invoiceid <> 0 or woparts.credid <> 0 or (chkestpending = 0 and wo.estid <> 0))"},
       {"true", "true",
        "wo.invoiceid = woparts.invoiceid and wo.credid = woparts.credid and wo.woid = woparts.woid and "
-       "wo.estid = "
-       "woparts.estid and (woparts.invoiceid <> 0 or woparts.credid <> 0 or wo.chkvoid = 1 or (wo.estid <> 0 "
-       "and "
-       "wo.chkestpending = 0))"},
+       "wo.estid = woparts.estid and (woparts.invoiceid <> 0 or woparts.credid <> 0 or wo.chkvoid = 1 or "
+       "(wo.estid <> 0 and wo.chkestpending = 0))"},
   };
   const std::vector<std::string> ids = Values(kTechnicians + " order by lname, fname");
   ASSERT_GT(ids.size(), 1u);
