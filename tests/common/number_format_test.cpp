@@ -5,6 +5,8 @@
 #include <cfloat>
 #include <cmath>
 #include <limits>
+#include <tuple>
+#include <utility>
 
 #include "common/error.h"
 
@@ -94,12 +96,7 @@ TEST(FormatDecimal, RejectsBadTextAndScientificPatterns) {
 }
 
 TEST(FormatDouble, UsesTheFifteenDigitForm) {
-  struct Case {
-    double value;
-    const char* pattern;
-    const char* expected;
-  };
-  const Case cases[] = {
+  const std::tuple<double, const char*, const char*> cases[] = {
       {1.005, "###,###,##0.00", "1.01"},
       {2.675, "0.00", "2.68"},
       {0.1 + 0.2, "0.00000000000000000", "0.30000000000000000"},
@@ -108,20 +105,16 @@ TEST(FormatDouble, UsesTheFifteenDigitForm) {
       {std::numeric_limits<double>::quiet_NaN(), "0.00", "NaN"},
       {-std::numeric_limits<double>::infinity(), "0.00", "-Infinity"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(FormatDouble(c.value, c.pattern, kVb), c.expected) << c.value;
-    EXPECT_EQ(FormatDouble(c.value, c.pattern, kSql), c.expected) << c.value;
+  for (const auto& [value, pattern, expected] : cases) {
+    EXPECT_EQ(FormatDouble(value, pattern, kVb), expected) << value;
+    EXPECT_EQ(FormatDouble(value, pattern, kSql), expected) << value;
   }
   EXPECT_EQ(FormatDouble(-0.001, "0.00", kVb), "-0.00");
   EXPECT_EQ(FormatDouble(-0.001, "0.00", kSql), "0.00");
 }
 
 TEST(DecimalText15, ShortestPlainText) {
-  struct Case {
-    double value;
-    const char* expected;
-  };
-  const Case cases[] = {
+  const std::pair<double, const char*> cases[] = {
       {0.075, "0.075"},
       {1234.5, "1234.5"},
       {-3, "-3"},
@@ -137,7 +130,7 @@ TEST(DecimalText15, ShortestPlainText) {
       {std::numeric_limits<double>::infinity(), "INF"},
       {-std::numeric_limits<double>::infinity(), "-INF"},
   };
-  for (const auto& c : cases) EXPECT_EQ(DecimalText15(c.value), c.expected) << c.value;
+  for (const auto& [value, expected] : cases) EXPECT_EQ(DecimalText15(value), expected) << value;
   EXPECT_EQ(DecimalText15(DBL_MAX).size(), 309u);
   EXPECT_EQ(DecimalText15(-5e-324), "-0." + std::string(323, '0') + "494065645841247");
 }
