@@ -114,14 +114,14 @@ TEST_F(ExecutionJournalTest, FailedPostsAndRefusedRequestsAreJournaled) {
   EXPECT_NE(run.out.find("post=failed"), std::string::npos);
   EXPECT_NE(run.out.find("Shop unknown"), std::string::npos);
 
-  // An answer other than "True" is a refusal.
+  // An answer other than "True", even in another case, is a refusal.
   HeadOfficeOptions refusing;
-  refusing.answer = "False";
+  refusing.answer = "true";
   HeadOffice no(refusing);
   const int no_port = no.Start("127.0.0.1", 0);
   Process(no_port, test::CodeRequest("NOSUCH", {"x"}), "F2");
   EXPECT_EQ(Outcome(RecordOf("F2")), "NOSUCH | Prebuilt report not found. | refused 200 | failed");
-  EXPECT_EQ(RecordOf("F2").post_detail, "False");
+  EXPECT_EQ(RecordOf("F2").post_detail, "true");
 
   // The token cannot be created: nothing ran or was posted, and the record says why.
   std::ofstream(dir_.file("blocked")) << "a file where the token folder should be";
