@@ -318,11 +318,10 @@ Certificate Issue(EVP_PKEY* key, const std::string& name,
   return made;
 }
 
-void WritePem(const std::string& path, X509* certificate, EVP_PKEY* key) {
+void WritePem(const std::string& path, X509* certificate) {
   std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "w"), std::fclose);
   ASSERT_TRUE(file);
-  if (certificate) PEM_write_X509(file.get(), certificate);
-  if (key) PEM_write_PrivateKey(file.get(), key, nullptr, nullptr, 0, nullptr, nullptr);
+  PEM_write_X509(file.get(), certificate);
 }
 
 TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthorities) {
@@ -331,16 +330,14 @@ TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthoriti
   const Certificate authority =
       Issue(authority_key.get(), "Test Authority",
             {{NID_basic_constraints, "critical,CA:TRUE"}, {NID_key_usage, "keyCertSign"}});
-  WritePem(dir.file("authorities.pem"), authority.get(), nullptr);
+  WritePem(dir.file("authorities.pem"), authority.get());
   // OpenSSL's default place for the system's authorities, moved to the test's own.
   setenv("SSL_CERT_FILE", dir.file("authorities.pem").c_str(), 1);
   const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
-  WritePem(dir.file("service.key"), nullptr, key.get());
 
   // GET / from a service with `certificate`: its body, or why the service cannot be reached.
   auto fetch = [&](const Certificate& certificate) {
-    WritePem(dir.file("service.pem"), certificate.get(), nullptr);
-    httplib::SSLServer server(dir.file("service.pem").c_str(), dir.file("service.key").c_str());
+    httplib::SSLServer server(certificate.get(), key.get());
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
       response.set_content("hello", "text/plain");
     });
