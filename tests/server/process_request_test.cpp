@@ -160,6 +160,9 @@ TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEndAndFailedSends) {
   auto contains = [](const std::vector<std::string>& log, const std::string& prefix) {
     return std::any_of(log.begin(), log.end(), [&](const std::string& l) { return l.rfind(prefix, 0) == 0; });
   };
+  HeadOfficeOptions lower;
+  lower.answer = "true";
+  HeadOffice lower_case(lower);
   int closed_port = 0;
   {
     HeadOffice gone{HeadOfficeOptions{}};
@@ -167,6 +170,7 @@ TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEndAndFailedSends) {
   }
   for (const auto& [port, line, outcome] : std::vector<std::tuple<int, std::string, std::string>>{
            {port_, "SOAP:RESP::True", "Dom Sent"},
+           {lower_case.Start("127.0.0.1", 0), "SOAP:RESP::true", "Report Sent Failed or Nothing to send"},
            {closed_port, "SEND SOAP ERR:The service at http://127.0.0.1:" + std::to_string(closed_port),
             "Report Sent Failed or Nothing to send"}}) {
     Run(Request("2", "", "select 1 as one"), true, port);
@@ -177,7 +181,7 @@ TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEndAndFailedSends) {
     EXPECT_TRUE(contains(log, line) && contains(log, outcome)) << line << ", " << outcome;
   }
   // The post's own first line goes to the log of the request's session, once for each run.
-  EXPECT_EQ(Log("4711"), std::vector<std::string>(2, "Starting: clsGenericReport"));
+  EXPECT_EQ(Log("4711"), std::vector<std::string>(3, "Starting: clsGenericReport"));
 
   Run("<report/>");
   EXPECT_EQ(Log("99").back(), "ERROR: The request document has no //report/type element.");
