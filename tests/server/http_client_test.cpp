@@ -32,6 +32,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+bool Send(int fd, const std::string& bytes) {
+  return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0;
+}
+
 // A service on 127.0.0.1 that reads each request (its head and a body of the announced length) and
 // then runs `answer` on the connection, which writes what it likes until it is done or the service
 // stops.
@@ -60,6 +64,9 @@ class RawService {
       }
     });
   }
+  // A service that answers each request with the same bytes.
+  explicit RawService(const std::string& answer)
+      : RawService([answer](int fd, const std::atomic<bool>&) { Send(fd, answer); }) {}
   ~RawService() {
     stopping_ = true;
     shutdown(listener_, SHUT_RDWR);
@@ -103,15 +110,13 @@ class RawService {
   std::thread thread_;
 };
 
-bool Send(int fd, const std::string& bytes) {
-  return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0;
-}
-
-// Sends `head`, and then `piece` every 100 ms (or nothing) for at most five seconds.
-void Trickle(int fd, const std::atomic<bool>& stopping, const std::string& head, const std::string& piece) {
+// Sends `head`, and then `piece` (or nothing) `times` times `pause_ms` apart, until the service stops
+// or the client goes: by default every 100 ms for at most five seconds.
+void Trickle(int fd, const std::atomic<bool>& stopping, const std::string& head, const std::string& piece,
+             int times = 50, int pause_ms = 100) {
   Send(fd, head);
-  for (int i = 0; i < 50 && !stopping && (piece.empty() || Send(fd, piece)); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  for (int i = 0; i < times && !stopping && (piece.empty() || Send(fd, piece)); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(pause_ms));
 }
 
 // An answer's status, content type and body on one line.
@@ -160,7 +165,7 @@ TEST(HttpClientTest, AnAddressIsReadOnceForItsCheckAndItsConnection) {
   }
 
   // What is contacted: the host and port as read, the path and query as written, without the fragment.
-  RawService service([](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.1 204 No Content\r\n\r\n"); });
+  RawService service("HTTP/1.1 204 No Content\r\n\r\n");
   const std::string at = "127.0.0.1:" + std::to_string(service.port());
   EXPECT_EQ(HttpGet("Http://" + at + "/a/b?x=1+2&y=%20#part", {5, 5}).status, 204);
   EXPECT_EQ(HttpGet("http://" + at + "?wsdl", {5, 5}).status, 204);
@@ -210,10 +215,7 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
 
   // Header lines without end.
   RawService flooding([](int fd, const std::atomic<bool>& stopping) {
-    const std::string line = "X-Flood: " + std::string(1000, 'x') + "\r\n";
-    Send(fd, "HTTP/1.1 200 OK\r\n");
-    for (int i = 0; i < 1000 && !stopping && Send(fd, line); ++i) {
-    }
+    Trickle(fd, stopping, "HTTP/1.1 200 OK\r\n", "X-Flood: " + std::string(1000, 'x') + "\r\n", 1000, 0);
   });
   EXPECT_EQ(GetFailure(flooding.Url("/"), {5, 5}),
             "The service at " + flooding.Url("/") +
@@ -221,10 +223,8 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
 
   // A chunked body whose size line never ends: nothing of the body arrives, the bytes still count.
   RawService endless_chunk([](int fd, const std::atomic<bool>& stopping) {
-    Send(fd, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
-    const std::string zeros(4096, '0');
-    for (int i = 0; i < 100000 && !stopping && Send(fd, zeros); ++i) {
-    }
+    Trickle(fd, stopping, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n", std::string(4096, '0'),
+            100000, 0);
   });
   EXPECT_EQ(GetFailure(endless_chunk.Url("/"), {5, 5, 1000}),
             "The answer of the service at " + endless_chunk.Url("/") +
@@ -234,26 +234,19 @@ TEST(HttpClientTest, AnswersOverTheirLimitsAreRefusedBeforeTheyAreRead) {
 // An interim answer is passed over; a body comes in chunks (sizes in hexadecimal, with extensions,
 // then trailers), until the connection ends, or with its length; a redirect is not followed.
 TEST(HttpClientTest, AnswersAreReadAsTheyAreFramed) {
-  RawService chunked([](int fd, const std::atomic<bool>&) {
-    Send(fd,
-         "HTTP/1.1 100 Continue\r\nX-Interim: 1\r\n\r\nHTTP/1.1 200 OK\r\nContent-Type: text/xml\r\n"
-         "Transfer-Encoding: chunked\r\n\r\na;part=1\r\n0123456789\r\n1A \r\n"
-         "abcdefghijklmnopqrstuvwxyz\r\n0\r\nX-Trailer: 1\r\n\r\n");
-  });
-  EXPECT_EQ(Summary(HttpGet(chunked.Url("/"), {5, 5})), "200 text/xml 0123456789abcdefghijklmnopqrstuvwxyz");
-
-  RawService closing(
-      [](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.0 200 OK\r\n\r\nuntil the end"); });
-  EXPECT_EQ(HttpGet(closing.Url("/"), {5, 5}).body, "until the end");
-
-  // A redirect is an answer like any other: not followed.
-  RawService service([](int fd, const std::atomic<bool>&) {
-    Send(fd,
-         "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: "
-         "5\r\n\r\nmoved");
-  });
-  EXPECT_EQ(Summary(HttpGet(service.Url("/here"), {5, 5})), "302 text/plain moved");
-  EXPECT_EQ(service.requests().size(), 1u);
+  for (const auto& [answer, read] : std::vector<std::pair<std::string, std::string>>{
+           {"HTTP/1.1 100 Continue\r\nX-Interim: 1\r\n\r\nHTTP/1.1 200 OK\r\nContent-Type: text/xml\r\n"
+            "Transfer-Encoding: chunked\r\n\r\na;part=1\r\n0123456789\r\n1A \r\n"
+            "abcdefghijklmnopqrstuvwxyz\r\n0\r\nX-Trailer: 1\r\n\r\n",
+            "200 text/xml 0123456789abcdefghijklmnopqrstuvwxyz"},
+           {"HTTP/1.0 200 OK\r\n\r\nuntil the end", "200  until the end"},
+           {"HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Type: text/plain\r\nContent-Length: 5\r\n"
+            "\r\nmoved",
+            "302 text/plain moved"}}) {
+    RawService service(answer);
+    EXPECT_EQ(Summary(HttpGet(service.Url("/here"), {5, 5})), read);
+    EXPECT_EQ(service.requests().size(), 1u);
+  }
 }
 
 // A body of `size` bytes handed out in odd pieces; it fails after `fail_at` bytes.
@@ -276,8 +269,7 @@ class PieceBody : public BodySource {
 };
 
 TEST(HttpClientTest, AStreamedBodyGoesWithItsLengthOrTheRequestFails) {
-  RawService service(
-      [](int fd, const std::atomic<bool>&) { Send(fd, "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok"); });
+  RawService service("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
   const std::string url = service.Url("/post");
   PieceBody whole(300000, UINT64_MAX);
   EXPECT_EQ(HttpPostStream(url, {"Content-Type: text/xml"}, whole, {5, 10}).body, "ok");
@@ -326,11 +318,10 @@ Certificate Issue(EVP_PKEY* key, const std::string& name,
   return made;
 }
 
-void WritePem(const std::string& path, X509* certificate, EVP_PKEY* key) {
+void WritePem(const std::string& path, X509* certificate) {
   std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "w"), std::fclose);
   ASSERT_TRUE(file);
-  if (certificate) PEM_write_X509(file.get(), certificate);
-  if (key) PEM_write_PrivateKey(file.get(), key, nullptr, nullptr, 0, nullptr, nullptr);
+  PEM_write_X509(file.get(), certificate);
 }
 
 TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthorities) {
@@ -339,16 +330,14 @@ TEST(HttpClientTest, HttpsTakesOnlyACertificateForTheHostFromTheSystemsAuthoriti
   const Certificate authority =
       Issue(authority_key.get(), "Test Authority",
             {{NID_basic_constraints, "critical,CA:TRUE"}, {NID_key_usage, "keyCertSign"}});
-  WritePem(dir.file("authorities.pem"), authority.get(), nullptr);
+  WritePem(dir.file("authorities.pem"), authority.get());
   // OpenSSL's default place for the system's authorities, moved to the test's own.
   setenv("SSL_CERT_FILE", dir.file("authorities.pem").c_str(), 1);
   const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
-  WritePem(dir.file("service.key"), nullptr, key.get());
 
   // GET / from a service with `certificate`: its body, or why the service cannot be reached.
   auto fetch = [&](const Certificate& certificate) {
-    WritePem(dir.file("service.pem"), certificate.get(), nullptr);
-    httplib::SSLServer server(dir.file("service.pem").c_str(), dir.file("service.key").c_str());
+    httplib::SSLServer server(certificate.get(), key.get());
     server.Get("/", [](const httplib::Request&, httplib::Response& response) {
       response.set_content("hello", "text/plain");
     });

