@@ -15,6 +15,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -130,6 +131,13 @@ std::string Head(const std::string& line, int port, const std::string& lines = "
          ProgramVersion() + "\r\n" + lines + "Connection: close\r\n\r\n";
 }
 
+// The processor time this thread has used.
+std::chrono::nanoseconds ThreadCpuTime() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
 // Why a GET of `url` failed ("" when it did not).
 std::string GetFailure(const std::string& url, const HttpTimeouts& timeouts) {
   return test::ErrorText([&] { HttpGet(url, timeouts); });
@@ -182,11 +190,14 @@ TEST(HttpClientTest, ATricklingServiceIsLeftAtTheTotalTimeout) {
     RawService service(
         [&](int fd, const std::atomic<bool>& stopping) { Trickle(fd, stopping, head, piece); });
     const auto start = Clock::now();
+    const auto cpu = ThreadCpuTime();
     const std::string failure = GetFailure(service.Url("/"), {5, 1});
     EXPECT_EQ(
         failure.rfind("The service at " + service.Url("/") + " cannot be reached: no answer in time", 0), 0u)
         << failure;
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(2500));
+    // Waiting for the next bytes sleeps; it does not spin.
+    EXPECT_LT(ThreadCpuTime() - cpu, std::chrono::milliseconds(300));
   }
 }
 
