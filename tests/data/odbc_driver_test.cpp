@@ -73,40 +73,6 @@ TEST(OdbcConnectionStringTest, SqlServerProvidersMapToFreeTds) {
     EXPECT_NE(test::ErrorText([&] { OdbcTargetOf(ConnectionString::Parse(bad)); }), "") << bad;
 }
 
-TEST(OdbcDriverTest, ReportsGiveTheSameDocumentsThroughBothDrivers) {
-  const std::string native = "Provider=SQLite;Data Source=" + test::SmallSampleShop();
-  const std::string odbc = OdbcFor(test::SmallSampleShop());
-  struct Request {
-    std::string code;
-    std::vector<std::string> params;
-    std::string sql;
-  };
-  const std::vector<Request> requests = {
-      {"",
-       {},
-       "select top 20 woid, cusid, latestdate, screentotal, wodeleted, summary from wo order by woid"},
-      {"", {}, "select top 10 * from customer order by cusid"},
-      {"", {}, "select count(*) as n, sum(screentotal) as total from wo where invoiceid <> 0"},
-      {"INVSUM01", {"1/1/2024", "6/30/2024", "true", "true", "false"}, ""},
-      {"PAYREC01", {"1/1/2025", "3/31/2025"}, ""},
-      {"AVGINV01", {"1/1/2023", "12/31/2025"}, ""},
-      {"ENTCUSTSRCH", {"", "", "", "", "30"}, ""},
-      {"ENTINVSRCH", {"Description", "", "", "", "30"}, ""},
-      {"", {}, "select * from nosuch"},
-      // Dates the shop's server reads, and what it cannot, alike on both drivers.
-      {"", {}, "select count(*) as n from wo where latestdate between 'Jan 1 2024' and '20240630'"},
-      {"AR01", {"2024-03-28T00:00:00"}, ""},
-  };
-  for (const Request& r : requests) {
-    auto expected = Posted(native, r.code, r.params, r.sql);
-    auto actual = Posted(odbc, r.code, r.params, r.sql);
-    EXPECT_EQ(actual.second, expected.second) << r.code << r.sql;
-    if (!expected.second.empty()) {
-      EXPECT_EQ(actual.first, expected.first) << r.code << r.sql;
-    }
-  }
-}
-
 TEST(OdbcDriverTest, UnreadableDatesFailAsOnTheShopServer) {
   EXPECT_EQ(Posted(OdbcFor(test::SmallSampleShop()), "", {},
                    "select count(*) as n from wo where latestdate <= 'junk'")

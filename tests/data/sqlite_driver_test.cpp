@@ -31,25 +31,6 @@ class SqliteDriverTest : public ::testing::Test {
   test::TestDb db_;
 };
 
-TEST_F(SqliteDriverTest, ColumnsAreTypedByTheirDeclaredTypes) {
-  auto rs = Recordset::OpenQuery(db_.Connect(), "select * from wo order by woid", false);
-  std::vector<DataType> types;
-  for (const Field& field : rs->fields()) types.push_back(field.type);
-  EXPECT_EQ(types, (std::vector<DataType>{DataType::kInteger, DataType::kVarChar, DataType::kCurrency,
-                                          DataType::kDateTime, DataType::kBoolean, DataType::kDouble,
-                                          DataType::kLongVarChar}));
-  EXPECT_TRUE(rs->fields()[0].key_column);
-  EXPECT_EQ(rs->fields()[1].defined_size, 20);
-  EXPECT_EQ(rs->fields()[2].base_table + "." + rs->fields()[2].base_column, "wo.screentotal");
-  EXPECT_EQ(rs->Get("WOID").kind(), Variant::Kind::kLong);
-  rs->MoveNext();
-  EXPECT_EQ(rs->Get("screentotal").kind(), Variant::Kind::kCurrency);  // stored as a whole number
-  EXPECT_EQ(test::Cells(rs.get()), (std::vector<std::vector<std::string>>{
-                                       {"1", "Brakes", "100.5", "1/15/2024", "False", "0.25", "long note"},
-                                       {"2", "Oil", "35", "2/1/2024", "True", "", ""},
-                                       {"3", "", "17.5", "3/1/2024", "False", "1.5", "x"}}));
-}
-
 // A driver may hand an int column's value over as a float (an expression's result); whole ones
 // become ints, others keep their float.
 TEST(ColumnTyping, WholeFloatsInIntColumnsBecomeInts) {

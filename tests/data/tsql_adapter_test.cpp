@@ -124,27 +124,6 @@ TEST(TsqlAdapter, DeclaredTypes) {
   }
 }
 
-TEST(TsqlAdapter, AdaptedTextsBehaveAsOnSqlServer) {
-  test::TestDb db;
-  db.Exec(
-      "create table customer (cusid int, Company varchar(30), ahtel varchar(3), htel varchar(8), "
-      "sales money, visits money, latestdate datetime);"
-      "insert into customer values (1, 'Zeta', '555', '555-0100', 100, 3, '1/15/2024');"
-      "insert into customer values (2, 'alpha', '555', '555-0101', 50, 2, '2024-01-16');"
-      "insert into customer values (3, 'Beta', null, null, 10, 4, '2/1/2024')");
-  auto rs = Recordset::OpenQuery(
-      db.Connect(),
-      "select top 2 company, (ahtel + '-' + htel) as Phone, sales / visits as PerVisit from customer "
-      "where latestdate >= '01/15/2024' and company <> 'ZETA' or cusid = 1 order by company",
-      false);
-  EXPECT_EQ(rs->fields()[0].name, "company");  // the text's spelling, not the table's
-  // Sales per visit is no whole-number division.
-  EXPECT_EQ(test::Cells(rs.get()),
-            (std::vector<std::vector<std::string>>{{"alpha", "555-555-0101", "25"}, {"Beta", "", "2.5"}}));
-  rs->MoveLast();
-  EXPECT_TRUE(rs->Get("Phone").IsNull());  // null + text is null, as on SQL Server
-}
-
 TEST(TsqlAdapter, DateTextsCompareAsDates) {
   // The short dates the program writes and the texts requests carry compare by date, not as text:
   // '9/30/2024' sorts after '10/1/2024' as text. Day zero (12/30/1899) and times keep their order.

@@ -154,43 +154,6 @@ HttpResponse PostTo(const HeadOffice& office, const std::string& body) {
                   body, {5, 60, 1 << 20});
 }
 
-TEST(HeadOfficeStoreTest, ADocumentLargerThanMemoryHoldsIsStoredByteForByte) {
-  // About 4 MB with every character the envelope escapes, CR LF line ends and non-ASCII text.
-  std::string document = "<xml xmlns:z='#RowsetSchema'>\r\n<rs:data>\r\n";
-  const int rows = 30000;
-  for (int i = 0; i < rows; ++i)
-    document += "\t<z:row id='" + std::to_string(i) +
-                "' d='Nuts &#x26; &#x3c;bolts&#x3e; \"M8\" Bremsbel\xC3\xA4ge " + std::string(60, 'x') +
-                "'/>\r\n";
-  document += "</rs:data>\r\n</xml>";
-  ASSERT_GT(document.size(), 3u << 20);
-
-  test::TempDir dir;
-  HeadOfficeOptions stored_options;
-  stored_options.out_dir = dir.file("posts");
-  HeadOffice stored(stored_options);
-  stored.Start("127.0.0.1", 0);
-  HeadOffice kept{HeadOfficeOptions{}};
-  kept.Start("127.0.0.1", 0);
-
-  const std::string envelope = Envelope(document);
-  EXPECT_EQ(PostTo(stored, envelope).status, 200);
-  EXPECT_EQ(PostTo(kept, envelope).status, 200);
-
-  EXPECT_EQ(test::FileText(dir.file("posts/0001.xml")), document);
-  EXPECT_EQ(test::FileText(dir.file("posts/posts.txt")),
-            "0001\ts9\t4\t0\t" + std::to_string(rows) + "\txml\n");
-  EXPECT_NE(
-      test::FileText(dir.file("posts/0001.json")).find("{\"name\": \"xmlDoc\", \"file\": \"0001.xml\"}"),
-      std::string::npos);
-  ASSERT_EQ(stored.Posts().size(), 1u);
-  EXPECT_EQ(stored.Posts()[0].arguments.back().second, "");  // not also kept in memory
-
-  ASSERT_EQ(kept.Posts().size(), 1u);
-  EXPECT_EQ(kept.Posts()[0].arguments.back().second, document);
-  EXPECT_EQ(kept.Posts()[0].rows, rows);
-}
-
 TEST(HeadOfficeStoreTest, ARefusedPostLeavesNoFileBehind) {
   test::TempDir dir;
   HeadOfficeOptions options;

@@ -39,50 +39,6 @@ HostServerOptions Settings(int workers, int queue, std::string secret = "", bool
 
 using HostServerTest = test::HostOnLoopback;
 
-TEST_F(HostServerTest, RequestsAtOnceGiveWhatTheyGiveOneAtATime) {
-  Serve(Settings(4, 64));
-  const std::vector<std::string> documents = {
-      test::CodeRequest("INVSUM01", {"1/1/2024", "12/31/2024"}),
-      test::CodeRequest("ENTCUSTSRCH", {"", "", "", "", "50"}),
-      test::SqlRequest("select top 40 woid, latestdate, screentotal from wo order by woid"),
-      test::CodeRequest("NOSUCH", {}),
-      // Statements that fill work tables in the shop database: at once they must not mix.
-      test::CodeRequest("BL01", {"12/31/2024"}),
-      test::CodeRequest("BL01", {"6/30/2024"}),
-      test::CodeRequest("TB01", {"12/31/2024"}),
-      test::CodeRequest("AR01", {"12/31/2024"}),
-  };
-  const size_t count = documents.size();
-  // Session n runs document (n - 1) % count, the session also in its document: 1 to count one at a
-  // time, then three rounds of them at once.
-  auto post = [&](size_t n) {
-    std::string document = documents[(n - 1) % count];
-    document.replace(document.find("<sessionid>S<") + 11, 1, std::to_string(n));
-    return Post(Call(std::to_string(n), document));
-  };
-  for (size_t n = 1; n <= count; ++n) {
-    const HttpResponse answer = post(n);
-    ASSERT_EQ(answer.status, 200) << answer.body;
-    EXPECT_EQ(json::parse(answer.body), json({{"KillFlag", true}}));
-  }
-  std::vector<std::thread> callers;
-  for (size_t n = count + 1; n <= 4 * count; ++n)
-    callers.emplace_back([&, n] { EXPECT_EQ(post(n).status, 200); });
-  for (std::thread& caller : callers) caller.join();
-
-  // The status and document each session was answered with.
-  std::map<std::string, std::pair<std::string, std::string>> posts;
-  for (const HeadOfficePost& p : office_.Posts())
-    posts[p.arguments.at(2).second] = {p.arguments.at(4).second, p.arguments.at(5).second};
-  ASSERT_EQ(posts.size(), 4 * count);
-  for (size_t n = 1; n <= 4 * count; ++n) {
-    const auto& alone = posts.at(std::to_string((n - 1) % count + 1));
-    EXPECT_TRUE(alone.first == "0" || alone.first == "Prebuilt report not found.") << alone.first;
-    EXPECT_EQ(posts.at(std::to_string(n)), alone) << "session " << n;
-  }
-  EXPECT_EQ(DbInUseToken::Create(dir_.file("token"))->GetdbInUse(), 0);
-}
-
 TEST_F(HostServerTest, BadCallsAreRefusedAndRunNothing) {
   Serve();
   const std::string call = Call("1", test::SqlRequest("select 1 as one")).dump();
